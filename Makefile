@@ -1,0 +1,101 @@
+# Everything by one word. The work is done by CMake (CMakePresets.json); see CONTRIBUTING.md.
+
+MAKEFLAGS += --no-print-directory
+.NOTPARALLEL:
+.DEFAULT_GOAL := help
+
+JOBS ?= $(shell nproc)
+export CMAKE_BUILD_PARALLEL_LEVEL := $(JOBS)
+
+SETUP := tools/setup.sh
+SOURCES = $(shell find subtitle platform tests tools bench fuzz -name '*.h' -o -name '*.cpp' 2>/dev/null)
+TIDIED = $(filter-out %/empty_7z.cpp,$(shell find subtitle platform tools -name '*.cpp'))
+
+SECONDS ?= 60
+TARGET ?=
+
+# $(call build,preset)
+build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
+# $(call check,preset)
+check = @ctest --preset $(1) -j $(JOBS)
+
+.PHONY: help
+help:
+	@echo 'make demo     plays and draws sample subtitles (make demo FILE=movie.srt SPEED=10: plays yours)'
+	@echo 'make test     builds the library and runs its tests'
+	@echo 'make arm      the tests on 32-bit ARM, under qemu-user'
+	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
+	@echo 'make tsan     the tests under the thread sanitizer'
+	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
+	@echo 'make bench    the benchmarks'
+	@echo 'make release  the library and vxsub as shipped, in build/release'
+	@echo 'make format   clang-format on every source'
+	@echo 'make tidy     clang-tidy on the library and the tools'
+	@echo 'make clean    removes build/'
+	@echo
+	@echo 'Each installs the Debian packages it needs (as root, or with sudo).'
+
+.PHONY: release
+release:
+	@$(SETUP) build
+	$(call build,release)
+
+.PHONY: demo
+demo: release
+	@cmake --build --preset release --target make_vobsub
+	@tools/demo.sh build/release/vxsub build/release/tools/samples/make_vobsub
+
+.PHONY: test
+test:
+	@$(SETUP) build test
+	$(call build,dev)
+	$(call check,dev)
+
+.PHONY: asan
+asan:
+	@$(SETUP) build test
+	$(call build,asan)
+	$(call check,asan)
+
+.PHONY: tsan
+tsan:
+	@$(SETUP) build test
+	$(call build,tsan)
+	$(call check,tsan)
+
+.PHONY: arm-build
+arm-build:
+	@$(SETUP) arm
+	$(call build,arm)
+
+.PHONY: arm
+arm: arm-build
+	$(call check,arm)
+
+.PHONY: fuzz
+fuzz:
+	@$(SETUP) build fuzz
+	$(call build,fuzz)
+	@tools/fuzz.sh $(SECONDS) $(TARGET)
+
+.PHONY: bench
+bench:
+	@$(SETUP) build bench
+	$(call build,bench)
+	@build/bench/bench/vxsubtitle_bench
+
+.PHONY: format
+format:
+	@$(SETUP) format
+	@clang-format-14 -i $(SOURCES)
+
+.PHONY: tidy
+tidy:
+	@$(SETUP) build test tidy
+	@cmake --preset dev --log-level=WARNING
+	@printf '%s\0' $(TIDIED) | xargs -0 -n 1 -P $(JOBS) \
+	    clang-tidy-14 --quiet -p build/dev --extra-arg=-Wno-unknown-warning-option
+
+.PHONY: clean
+clean:
+	@rm -rf build

@@ -1,0 +1,67 @@
+/// What the benchmarks know of each text format: a generator and a row.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "subtitle/EntryText.h"
+
+namespace bench {
+
+using namespace android;
+
+enum Encoding : unsigned { kEightBit = 1, kUtf16Le = 2, kUtf16Be = 4, kEveryEncoding = 7 };
+
+struct Format {
+    const char* name;
+    /// About so many characters of a film's subtitles: ASCII, CR LF, times ascending.
+    std::string (*film)(size_t size);
+    unsigned encodings;  ///< those that the format reads
+    std::unique_ptr<SubtitleParser> (*onDescriptor)(int fd);
+    std::unique_ptr<SubtitleParser> (*onPath)(char* path);
+    void (*scan)(SubtitleParser&);  ///< on the calling thread, over a raw buffer that holds the data
+};
+
+extern const std::vector<Format> formats;
+
+/// The film in an encoding, `size` bytes of it, with a byte-order mark where it is UTF-16.
+std::string encode(const Format& format, Encoding encoding, size_t size);
+
+/// A parser with `data` in its raw buffer, ready for `scan`.
+std::unique_ptr<SubtitleParser> load(const Format& format, const std::string& data);
+
+/// The same, scanned.
+std::unique_ptr<SubtitleParser> loadAndScan(const Format& format, const std::string& data);
+
+template <class Parser>
+void scanAll(Parser& parser) {
+    parser.ParserThread();
+}
+
+/// For formats whose `BeginParse` tells the encoding by the mark before the worker starts.
+template <class Parser>
+void scanMarked(Parser& parser) {
+    parser.m_eCodeType = vxsubtitle::readMark(vxsubtitle::textOf<vxsubtitle::Bytes>(parser)).codeType;
+    parser.ParserThread();
+}
+
+/// The row of a format whose parser is `Parser`.
+template <class Parser, void (*scan)(Parser&) = scanAll<Parser>>
+Format row(const char* name, std::string (*film)(size_t), unsigned encodings = kEveryEncoding) {
+    using Base = std::unique_ptr<SubtitleParser>;
+    return {
+        name,
+        film,
+        encodings,
+        [](int fd) -> Base { return std::make_unique<Parser>(fd, 0, 0); },
+        [](char* path) -> Base {
+            using Path = std::conditional_t<std::is_constructible_v<Parser, char*>, char*, U8*>;
+            return std::make_unique<Parser>(reinterpret_cast<Path>(path));
+        },
+        [](SubtitleParser& parser) { scan(static_cast<Parser&>(parser)); },
+    };
+}
+
+}  // namespace bench

@@ -1,0 +1,55 @@
+# Language level, warnings and sanitizers: vxsubtitle_options for all of our code, vxsubtitle_no_rtti on top of it
+# for the library and everything that derives from its classes.
+
+include_guard(GLOBAL)
+
+set(VXSUBTITLE_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them (address,undefined or thread)")
+option(VXSUBTITLE_WERROR "Treat warnings as errors (not with sanitizers)" ON)
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS ON)  # gnu++17, as in a platform tree
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+add_library(vxsubtitle_options INTERFACE)
+target_compile_options(vxsubtitle_options INTERFACE
+    -Wall -Wextra -Wconversion -Wshadow
+    -Wcast-qual -Wextra-semi -Wformat-security -Wnon-virtual-dtor -Woverloaded-virtual -Wvla
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches;-Wduplicated-cond;-Wlogical-op>
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)  # part of clang's -Wconversion, not of g++'s
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+    target_compile_options(vxsubtitle_options INTERFACE -Wno-psabi)
+endif()
+target_link_libraries(vxsubtitle_options INTERFACE Threads::Threads)
+target_link_options(vxsubtitle_options INTERFACE LINKER:--as-needed)
+
+# $<LINK_LIBRARY:always,x>: x is loaded with the program, needed or not.
+set(CMAKE_LINK_LIBRARY_USING_always
+    LINKER:--push-state,--no-as-needed <LINK_ITEM> LINKER:--pop-state)
+set(CMAKE_LINK_LIBRARY_USING_always_SUPPORTED TRUE)
+
+add_library(vxsubtitle_no_rtti INTERFACE)
+target_compile_options(vxsubtitle_no_rtti INTERFACE -fno-rtti)
+target_link_libraries(vxsubtitle_no_rtti INTERFACE vxsubtitle_options)
+
+if(VXSUBTITLE_SANITIZE)
+    # Warnings stay warnings here: the code that sanitizers put in makes g++ warn where there is nothing.
+    target_compile_options(vxsubtitle_options INTERFACE
+        -fsanitize=${VXSUBTITLE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vxsubtitle_options INTERFACE -fsanitize=${VXSUBTITLE_SANITIZE})
+    if(VXSUBTITLE_SANITIZE MATCHES "undefined")
+        # Both checks need type information that a build without RTTI does not have.
+        target_compile_options(vxsubtitle_options INTERFACE
+            -fno-sanitize=vptr $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
+    endif()
+else()
+    target_link_options(vxsubtitle_options INTERFACE LINKER:--no-undefined)
+    if(VXSUBTITLE_WERROR)
+        target_compile_options(vxsubtitle_options INTERFACE -Werror)
+    endif()
+endif()

@@ -1,0 +1,50 @@
+# What libvxsubtitle.so is made of: one path per line, sorted.
+
+set(VXSUBTITLE_SOURCES
+    subtitle/EncodingCheck.cpp
+    subtitle/EntryText.cpp
+    subtitle/MPEGSubtitleDecoder.cpp
+    subtitle/ParserCeremony.cpp
+    subtitle/SubDialect.cpp
+    subtitle/SubtitleFileProcess.cpp
+    subtitle/SubtitleParser.cpp
+    subtitle/SubtitleParserInternal.cpp
+    subtitle/SubtitleParserSMI.cpp
+    subtitle/SubtitleParserSRT.cpp
+    subtitle/SubtitleParserSSA.cpp
+    subtitle/SubtitleParserSUB.cpp
+    subtitle/SubtitleParserSUBIDX.cpp
+    subtitle/SubtitleParserSUPWrapper.cpp
+    subtitle/SubtitleParserSubDvbSubtitleSystem.cpp
+    subtitle/SubtitleParserSubMicroDVD.cpp
+    subtitle/SubtitleParserSubViewer10.cpp
+    subtitle/SubtitleParserSubViewer20.cpp
+    subtitle/SubtitleParserTXT.cpp
+    subtitle/detail/Blit.cpp
+    subtitle/detail/Charset.cpp
+    subtitle/detail/CharsetTables.cpp
+    subtitle/detail/CharsetTablesBig5.cpp
+    subtitle/detail/CharsetTablesGbk.cpp
+    subtitle/detail/LowMemory.cpp
+    subtitle/detail/Worker.cpp
+)
+
+# Installed for players and plug-ins.
+set(VXSUBTITLE_PUBLIC_HEADERS
+    subtitle/MPEGSubtitleDecoder.h
+    subtitle/SubtitleFileProcess.h
+    subtitle/SubtitleParser.h
+    subtitle/SubtitleParserInternal.h
+    subtitle/SubtitleParserSMI.h
+    subtitle/SubtitleParserSRT.h
+    subtitle/SubtitleParserSSA.h
+    subtitle/SubtitleParserSUB.h
+    subtitle/SubtitleParserSUBIDX.h
+    subtitle/SubtitleParserSUPWrapper.h
+    subtitle/SubtitleParserSubDvbSubtitleSystem.h
+    subtitle/SubtitleParserSubMicroDVD.h
+    subtitle/SubtitleParserSubViewer10.h
+    subtitle/SubtitleParserSubViewer20.h
+    subtitle/SubtitleParserTXT.h
+    subtitle/SubtitleTypes.h
+)

@@ -1,0 +1,35 @@
+#include "subtitle/EncodingCheck.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include "subtitle/detail/Charset.h"
+#include "subtitle/detail/Log.h"
+#include "subtitle/detail/TextWalk.h"
+
+namespace vxsubtitle {
+
+void checkEntries(SubtitleParser& parser, const CheckStyle& style) {
+    if (parser.m_eCodeType != E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE) return;
+    if (style.start != nullptr) VX_LOG(style.tag, "%s", style.start);
+    U8* const text = static_cast<U8*>(malloc(kWorkBufferSize));
+    if (text == nullptr) return;
+    for (U32 index = 0; index < 100; ++index) {
+        ST_MEDIA_SUBTITLE_PARSER_TAG tag{};
+        if (parser.GetTagInfo(0, index, &tag) != TRUE) break;
+        memset(text, 0, kWorkBufferSize);
+        parser.GetData(0, text, kWorkBufferSize, index);
+        const U32 possible = parser.CheckPossibleEncodings(text);
+        if (style.entry != nullptr) {
+            VX_LOG(style.tag, style.entry, static_cast<long>(index), static_cast<long>(possible));
+        }
+        if (possible != kMaybeBig5 && possible != kMaybeGbk) continue;
+        parser.m_eCodeType =
+            possible == kMaybeBig5 ? E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_BIG5 : E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_GBK;
+        if (style.decided != nullptr) VX_LOG(style.tag, style.decided, U32{parser.m_eCodeType});
+        break;
+    }
+    free(text);
+}
+
+}  // namespace vxsubtitle

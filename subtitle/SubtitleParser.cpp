@@ -1,0 +1,294 @@
+#include "subtitle/SubtitleParser.h"
+
+#include <cutils/properties.h>
+#include <stdarg.h>
+#include <stdlib.h>
+#include <string.h>
+#include <strings.h>
+#include <time.h>
+
+#include "subtitle/EncodingCheck.h"
+#include "subtitle/EntryText.h"
+#include "subtitle/ParserCeremony.h"
+#include "subtitle/detail/BaseWalk.h"
+#include "subtitle/detail/Charset.h"
+#include "subtitle/detail/Log.h"
+#include "subtitle/detail/NumberScan.h"
+
+namespace android {
+
+using namespace vxsubtitle;
+
+namespace {
+
+constexpr U32 kTagStep = 8192;     // entries by which the tag table grows
+constexpr size_t kZeroGuard = 64;  // zeros behind the data, for the operations that read through bare pointers
+
+/// Zeroed memory for `count` elements; null when it cannot be had or addressed.
+template <class T>
+T* allocate(U64 count, size_t guard = 0) {
+    constexpr U64 kLargest = PTRDIFF_MAX;  // what no object exceeds: nobody is asked for more
+    if (count > (kLargest - guard) / sizeof(T)) return nullptr;
+    return static_cast<T*>(calloc(1, static_cast<size_t>(count) * sizeof(T) + guard));
+}
+
+template <class T>
+void release(T*& memory) {
+    free(memory);
+    memory = nullptr;
+}
+
+/// Whether the player asks for Big5 text, in any letter case.
+bool languageIsBig5() {
+    char language[PROPERTY_VALUE_MAX] = {};
+    property_get("vendor.quarn.subtitle.language", language, "");
+    return strncasecmp(language, "big5", 4) == 0;
+}
+
+template <class Unit>
+BOOL copyInCapitals(const Unit* src, U32 count, Unit* dst) {
+    if (src == nullptr || dst == nullptr) return FALSE;
+    for (U32 i = 0; i < count; ++i) {
+        Unit unit;
+        memcpy(&unit, src + i, sizeof unit);
+        unit = upperCase(unit);
+        memcpy(dst + i, &unit, sizeof unit);
+    }
+    return TRUE;
+}
+
+}  // namespace
+
+SubtitleParser::SubtitleParser()
+    : m_threadParser(0),
+      m_pTagBuffer(nullptr),
+      m_eFlag(E_MEDIA_SUBTITLE_PARSER_FLAG_NULL),
+      m_pu8SubtitleBuffer(nullptr),
+      m_pu8RawBuffer(nullptr),
+      m_u32RawBufferDataSize(0),
+      mRawBufferLimit(0),
+      m_s64RawBufferPosition(0),
+      m_u32ParsedPos(0),
+      m_u32RawBufferSize(0),
+      m_s64DataTotalSize(0),
+      m_u32TagNum(0),
+      m_u32FrameRrate(0),
+      m_u32TagBufferNum(kTagStep),
+      m_eCodeType(E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNKNOWN),
+      m_eSubtitleType(E_MEDIA_SUBTITLE_PARSER_TYPE_INVALID),
+      m_u32SubtitleBufferDataSize(0),
+      m_s64SubtitleBufferPosition(0),
+      m_s32TimeOffsetMs(0),
+      bParseFinish(FALSE),
+      mWorkerState(kWorkerNone),
+      m_u64NanoSecPerFrame(0),
+      pFileProcess(nullptr),
+      m_u8TimeStampTagSizeCase(0) {}
+
+SubtitleParser::~SubtitleParser() { SubtitleParser::Deinit(); }
+
+BOOL SubtitleParser::Init(U64 size) {
+    SubtitleParser::Deinit();  // a worker or buffers of an earlier call
+    m_u32TagNum = 0;
+    m_u32TagBufferNum = kTagStep;
+    m_s64DataTotalSize = static_cast<S64>(size);
+    m_u32RawBufferDataSize = static_cast<U32>(size);
+    m_pu8RawBuffer = allocate<U8>(size, kZeroGuard);
+    if (m_pu8RawBuffer == nullptr) return FALSE;
+    m_pTagBuffer = allocate<ST_MEDIA_SUBTITLE_PARSER_TAG>(kTagStep);
+    m_pu8SubtitleBuffer = m_pTagBuffer == nullptr ? nullptr : static_cast<U8*>(malloc(kWorkBufferSize));
+    if (m_pu8SubtitleBuffer == nullptr) {
+        SubtitleParser::Deinit();
+        return FALSE;
+    }
+    mRawBufferLimit = size > 0xFFFFFFFF ? 0xFFFFFFFF : static_cast<U32>(size);
+    return TRUE;
+}
+
+BOOL SubtitleParser::Deinit() {
+    joinWorkerOf(*this);
+    release(m_pu8RawBuffer);
+    release(m_pTagBuffer);
+    release(m_pu8SubtitleBuffer);
+    mRawBufferLimit = 0;
+    return TRUE;
+}
+
+U32 SubtitleParser::GetData(const U32, U8* buf, const U32 size, const U32 index) {
+    const bool big5 = languageIsBig5();
+    takeDataSize(*this);
+    if (!canExtract(*this, buf, index)) return 0;
+    copyEntry(*this, index);
+    const U32 span = spanOf(*this, index);
+    // at most this many units of input: none when the data cannot hold one
+    const U32 units = m_u32SubtitleBufferDataSize / 2;
+    switch (m_eCodeType) {
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8:
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE:
+            return BaseWalk<Bytes>(m_pu8SubtitleBuffer, buf, size, span, outputLimit8(size)).run8(big5);
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
+            // kept: the brace bound is the raw byte count, taken as units
+            return BaseWalk<Utf16Le>(m_pu8SubtitleBuffer, buf, size, span, outputLimit16(size))
+                .runLe(units, m_u32RawBufferDataSize);
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
+            return BaseWalk<Utf16Be>(m_pu8SubtitleBuffer, buf, size, span, outputLimit16(size)).runBe(units);
+        default:
+            return 0;
+    }
+}
+
+U32 SubtitleParser::GetData(const U32, U8*, const U32, const U32, stSubDecoderInfo*) { return 0; }
+
+BOOL SubtitleParser::BeginParse() { return TRUE; }
+
+BOOL SubtitleParser::StopParse() { return TRUE; }
+
+BOOL SubtitleParser::IsUTF8Encode(const void* data, const U64 length) {
+    return isUtf8(static_cast<const U8*>(data), length);
+}
+
+U32 SubtitleParser::GetTag(const U32, const U32 timeMs) {
+    // kept: the offset is subtracted only from times that are not below it, compared as signed values
+    const U32 t = static_cast<S32>(timeMs) < m_s32TimeOffsetMs ? timeMs : timeMs - static_cast<U32>(m_s32TimeOffsetMs);
+    if (m_pTagBuffer == nullptr || m_u32TagNum == 0) return 0;
+    const auto start = [this](U32 i) { return i < m_u32TagBufferNum ? m_pTagBuffer[i].u32TimeStart : 0; };
+    const U32 last = m_u32TagNum - 1;
+    U32 lo = 0;
+    U32 hi = m_u32TagNum;
+    for (;;) {
+        const U32 mid = lo + (hi - lo) / 2;
+        if (t < start(mid)) {
+            if (lo + hi < 2) return 0;
+            hi = mid - 1;
+            if (t >= start(hi)) return hi;
+            if (lo >= mid) return 0;
+        } else {
+            if (mid >= last) return mid;
+            if (t < start(mid + 1)) return mid;
+            lo = mid + 1;
+            if (mid >= hi) return 0;
+        }
+    }
+}
+
+BOOL SubtitleParser::GetTagInfo(U32, U32 index, ST_MEDIA_SUBTITLE_PARSER_TAG* tag) {
+    // kept: the bound is the capacity; entries behind the count read as times 0
+    if (tag == nullptr || m_pTagBuffer == nullptr || index >= m_u32TagBufferNum) return FALSE;
+    tag->u32TimeStart = m_pTagBuffer[index].u32TimeStart;
+    tag->u32TimeEnd = m_pTagBuffer[index].u32TimeEnd;
+    return TRUE;
+}
+
+BOOL SubtitleParser::GetTrackInfo(const U32, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO*) { return TRUE; }
+
+BOOL SubtitleParser::ConvertUnicode2ASCII(U16* src, U8* dst, U32 count) {
+    const bool bigEndian = m_eCodeType == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
+    if (src == nullptr || dst == nullptr) return TRUE;
+    const U8* const units = reinterpret_cast<const U8*>(src);
+    for (U32 i = 0; i < count; ++i) {
+        U8 narrow[2];
+        const U32 n = narrowUnit(Utf16Le::load(units + size_t{2} * i), bigEndian, narrow);
+        for (U32 b = 0; b < n; ++b) *dst++ = narrow[b];
+    }
+    return TRUE;
+}
+
+U32 SubtitleParser::SScanf(const U8* str, const char* format, ...) {
+    if (str == nullptr || format == nullptr) return 0;
+    va_list arguments;
+    va_start(arguments, format);
+    const U32 conversions =
+        scanNumbers([str](size_t i) { return str[i]; }, format, [&arguments] { return va_arg(arguments, U32*); });
+    va_end(arguments);
+    return conversions;
+}
+
+BOOL SubtitleParser::AddTag(const U32 start, const U32 end, const S64 pos, const EN_MEDIA_SUBTITLE_PARSER_DATA_TYPE) {
+    if (m_pTagBuffer == nullptr) return TRUE;  // kept: reported as success
+    // kept: the data type is not written; entries read as WHOLE because the table is zeroed
+    if (m_u32TagNum < m_u32TagBufferNum) {
+        ST_MEDIA_SUBTITLE_PARSER_TAG& tag = m_pTagBuffer[m_u32TagNum];
+        tag.u32TimeStart = start;
+        tag.u32TimeEnd = end;
+        tag.s64Pos = pos;
+    }
+    if (++m_u32TagNum < m_u32TagBufferNum) return TRUE;
+
+    constexpr size_t kTagSize = sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG);
+    const U64 entries = U64{m_u32TagBufferNum} + kTagStep;
+    void* grown = nullptr;
+    if (entries <= static_cast<size_t>(-1) / kTagSize && entries <= 0xFFFFFFFF) {
+        grown = realloc(m_pTagBuffer, static_cast<size_t>(entries) * kTagSize);
+    }
+    if (grown == nullptr) {
+        release(m_pTagBuffer);
+        m_u32TagNum = 0;
+        m_u32TagBufferNum = 0;
+        return FALSE;
+    }
+    m_pTagBuffer = static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(grown);
+    memset(static_cast<void*>(m_pTagBuffer + m_u32TagBufferNum), 0, kTagStep * kTagSize);
+    m_u32TagBufferNum = static_cast<U32>(entries);
+    return TRUE;
+}
+
+U32 SubtitleParser::GetSystemTime() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<U32>(static_cast<U64>(now.tv_sec) * 1000 + static_cast<U64>(now.tv_nsec) / 1000000);
+}
+
+BOOL SubtitleParser::StrUpr(const U8* src, const U32 count, U8* dst) { return copyInCapitals(src, count, dst); }
+
+BOOL SubtitleParser::StrUpr(const U16* src, const U32 count, U16* dst) { return copyInCapitals(src, count, dst); }
+
+U32 SubtitleParser::CheckPossibleEncodings(const U8* text) { return possibleEncodings(text, ~U64{0}); }
+
+void SubtitleParser::GetData2CheckPossibleEncodings() { checkEntries(*this, CheckStyle{}); }
+
+U16 SubtitleParser::GBToUnicode(U16 code) { return gbToUnicode(code); }
+
+U16 SubtitleParser::Farsi2Unicode(const U8 code) { return farsiToUnicode(code); }
+
+U16 SubtitleParser::Hebrew2Unicode(const U8 code) { return hebrewToUnicode(code); }
+
+U16 SubtitleParser::BIG52Unicode(U16 code) { return big5ToUnicode(code); }
+
+U16 SubtitleParser::Spanish2Unicode(const U8 code) { return spanishToUnicode(code); }
+
+BOOL SubtitleParser::RenderSubtitle() { return TRUE; }
+
+U32 SubtitleParser::GetTagNum() { return m_u32TagNum; }
+
+void SubtitleParser::SetFrameRate(U32 rate) {
+    if (rate != 0) m_u32FrameRrate = rate;
+}
+
+BOOL SubtitleParser::Refresh() { return FALSE; }
+
+BOOL SubtitleParser::_render(const U8*, U16, U16) { return FALSE; }
+
+void SubtitleParser::SetIGraphicBufferProducer(const sp<IGraphicBufferProducer>&) {}
+
+U16 SubtitleParser::UTF8ToUCS2(const U8* src, U16* dst, const U16 srcLen, const U16 dstLen) {
+    return utf8ToUcs2(src, dst, srcLen, dstLen);
+}
+
+int SubtitleParser::UnicodeToUTF8(U16* src, int srcBytes, U8* dst) { return unicodeToUtf8(src, srcBytes, dst); }
+
+int Compare(const void* a, const void* b) {
+    const auto start = [](const void* tag) {
+        return static_cast<const ST_MEDIA_SUBTITLE_PARSER_TAG*>(tag)->u32TimeStart;
+    };
+    return static_cast<int>(start(a) - start(b));
+}
+
+void ChangeUnicodeBigToUnicode(U8* buf, U32 len) {
+    if (buf == nullptr) {
+        VX_LOG("SubtitleParserSubViewer20", "Buffer is NULL !!!\n");  // kept: logged under that parser's name
+        return;
+    }
+    swapUnits(buf, len);
+}
+
+}  // namespace android

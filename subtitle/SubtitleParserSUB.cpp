@@ -1,0 +1,121 @@
+#include "subtitle/SubtitleParserSUB.h"
+
+#include <unistd.h>
+
+#include "subtitle/SubtitleParserSubDvbSubtitleSystem.h"
+#include "subtitle/SubtitleParserSubMicroDVD.h"
+#include "subtitle/SubtitleParserSubViewer10.h"
+#include "subtitle/SubtitleParserSubViewer20.h"
+#include "subtitle/detail/Log.h"
+#include "subtitle/detail/PathField.h"
+
+namespace android {
+
+using namespace vxsubtitle;
+
+namespace {
+
+template <class Parser>
+SubtitleParser* create(SubtitleParserSUB& sub, bool byDescriptor) {
+    if (byDescriptor) return new Parser(sub.u32FileFD, 0, 0);  // kept: the whole file, whatever part was asked for
+    return new Parser(sub.m_pSubtitleName);
+}
+
+struct Dialect {
+    const char* announcement;
+    SubtitleParser* (*create)(SubtitleParserSUB& sub, bool byDescriptor);
+    bool takesFrameRate;
+};
+
+/// Tried in this order: the first that accepts the file has it, however well a later one would fit.
+constexpr Dialect kDialects[] = {
+    {"SubtitleParserSUB::BeginParse - Try Subviewer 2.0\n", &create<SubtitleParserSubViewer20>, false},
+    {"SubtitleParserSUB::BeginParse - Try Subviewer 1.0\n", &create<SubtitleParserSubViewer10>, false},
+    {"SubtitleParserSUB::BeginParse - Try MicroDVD\n", &create<SubtitleParserSubMicroDVD>, true},
+    {"SubtitleParserSUB::BeginParse - Try Dvb Subtitle system\n", &create<SubtitleParserSubDvbSubtitleSystem>, false},
+};
+
+enum class Announced { kPlain, kWithLine };
+
+void announce(const Dialect& dialect, Announced how) {
+    if (how == Announced::kWithLine && &dialect == kDialects) {
+        // kept: the number belongs to the text
+        VX_LOG("SubtitleParserSUB", "SubtitleParserSUB::BeginParse - Try Subviewer 2.0 line=%d\n", 209);
+    } else {
+        VX_LOG("SubtitleParserSUB", "%s", dialect.announcement);
+    }
+}
+
+void dropDelegate(SubtitleParserSUB& sub) {
+    sub.m_pParser->StopParse();
+    sub.m_pParser->Deinit();
+    delete sub.m_pParser;
+    sub.m_pParser = nullptr;
+}
+
+/// Tries every dialect in turn; each reads the file from its start.
+BOOL tryDialects(SubtitleParserSUB& sub, bool byDescriptor, Announced how) {
+    VX_LOG("SubtitleParserSUB", "SubtitleParserSUB::BeginParse - Enter\n");
+    if (sub.m_pParser == nullptr) {
+        for (const Dialect& dialect : kDialects) {
+            announce(dialect, how);
+            sub.m_pParser = dialect.create(sub, byDescriptor);
+            if (dialect.takesFrameRate) sub.m_pParser->m_u32FrameRrate = sub.m_u32FrameRrate;
+            if (sub.m_pParser->BeginParse() == TRUE) {
+                sub.m_u32TagNum = sub.m_pParser->m_u32TagNum;
+                return TRUE;
+            }
+            dropDelegate(sub);
+        }
+    }
+    sub.Deinit();
+    return FALSE;
+}
+
+}  // namespace
+
+SubtitleParserSUB::SubtitleParserSUB(U8* path) : m_pParser(nullptr), u32FileFD(0) { storePath(m_pSubtitleName, path); }
+
+SubtitleParserSUB::SubtitleParserSUB(int fd, S64, S64) : m_pParser(nullptr), u32FileFD(dup(fd)) {
+    storePath(m_pSubtitleName, nullptr);
+}
+
+SubtitleParserSUB::~SubtitleParserSUB() {
+    if (m_pParser != nullptr) dropDelegate(*this);
+    // kept: u32FileFD stays open
+}
+
+BOOL SubtitleParserSUB::Deinit() { return TRUE; }  // kept: the delegate outlives it
+
+U32 SubtitleParserSUB::GetData(const U32 track, U8* buf, const U32 size, const U32 index) {
+    return m_pParser != nullptr ? m_pParser->GetData(track, buf, size, index) : 0;
+}
+
+U32 SubtitleParserSUB::GetData(const U32, U8*, const U32, const U32, stSubDecoderInfo*) {
+    return 0;  // kept: not forwarded
+}
+
+BOOL SubtitleParserSUB::BeginParse() {
+    const bool byDescriptor = u32FileFD != 0;  // kept: descriptor 0 counts as none
+    return tryDialects(*this, byDescriptor, byDescriptor ? Announced::kWithLine : Announced::kPlain);
+}
+
+BOOL SubtitleParserSUB::StopParse() { return m_pParser != nullptr ? m_pParser->StopParse() : FALSE; }
+
+U32 SubtitleParserSUB::GetTag(const U32 track, const U32 timeMs) {
+    return m_pParser != nullptr ? m_pParser->GetTag(track, timeMs) : 0xFFFFFFFF;
+}
+
+BOOL SubtitleParserSUB::GetTagInfo(U32 track, U32 index, ST_MEDIA_SUBTITLE_PARSER_TAG* tag) {
+    return m_pParser != nullptr ? m_pParser->GetTagInfo(track, index, tag) : FALSE;
+}
+
+BOOL SubtitleParserSUB::GetTrackInfo(const U32 track, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info) {
+    return m_pParser != nullptr ? m_pParser->GetTrackInfo(track, info) : FALSE;
+}
+
+BOOL SubtitleParserSUB::BeginParse(int) {
+    return tryDialects(*this, true, Announced::kPlain);  // kept: the descriptor, be it 0 or none, never the argument
+}
+
+}  // namespace android

@@ -1,0 +1,138 @@
+/// The base class's text extraction: line breaks become LF, simple markup goes, a blank line ends the text.
+#pragma once
+
+#include "subtitle/detail/TextWalk.h"
+
+namespace vxsubtitle {
+
+/// One extraction: the work buffer of an entry walked from its start into the caller's buffer.
+template <class Enc>
+class BaseWalk {
+public:
+    using Unit = typename Enc::Unit;
+
+    /// `span`: bytes up to the next entry; `sizeLimit`: output units after which the walk stops.
+    BaseWalk(U8* work, U8* buf, U32 size, U32 span, U32 sizeLimit)
+        : mIn(work), mOut(buf, size), mSpan(span), mLimit(sizeLimit) {}
+
+    /// 8-bit text. `big5`: keep double-byte pairs whole and drop stray high bytes.
+    U32 run8(bool big5);
+
+    /// Little-endian text of at most `units` input units; a brace group ends below `braceBound`.
+    U32 runLe(U32 units, U32 braceBound);
+
+    /// Big-endian text: no markup is removed, the output is little-endian.
+    U32 runBe(U32 units);
+
+private:
+    bool full() const { return mOut.count() >= mLimit; }
+
+    /// Steps past the tag at '<', if it is one: what stands behind it is text whatever it is. True when the text
+    /// ends right behind the tag, with a blank line below `blankBound`.
+    bool skipTag(CloseFinder<Enc>& tags, U32 blankBound) {
+        const U32 close = tags.find(mIn, mAt, mSpan);
+        if (close == kNone) return false;
+        mAt = close + 1;
+        return blankLineBehind(mIn, close, blankBound);
+    }
+
+    WorkText<Enc> mIn;
+    TextSink<Unit> mOut;
+    U32 mSpan;
+    U32 mLimit;
+    U32 mAt = 0;
+};
+
+template <class Enc>
+U32 BaseWalk<Enc>::run8(bool big5) {
+    if (mLimit == 0 || mSpan == 0) return mOut.finish();
+    const auto spent = [this] { return full() || U64{mAt} + 1 >= mSpan; };
+    const auto putText = [&] {
+        const U8 c = mIn.at(mAt);
+        if (!big5 || c < 0x80) {
+            mOut.put(c);
+        } else if (c >= 0xA1) {
+            mOut.put(c);
+            mOut.put(mIn.at(++mAt));  // the trail byte, whatever it is
+        }
+    };
+    CloseFinder<Enc> tags('>', Runs::kJoined);
+    CloseFinder<Enc> braces('}');
+    while (mIn.at(mAt) != 0) {
+        if (atLineBreak(mIn, mAt)) {
+            if (endsText(mIn, mAt) || spent()) break;
+            ++mAt;
+            continue;
+        }
+        const bool markup = opensMarkup(mIn, mAt) && mAt < mSpan;
+        if (markup && mIn.at(mAt) == '<') {
+            if (skipTag(tags, mSpan)) return mOut.count();  // kept: this way out writes no terminating 0
+        } else if (markup && mIn.at(mAt) == '{') {
+            const U32 close = braces.find(mIn, mAt, mSpan);
+            if (close != kNone && isLineEnd<Enc>(mIn.at(close + 1))) {
+                closeLineAt(mIn, close, mOut);
+                mAt = close;  // kept: its 0 goes out as text, and the walk goes on behind it
+            } else if (close != kNone) {
+                mAt = pastBraceAndTag(mIn, close, mSpan);
+                if (mAt == kNone) {
+                    mOut.put(0);
+                    break;
+                }
+            }
+        }
+        putText();
+        if (spent()) break;
+        ++mAt;
+    }
+    return mOut.finish();
+}
+
+template <class Enc>
+U32 BaseWalk<Enc>::runLe(U32 units, U32 braceBound) {
+    CloseFinder<Enc> tags('>');
+    while (mAt < units && !full()) {
+        if (mIn.at(mAt) == 0) break;
+        if (atLineBreak(mIn, mAt)) {
+            if (endsText(mIn, mAt)) break;
+            ++mAt;
+            continue;
+        }
+        bool lineClosed = false;
+        while (!lineClosed && mIn.at(mAt) == '{' && opensMarkup(mIn, mAt)) {
+            const U32 close = findUnit(mIn, mAt + 1, braceBound, '}');
+            if (close != kNone && isLineEnd<Enc>(mIn.at(close + 1))) {
+                closeLineAt(mIn, close, mOut);
+                mAt = close;
+                lineClosed = true;
+            } else {
+                mAt = close == kNone ? kNone : pastBraceAndTag(mIn, close, braceBound);
+            }
+        }
+        if (mAt == kNone) {
+            mOut.put(0);
+            break;
+        }
+        if (mIn.at(mAt) == '<' && opensMarkup(mIn, mAt) && mAt < mSpan) {
+            if (skipTag(tags, kNone)) return mOut.count();  // kept: no terminating 0 here either
+        }
+        mOut.put(mIn.at(mAt++));
+    }
+    return mOut.finish();
+}
+
+template <class Enc>
+U32 BaseWalk<Enc>::runBe(U32 units) {
+    for (; mAt < units && !full(); ++mAt) {
+        const Unit unit = mIn.at(mAt);  // kept: markup stays in big-endian text
+        if (unit == 0) break;
+        if (isCr<Enc>(unit) && isLf<Enc>(mIn.at(mAt + 1))) {
+            const bool blankLine = isCr<Enc>(mIn.at(mAt + 2)) && isLf<Enc>(mIn.at(mAt + 3));
+            if (blankLine || mIn.at(mAt + 2) == Enc::lit('0')) break;  // kept: the digit 0 in the next line ends it too
+            continue;
+        }
+        mOut.put(Enc::native(unit));
+    }
+    return mOut.finish();
+}
+
+}  // namespace vxsubtitle

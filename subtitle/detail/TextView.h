@@ -1,0 +1,189 @@
+/// Bounded views of a file's text: one template over 8-bit, UTF-16 LE and UTF-16 BE.
+///
+/// Indices count units. Whatever lies behind the data reads 0, so a scan needs no bound of its own, and an index
+/// may run past the end: a recorded position stays plain arithmetic.
+#pragma once
+
+#include <stddef.h>
+#include <string.h>
+
+#include "subtitle/SubtitleTypes.h"
+
+namespace vxsubtitle {
+
+using namespace android;  // the fixed-width names
+
+constexpr U8 kCr = 13;
+constexpr U8 kLf = 10;
+
+/// White space of every scan: 9 to 13 and 32 on the unit as stored, whatever the locale.
+constexpr bool isSpace(U32 unit) { return unit == ' ' || (unit >= 9 && unit <= 13); }
+constexpr bool isDigit(U32 unit) { return unit >= '0' && unit <= '9'; }
+constexpr bool isLetter(U32 unit) { return (unit | 32) >= 'a' && (unit | 32) <= 'z'; }
+
+/// The unit with a-z turned into A-Z, everything else as it is.
+template <class Unit>
+constexpr Unit upperCase(Unit unit) {
+    return unit >= 'a' && unit <= 'z' ? static_cast<Unit>(unit - 32) : unit;
+}
+
+/// An encoding: its unit, how a unit lies in memory and how an ASCII character reads. Units stay as stored (read
+/// little-endian); big-endian text differs in its literals alone.
+struct Bytes {
+    using Unit = U8;
+    static Unit load(const U8* p) { return *p; }
+    static void store(U8* p, Unit u) { *p = u; }
+    static constexpr Unit lit(char c) { return static_cast<U8>(c); }
+    static constexpr Unit native(Unit u) { return u; }  ///< the unit's value as a character
+};
+
+struct Utf16Le {
+    using Unit = U16;
+    static Unit load(const U8* p) { return static_cast<U16>(p[0] | p[1] << 8); }
+    static void store(U8* p, Unit u) {
+        p[0] = static_cast<U8>(u);
+        p[1] = static_cast<U8>(u >> 8);
+    }
+    static constexpr Unit lit(char c) { return static_cast<U8>(c); }
+    static constexpr Unit native(Unit u) { return u; }
+};
+
+struct Utf16Be : Utf16Le {
+    static constexpr Unit lit(char c) { return static_cast<U16>(static_cast<U8>(c) << 8); }
+    static constexpr Unit native(Unit u) { return static_cast<U16>(u << 8 | u >> 8); }
+};
+
+template <class Enc>
+constexpr bool isCr(typename Enc::Unit u) {
+    return u == Enc::lit('\r');
+}
+template <class Enc>
+constexpr bool isLf(typename Enc::Unit u) {
+    return u == Enc::lit('\n');
+}
+template <class Enc>
+constexpr bool isLineEnd(typename Enc::Unit u) {
+    return isCr<Enc>(u) || isLf<Enc>(u);
+}
+
+namespace bytes {
+
+using Word = uintptr_t;
+constexpr Word kOnes = static_cast<Word>(-1) / 255;
+
+/// High bit set in the first byte of `w` that equals `c`, and in none before it; 0 when none does.
+inline Word matches(Word w, U8 c) {
+    const Word x = w ^ (kOnes * c);
+    return (x - kOnes) & ~x & (kOnes * 0x80);
+}
+
+/// The first CR or LF at or after `p`, else `end`: a machine word at a time.
+inline const U8* findLineEnd(const U8* p, const U8* end) {
+    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "a word's first byte is its lowest");
+    for (; static_cast<size_t>(end - p) >= sizeof(Word); p += sizeof(Word)) {
+        Word w;
+        memcpy(&w, p, sizeof w);
+        const Word found = matches(w, kCr) | matches(w, kLf);
+        if (found != 0) return p + __builtin_ctzll(found) / 8;
+    }
+    while (p != end && *p != kCr && *p != kLf) ++p;
+    return p;
+}
+
+}  // namespace bytes
+
+template <class Enc>
+class TextView {
+public:
+    using Encoding = Enc;
+    using Unit = typename Enc::Unit;
+    static constexpr size_t kWidth = sizeof(Unit);
+
+    /// Views `size` bytes at `data`; an odd last byte of 16-bit text counts as one more unit with high byte 0.
+    TextView(const U8* data, size_t size) : mData(data), mSize(data != nullptr ? size : 0) {}
+
+    /// The unit at `i`, 0 behind the data.
+    Unit at(size_t i) const {
+        if (i < wholeUnits()) return Enc::load(mData + i * kWidth);
+        return kWidth == 2 && i == wholeUnits() && mSize % 2 != 0 ? Unit{mData[mSize - 1]} : Unit{0};
+    }
+
+    size_t wholeUnits() const { return mSize / kWidth; }
+    size_t end() const { return mSize / kWidth + mSize % kWidth; }  ///< the index behind the last unit
+    bool inside(size_t i) const { return i < end(); }
+    static S64 byteOffset(size_t i) { return static_cast<S64>(i) * static_cast<S64>(kWidth); }
+
+    // The skips move forward and never past the end; an index already behind it stays.
+
+    size_t skipSpace(size_t i) const {
+        while (i < end() && isSpace(at(i))) ++i;
+        return i;
+    }
+
+    /// To the first CR or LF at or after `i`.
+    size_t toLineEnd(size_t i) const {
+        if constexpr (kWidth == 1) {
+            if (i >= mSize) return i;
+            return static_cast<size_t>(bytes::findLineEnd(mData + i, mData + mSize) - mData);
+        } else {
+            i = find(i, isLineEnd<Enc>);
+            return i < end() && !isLineEnd<Enc>(at(i)) ? end() : i;
+        }
+    }
+
+    /// Past the whole run of CR and LF at `i`: blank lines vanish.
+    size_t pastLineEnds(size_t i) const {
+        while (i < end() && isLineEnd<Enc>(at(i))) ++i;
+        return i;
+    }
+
+    /// The first whole unit at or after `i` for which `is` holds. Not below `wholeUnits()` when there is none.
+    template <class Is>
+    size_t find(size_t i, Is is) const {
+        while (i < wholeUnits() && !is(Enc::load(mData + i * kWidth))) ++i;
+        return i;
+    }
+    size_t findUnit(size_t i, Unit unit) const {
+        return find(i, [unit](Unit u) { return u == unit; });
+    }
+
+    /// To the first `unit` at or after `i`, the end of the data when there is none.
+    size_t toUnit(size_t i, Unit unit) const {
+        i = findUnit(i, unit);
+        return i < end() && at(i) != unit ? end() : i;
+    }
+
+    /// From `i` to the start of the next line.
+    size_t nextLine(size_t i) const {
+        if constexpr (Enc::lit('\n') == kLf) {
+            return pastLineEnds(toLineEnd(i));
+        } else {
+            // kept: big-endian lines end with CR and the next LF, however far; LF alone ends none
+            i = past(toUnit(i, Enc::lit('\r')));
+            return past(toUnit(i, Enc::lit('\n')));
+        }
+    }
+
+private:
+    size_t past(size_t i) const { return i < end() ? i + 1 : i; }
+
+    const U8* mData;
+    size_t mSize;
+};
+
+/// What the first bytes of a file tell.
+struct Mark {
+    EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType;  ///< NATIVE without a byte-order mark
+    size_t firstUnit;                             ///< where the scan of a marked file begins: 0 or 1
+};
+
+/// FF FE: UTF-16 LE, FE FF: UTF-16 BE, EF BB BF: UTF-8, anything else: NATIVE.
+inline Mark readMark(const TextView<Bytes>& in) {
+    if (in.at(0) == 0xFF && in.at(1) == 0xFE) return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE, 1};
+    if (in.at(0) == 0xFE && in.at(1) == 0xFF) return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG, 1};
+    // kept: only the first byte of the three-byte mark is stepped over; its rest spoils the first line
+    if (in.at(0) == 0xEF && in.at(1) == 0xBB && in.at(2) == 0xBF) return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8, 1};
+    return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0};
+}
+
+}  // namespace vxsubtitle

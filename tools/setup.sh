@@ -1,0 +1,83 @@
+#!/bin/sh
+# Installs the Debian packages that a target of the Makefile needs: tools/setup.sh GROUP...
+# What is already there is left alone; nothing is ever removed.
+set -u
+
+packages_of() {
+    android="android-liblog-dev android-libutils-dev android-libcutils-dev android-libbase-dev"
+    case $1 in
+    build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev" ;;
+    test) echo "libgtest-dev" ;;
+    arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf"
+        for package in $android; do echo "$package:armhf"; done ;;
+    fuzz) echo "clang-14 libclang-rt-14-dev" ;;
+    bench) echo "libbenchmark-dev" ;;
+    format) echo "clang-format-14" ;;
+    tidy) echo "clang-tidy-14" ;;
+    ci) echo "git make python3" ;;
+    *) echo "setup: unknown group '$1'" >&2 && return 1 ;;
+    esac
+}
+
+is_installed() {
+    # An architecture-independent or native package is listed by its bare name, a foreign one by name:arch.
+    dpkg-query --show --showformat='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
+}
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+apt() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=300 "$@" >>"$log" 2>&1
+}
+
+update_and_install() {
+    apt update || echo "setup: warning: 'apt-get update' failed; trying with the package lists at hand" >&2
+    # shellcheck disable=SC2086  # a list of words
+    apt install -y --no-install-recommends $missing
+}
+
+wanted=
+for group in "$@"; do
+    packages=$(packages_of "$group") || exit 2
+    wanted="$wanted $packages"
+done
+
+if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    echo "setup: this is not Debian; going on with what is installed. Needed, by Debian's names:" >&2
+    echo $wanted >&2
+    exit 0
+fi
+
+missing=
+for package in $wanted; do
+    case " $missing " in *" $package "*) continue ;; esac
+    is_installed "$package" || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+echo "setup: installing Debian packages:$missing"
+if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
+    echo "setup: that needs root, and there is no sudo. As root, run: tools/setup.sh $*" >&2
+    exit 1
+fi
+
+log=$(mktemp "${TMPDIR:-/tmp}/vxsubtitle-setup.XXXXXX") || exit 1
+case $missing in
+*:armhf*)
+    if ! dpkg --print-foreign-architectures | grep -qx armhf; then
+        echo "setup: adding the architecture armhf"
+        as_root dpkg --add-architecture armhf || exit 1
+    fi
+    ;;
+esac
+if ! update_and_install; then
+    echo "setup: warning: that did not work; trying once more" >&2
+    if ! update_and_install; then
+        tail -n 40 "$log" >&2
+        echo "setup: the packages could not be installed; all of apt's output is in $log" >&2
+        exit 1
+    fi
+fi
+rm -f "$log"

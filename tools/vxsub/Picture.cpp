@@ -1,0 +1,142 @@
+#include "Picture.h"
+
+#include <errno.h>
+#include <png.h>
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "Errors.h"
+
+namespace vxsub {
+namespace {
+
+using android::U32;
+using android::U8;
+
+constexpr int kSquare = 16;  // pixels
+constexpr Colour kDark = {0x60, 0x60, 0x60, 0xFF}, kLight = {0x78, 0x78, 0x78, 0xFF};
+
+Colour blend(Colour above, Colour below) {
+    const U32 alpha = above.alpha * 255u + below.alpha * (255u - above.alpha);  // in 255ths
+    if (alpha == 0) return {0, 0, 0, 0};
+    const auto mix = [&](U8 a, U8 b) {
+        const U32 sum = a * above.alpha * 255u + b * below.alpha * (255u - above.alpha);
+        return U8((sum + alpha / 2) / alpha);
+    };
+    return {mix(above.red, below.red), mix(above.green, below.green), mix(above.blue, below.blue),
+            U8((alpha + 127) / 255)};
+}
+
+/// Averages pixels, each counting by its alpha.
+class Average {
+public:
+    void add(Colour c) {
+        mRed += c.red * c.alpha;
+        mGreen += c.green * c.alpha;
+        mBlue += c.blue * c.alpha;
+        mAlpha += c.alpha;
+        ++mCount;
+    }
+    Colour value() const {
+        if (mAlpha == 0) return {0, 0, 0, 0};
+        return {U8(mRed / mAlpha), U8(mGreen / mAlpha), U8(mBlue / mAlpha), U8(mAlpha / mCount)};
+    }
+
+private:
+    android::U64 mRed = 0, mGreen = 0, mBlue = 0, mAlpha = 0, mCount = 0;
+};
+
+}  // namespace
+
+std::optional<Background> Background::parse(std::string_view text) {
+    if (text == "checkerboard") return checkerboard();
+    if (text == "none") return Background(Kind::None, {0, 0, 0, 0});
+    if (!text.empty() && text[0] == '#') text.remove_prefix(1);
+    if (text.size() != 6 || text.find_first_not_of("0123456789abcdefABCDEF") != text.npos) return std::nullopt;
+    const unsigned long value = std::stoul(std::string(text), nullptr, 16);
+    return Background(Kind::Plain, {U8(value >> 16), U8(value >> 8), U8(value), 0xFF});
+}
+
+Colour Background::at(int x, int y) const {
+    if (mKind != Kind::Checkerboard) return mColour;
+    return (x / kSquare + y / kSquare) % 2 == 0 ? kDark : kLight;
+}
+
+Image::Image(Size size) : mSize(size), mPixels(size_t(size.width) * size_t(size.height)) {}
+
+bool Image::isBlank() const {
+    return std::all_of(mPixels.begin(), mPixels.end(), [](const Colour& c) { return c.alpha == 0; });
+}
+
+Image Image::visiblePart() const {
+    int left = mSize.width, top = mSize.height, right = 0, bottom = 0;
+    for (int y = 0; y < mSize.height; ++y)
+        for (int x = 0; x < mSize.width; ++x) {
+            if (at(x, y).alpha == 0) continue;
+            left = std::min(left, x);
+            right = std::max(right, x + 1);
+            top = std::min(top, y);
+            bottom = y + 1;
+        }
+    if (right <= left) return Image({0, 0});
+    Image part({right - left, bottom - top});
+    for (int y = top; y < bottom; ++y)
+        for (int x = left; x < right; ++x) part.at(x - left, y - top) = at(x, y);
+    return part;
+}
+
+Image Image::fitInto(Size most) const {
+    if (mSize.width <= most.width && mSize.height <= most.height) return *this;
+    const double factor = std::min(double(most.width) / mSize.width, double(most.height) / mSize.height);
+    const auto reduced = [factor](int side) { return std::max(1, int(side * factor + 0.5)); };
+    Image small({reduced(mSize.width), reduced(mSize.height)});
+    const auto edge = [](int i, int from, int to) { return int(long(i) * to / from); };
+    for (int y = 0; y < small.mSize.height; ++y)
+        for (int x = 0; x < small.mSize.width; ++x) {
+            Average average;
+            for (int v = edge(y, small.mSize.height, mSize.height); v < edge(y + 1, small.mSize.height, mSize.height);
+                 ++v)
+                for (int u = edge(x, small.mSize.width, mSize.width); u < edge(x + 1, small.mSize.width, mSize.width);
+                     ++u)
+                    average.add(at(u, v));
+            small.at(x, y) = average.value();
+        }
+    return small;
+}
+
+void Image::lay(const Image& image, int left, int top) {
+    for (int y = std::max(0, -top); y < image.mSize.height && top + y < mSize.height; ++y)
+        for (int x = std::max(0, -left); x < image.mSize.width && left + x < mSize.width; ++x)
+            at(left + x, top + y) = blend(image.at(x, y), at(left + x, top + y));
+}
+
+Image Image::over(const Background& background) const {
+    Image result(mSize);
+    for (int y = 0; y < mSize.height; ++y)
+        for (int x = 0; x < mSize.width; ++x) result.at(x, y) = blend(at(x, y), background.at(x, y));
+    return result;
+}
+
+void Image::writePng(const std::string& path) const {
+    static_assert(sizeof(Colour) == 4, "pixels lie as the PNG library takes them");
+    FILE* file = fopen(path.c_str(), "wbe");
+    if (file == nullptr) throw FileError(path + ": " + strerror(errno));
+    png_image png = {};
+    png.version = PNG_IMAGE_VERSION;
+    png.width = png_uint_32(mSize.width);
+    png.height = png_uint_32(mSize.height);
+    png.format = PNG_FORMAT_RGBA;
+    png.flags = PNG_IMAGE_FLAG_FAST;
+    errno = 0;
+    const bool written = png_image_write_to_stdio(&png, file, 0, mPixels.data(), 0, nullptr) != 0;
+    int error = errno;
+    if (fclose(file) == 0 && written) return;
+    if (error == 0) error = errno;
+    unlink(path.c_str());
+    throw FileError(path + ": cannot be written: " + (error != 0 ? strerror(error) : png.message));
+}
+
+}  // namespace vxsub

@@ -1,0 +1,73 @@
+/// Images in memory, and how they reach a PNG file.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "subtitle/SubtitleTypes.h"
+
+namespace vxsub {
+
+struct Size {
+    int width, height;
+};
+
+struct Colour {
+    android::U8 red, green, blue, alpha;
+};
+
+/// What lies behind a picture, as the movie does on a television.
+class Background {
+public:
+    /// Squares in two greys, on which both white and black letters stand out.
+    static Background checkerboard() { return Background(Kind::Checkerboard, {}); }
+
+    /// "checkerboard", "none" (the picture's own transparency), or a colour as RRGGBB, with or without '#' in front.
+    static std::optional<Background> parse(std::string_view text);
+
+    Colour at(int x, int y) const;
+
+private:
+    enum class Kind { Checkerboard, None, Plain };
+    Background(Kind kind, Colour colour) : mKind(kind), mColour(colour) {}
+
+    Kind mKind;
+    Colour mColour;
+};
+
+/// Pixels from the top left, row by row. Colours are not multiplied by their alpha.
+class Image {
+public:
+    explicit Image(Size size);
+
+    Size size() const { return mSize; }
+    Colour& at(int x, int y) { return mPixels[index(x, y)]; }
+    const Colour& at(int x, int y) const { return mPixels[index(x, y)]; }
+
+    /// Whether any pixel would be seen.
+    bool isBlank() const;
+
+    /// The smallest part that holds everything that is seen; empty of a blank image.
+    Image visiblePart() const;
+
+    /// As it is, or reduced by averaging so that it fits; its sides keep their ratio.
+    Image fitInto(Size most) const;
+
+    /// Draws `image` over this one; what would lie outside is dropped.
+    void lay(const Image& image, int left, int top);
+
+    /// The same image in front of a background.
+    Image over(const Background& background) const;
+
+    /// Throws `FileError` when the file cannot be written; none stays behind then.
+    void writePng(const std::string& path) const;
+
+private:
+    size_t index(int x, int y) const { return size_t(y) * size_t(mSize.width) + size_t(x); }
+
+    Size mSize;
+    std::vector<Colour> mPixels;
+};
+
+}  // namespace vxsub

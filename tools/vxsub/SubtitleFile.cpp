@@ -1,0 +1,273 @@
+#include "SubtitleFile.h"
+
+#include <android-base/properties.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <gui/IGraphicBufferProducer.h>
+#include <string.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string_view>
+#include <unordered_map>
+
+#include "Errors.h"
+#include "Output.h"
+#include "Text.h"
+#include "Time.h"
+#include "subtitle/SubtitleParserSUBIDX.h"
+
+namespace vxsub {
+namespace {
+
+using namespace android;
+
+constexpr char kLanguageProperty[] = "vendor.quarn.subtitle.language";
+
+/// Twice the parsers' own work buffer, so that no text is cut for the buffer's sake.
+constexpr size_t kTextBufferSize = 16384;
+
+/// A byte for each pixel of the largest television, for plug-ins that write their pictures out.
+constexpr size_t kPictureBufferSize = 1920 * 1080;
+
+constexpr U32 kNoPicture = 0x80000000;  // a plug-in's answer
+
+constexpr auto kUtf8 = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8;
+constexpr auto kNative = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;
+
+/// A television set to Big5 shows 8-bit text as that.
+const NativeCharset* nativeFor(const OpenOptions& options) {
+    if (options.native != nullptr || strncasecmp(options.language.c_str(), "big5", 4) != 0) return options.native;
+    return findNativeCharset("big5");
+}
+
+const char* kindOf(mode_t mode) {
+    if (S_ISDIR(mode)) return "is a directory";
+    if (S_ISFIFO(mode)) return "is a pipe, not a file on disk";
+    return "is not a regular file";
+}
+
+/// Says of the file at `fd` what a parser needs to know, and which one is its.
+const Format& formatFor(const OpenOptions& options, int fd, SourceFile* source) {
+    struct stat status;
+    if (fstat(fd, &status) != 0) throw FileError(options.path + ": " + strerror(errno));
+    if (!S_ISREG(status.st_mode)) throw FileError(options.path + ": " + kindOf(status.st_mode));
+    source->fd = fd;
+    source->length = status.st_size;
+    if (options.format != nullptr) return *options.format;
+    const Format* format = formatOfPath(options.path);
+    if (format != nullptr) return *format;
+    const std::string_view extension = extensionOf(options.path);
+    throw FileError(options.path + ": " +
+                    (extension.empty() ? "no extension" : "unknown extension " + std::string(extension)) +
+                    "; choose the format with --type (see vxsub --help)");
+}
+
+std::string describeRefusal(const Format& format, SubtitleParser& parser, const SourceFile& source) {
+    const std::string reason = format.refusal == nullptr ? "" : format.refusal(parser, source);
+    if (!reason.empty()) return reason;
+    return std::string("the library refuses it as ") + format.name + " (--log shows what it says)";
+}
+
+/// As far as the player goes before it asks for entries.
+bool begin(SubtitleParser& parser, const std::optional<U32>& frameRate) {
+    if (frameRate) parser.SetFrameRate(*frameRate);
+    return parser.BeginParse() == TRUE;
+}
+
+void end(SubtitleParser& parser) {
+    parser.StopParse();
+    parser.Deinit();
+}
+
+bool beginsWithUtf8Mark(int fd) {
+    char bytes[3] = {};
+    return pread(fd, bytes, sizeof bytes, 0) == ssize_t(sizeof bytes) && memcmp(bytes, "\xEF\xBB\xBF", 3) == 0;
+}
+
+}  // namespace
+
+class SubtitleFile::Descriptor {
+public:
+    explicit Descriptor(const std::string& path) : mFd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+        if (mFd < 0) throw FileError(path + ": " + strerror(errno));
+    }
+    ~Descriptor() { close(mFd); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return mFd; }
+
+private:
+    int mFd;
+};
+
+SubtitleFile::SubtitleFile(const OpenOptions& options)
+    : mOptions(options),
+      mSource{options.path, -1, 0},
+      mDescriptor(std::make_unique<Descriptor>(options.path)),
+      mFormat(formatFor(options, mDescriptor->get(), &mSource)),
+      mTrackInfo(),
+      mBuffer(mFormat.content == Content::Text ? kTextBufferSize : kPictureBufferSize) {
+    if (!options.language.empty()) base::SetProperty(kLanguageProperty, options.language);
+    const std::string remark = mFormat.remark == nullptr ? "" : mFormat.remark(mSource);
+
+    const auto start = std::chrono::steady_clock::now();
+    mParser = mFormat.construct(mSource);
+    const bool parsed = begin(*mParser, options.frameRate);
+    mOpenMilliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    if (!parsed) {
+        const std::string refusal = describeRefusal(mFormat, *mParser, mSource);
+        throw FileError(path() + ": " + refusal + (remark.empty() ? "" : "; " + remark));
+    }
+    if (!remark.empty()) complain(path() + ": " + remark);
+
+    mHasUtf8Mark = beginsWithUtf8Mark(mSource.fd);
+    readTracks();
+    // The user overrules what the library judged from the bytes, but no mark.
+    const bool isOverruled = options.native != nullptr && !mHasUtf8Mark && codeType() == kUtf8;
+    mDecoder = std::make_unique<Decoder>(*mParser, isOverruled ? kNative : codeType(), nativeFor(options));
+}
+
+SubtitleFile::~SubtitleFile() { end(*mParser); }
+
+void SubtitleFile::readTracks() {
+    mTrackInfo.eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_INVALID;
+    mTrackInfo.eCodeType = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNKNOWN;
+    mParser->GetTrackInfo(track(), &mTrackInfo);
+    mCount = mParser->GetTagNum();
+    if (const SubtitleParserSUBIDX* index = vobSub())
+        for (const auto& range : index->m_vPrivateTrackInfo)
+            mTracks.push_back({range.eLanguage, range.u32TagStart, range.u32TagEnd + 1});
+    else
+        mTracks.push_back({E_MEDIA_SUBTITLE_PARSER_LANGUAGE_UNDEFINED, 0, mCount});
+    if (!mOptions.track || *mOptions.track < mTracks.size()) return;
+    throw FileError(path() + ": there is no track " + std::to_string(*mOptions.track) + "; " +
+                    (mTracks.empty()       ? "it has none"
+                     : mTracks.size() == 1 ? "its only one is 0"
+                                           : "it has " + std::to_string(mTracks.size()) + ", from 0 to " +
+                                                 std::to_string(mTracks.size() - 1)));
+}
+
+std::string SubtitleFile::encoding() const {
+    const std::string phrase = nameOf(codeType()).phrase;
+    if (codeType() != kUtf8) return phrase;
+    return phrase +
+           (mHasUtf8Mark ? " (byte-order mark)" : ", as the library judged from the bytes (--native overrules)");
+}
+
+bool SubtitleFile::followsFrameRate() {
+    const U32 other = mOptions.frameRate == 25u ? 50 : 25;
+    const std::unique_ptr<SubtitleParser> parser = mFormat.construct(mSource);
+    bool differs = !begin(*parser, other) || parser->GetTagNum() != mCount;
+    for (U32 i = 0; i < mCount && !differs; ++i) {
+        ST_MEDIA_SUBTITLE_PARSER_TAG tag = {};
+        parser->GetTagInfo(track(), i, &tag);
+        differs = tag.u32TimeStart != entry(i).start || tag.u32TimeEnd != entry(i).end;
+    }
+    end(*parser);
+    return differs;
+}
+
+Entry SubtitleFile::entry(U32 index) {
+    ST_MEDIA_SUBTITLE_PARSER_TAG tag = {};
+    mParser->GetTagInfo(trackOf(index), index, &tag);
+    return {tag.u32TimeStart, tag.u32TimeEnd};
+}
+
+U32 SubtitleFile::trackOf(U32 index) const {
+    const auto endsBefore = [](U32 i, const Track& track) { return i < track.end; };
+    return U32(std::upper_bound(mTracks.begin(), mTracks.end(), index, endsBefore) - mTracks.begin());
+}
+
+std::vector<Entry> SubtitleFile::trackEntries() {
+    std::vector<Entry> entries;
+    if (track() >= mTracks.size()) return entries;
+    for (U32 i = mTracks[track()].first; i < mTracks[track()].end; ++i) entries.push_back(entry(i));
+    return entries;
+}
+
+std::optional<U32> SubtitleFile::entryBegunAt(U32 ms) {
+    const U32 index = mParser->GetTag(track(), ms);
+    if (index >= mCount) return std::nullopt;
+    return index;
+}
+
+std::optional<U32> SubtitleFile::entryShownAt(U32 ms) {
+    const std::optional<U32> index = entryBegunAt(ms);
+    // Without a current entry the library names the first or the last that ran.
+    if (!index || !entry(*index).covers(ms)) return std::nullopt;
+    return index;
+}
+
+Units SubtitleFile::units(U32 index) {
+    Units units;
+    units.wide = codeType() == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE ||
+                 codeType() == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
+    // One way out of the library's text walk writes no terminator.
+    std::fill(mBuffer.begin(), mBuffer.end(), U8(0));
+    const size_t counted = mParser->GetData(track(), mBuffer.data(), U32(mBuffer.size()), index);
+    const size_t width = units.wide ? 2 : 1;
+    const size_t limit = mBuffer.size() / width;
+    for (size_t i = 0; i < (mOptions.raw ? std::min(counted, limit) : limit); ++i) {
+        const U8* unit = &mBuffer[i * width];
+        const U16 value = units.wide ? U16(unit[0] | unit[1] << 8) : U16(unit[0]);
+        if (value == 0 && !mOptions.raw) break;
+        units.values.push_back(value);
+    }
+    return units;
+}
+
+std::optional<PictureArea> SubtitleFile::picture(U32 index) {
+    PictureArea area = {};
+    const U32 size = mParser->GetData(trackOf(index), mBuffer.data(), U32(mBuffer.size()), index, &area);
+    if (size == 0 || size == kNoPicture) return std::nullopt;
+    return area;
+}
+
+void SubtitleFile::drawOn(const sp<IGraphicBufferProducer>& producer) { mParser->SetIGraphicBufferProducer(producer); }
+
+const SubtitleParserSUBIDX* SubtitleFile::vobSub() const {
+    if (mFormat.content != Content::VobSub) return nullptr;
+    return static_cast<const SubtitleParserSUBIDX*>(mParser.get());
+}
+
+std::u32string SubtitleFile::text(U32 index) {
+    if (!hasPictures()) return text(units(index));
+    const std::optional<PictureArea> area = picture(index);
+    if (!area) return U"(no picture)";
+    return decodeUtf8("(picture " + std::to_string(area->u16Width) + "x" + std::to_string(area->u16Height) + " at " +
+                      std::to_string(area->u16X) + ", " + std::to_string(area->u16Y) + ")");
+}
+
+std::u32string SubtitleFile::text(const Units& units) const {
+    const std::u32string text = decoder().decode(units);
+    if (!mFormat.breaksAtBackslashN || mOptions.raw) return text;
+    std::u32string shown;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool isBreak = text[i] == '\\' && i + 1 < text.size() && text[i + 1] == 'N';
+        shown.push_back(isBreak ? U'\n' : text[i]);
+        if (isBreak) ++i;
+    }
+    return shown;
+}
+
+std::string formatSpan(const Entry& entry) {
+    return formatTime(entry.start) + " --> " + (entry.isOpen() ? "the next" : formatTime(entry.end));
+}
+
+std::vector<Marks> marksOf(const std::vector<Entry>& entries) {
+    std::unordered_map<U32, size_t> starts;
+    for (const Entry& entry : entries) ++starts[entry.start];
+    std::vector<Marks> marks;
+    marks.reserve(entries.size());
+    for (size_t i = 0; i < entries.size(); ++i)
+        marks.push_back({starts[entries[i].start] > 1, i > 0 && entries[i].start < entries[i - 1].start,
+                         entries[i].end < entries[i].start});
+    return marks;
+}
+
+}  // namespace vxsub
