@@ -377,6 +377,7 @@ TYPED_TEST(SubDialect, WaitsInVainWhenATagCannotBeStored) {
     Rigged<typename TestFixture::Parser> parser(bytesOf(file.path()));
     parser.tagsThatFit = 0;
     const VirtualClock clock;
+    const ThreadsEndFirst order;
     const LogCapture log;
     EXPECT_EQ(FALSE, parser.BeginParse());
     EXPECT_EQ(std::vector<unsigned>(1000, 100000u), clock.sleeps());

@@ -512,6 +512,7 @@ TEST(SubtitleParserSUBIDX, AFullTableEndsTheScanWithoutTheFlag) {
     test::VobSubPair pair(idx, "");
     SubtitleParserSUBIDX parser(pair.path());
     const test::VirtualClock clock;
+    const test::ThreadsEndFirst order;
     const test::LogCapture log;
     {
         const test::AllocationFails fails(0x30001);

@@ -477,6 +477,7 @@ TEST(Sub, GoesOnWhenATrialFailsAtItsLimit) {
     const TempFile file(content);
     SubtitleParserSUB parser(bytesOf(file.path()));
     VirtualClock clock;
+    const ThreadsEndFirst order;
     unsigned most = 0;
     for (const size_t sleep : {1U, 500U, 1000U}) {
         clock.atSleep(sleep, [&] { most = std::max(most, threadCount()); });

@@ -26,31 +26,17 @@ VXSUBTITLE_API extern const Hebrew2UnicodeTb5 HebrewtoUnicode[51];     ///< ISO 
 namespace vxsubtitle {
 
 /// First and last code that a row stands for.
-constexpr android::U16 firstCode(const android::CharRange& row) {
-    return row.first;
-}
-constexpr android::U16 firstCode(const android::GB2UnicodeTbl& row) {
-    return row.u16GBcode;
-}
-constexpr android::U16 firstCode(const android::Big52UnicodeTb3& row) {
-    return row.u16Big5code;
-}
-constexpr android::U16 firstCode(const android::Farsi2UnicodeTb2& row) {
-    return row.u8Farsicode;
-}
-constexpr android::U16 firstCode(const android::Spanish2UnicodeTb4& row) {
-    return row.u8Spanishcode;
-}
-constexpr android::U16 firstCode(const android::Hebrew2UnicodeTb5& row) {
-    return row.u8Hebrewcode;
-}
+constexpr android::U16 firstCode(const android::CharRange& row) { return row.first; }
+constexpr android::U16 firstCode(const android::GB2UnicodeTbl& row) { return row.u16GBcode; }
+constexpr android::U16 firstCode(const android::Big52UnicodeTb3& row) { return row.u16Big5code; }
+constexpr android::U16 firstCode(const android::Farsi2UnicodeTb2& row) { return row.u8Farsicode; }
+constexpr android::U16 firstCode(const android::Spanish2UnicodeTb4& row) { return row.u8Spanishcode; }
+constexpr android::U16 firstCode(const android::Hebrew2UnicodeTb5& row) { return row.u8Hebrewcode; }
 template <class Row>
 constexpr android::U16 lastCode(const Row& row) {
     return firstCode(row);
 }
-constexpr android::U16 lastCode(const android::CharRange& row) {
-    return row.last;
-}
+constexpr android::U16 lastCode(const android::CharRange& row) { return row.last; }
 
 /// The row that holds `code`, or null. `rows` are in order.
 template <class Row, size_t Count>

@@ -198,11 +198,13 @@ struct Thread {
 
 struct Threads {
     std::mutex lock;
+    std::condition_variable oneEnded;
     std::map<pthread_t, Thread> known;  // created, not yet joined
     std::vector<std::shared_ptr<ThreadGate::State>> gates;
 };
 
 std::atomic<int> refusedThreads{0};
+std::atomic<int> awaitedThreads{0};
 
 struct Start {
     void* (*routine)(void*);
@@ -218,9 +220,17 @@ struct Ending {
         const auto self = threads.known.find(pthread_self());
         if (self == threads.known.end()) return;
         self->second.ended = true;
+        threads.oneEnded.notify_all();
         if (self->second.detached) threads.known.erase(self);
     }
 };
+
+/// Requires the lock.
+bool isRunning(pthread_t thread) {
+    const Threads& threads = immortal<Threads>();
+    const auto note = threads.known.find(thread);
+    return note != threads.known.end() && !note->second.ended;
+}
 
 extern "C" void* runThread(void* argument) {
     const Start start = std::move(*static_cast<Start*>(argument));
@@ -243,6 +253,9 @@ bool isDetached(const pthread_attr_t* attributes) {
 
 ThreadCreateFails::ThreadCreateFails() { ++refusedThreads; }
 ThreadCreateFails::~ThreadCreateFails() { --refusedThreads; }
+
+ThreadsEndFirst::ThreadsEndFirst() { ++awaitedThreads; }
+ThreadsEndFirst::~ThreadsEndFirst() { --awaitedThreads; }
 
 ThreadGate::ThreadGate() : mState(std::make_shared<State>()) {
     Threads& threads = immortal<Threads>();
@@ -366,13 +379,15 @@ TEST_INTERPOSED int pthread_create(pthread_t* thread, const pthread_attr_t* attr
     const auto create = TEST_NEXT(pthread_create);
     test::Threads& threads = test::immortal<test::Threads>();
     const bool detached = test::isDetached(attributes);
-    const std::lock_guard<std::mutex> guard(threads.lock);  // the new thread finds itself noted when it ends
+    std::unique_lock<std::mutex> lock(threads.lock);  // the new thread finds itself noted when it ends
+    if (test::awaitedThreads != 0 && !threads.gates.empty()) test::fail("ThreadsEndFirst under a ThreadGate");
     auto start = std::make_unique<test::Start>();
     *start = {routine, argument, threads.gates.empty() ? nullptr : threads.gates.back()};
     const int result = create(thread, attributes, test::runThread, start.get());
     if (result == 0) {
         (void)start.release();  // the thread's now
         threads.known[*thread] = {false, detached};
+        while (test::awaitedThreads != 0 && test::isRunning(*thread)) threads.oneEnded.wait(lock);
     }
     return result;
 }

@@ -88,6 +88,16 @@ private:
     std::shared_ptr<State> mState;
 };
 
+/// `pthread_create` returns only when the new thread has run to its end, so that the order of events is fixed. Not
+/// together with a ThreadGate.
+class ThreadsEndFirst {
+public:
+    ThreadsEndFirst();
+    ~ThreadsEndFirst();
+    ThreadsEndFirst(const ThreadsEndFirst&) = delete;
+    ThreadsEndFirst& operator=(const ThreadsEndFirst&) = delete;
+};
+
 /// `malloc`, `calloc` and `realloc` of so many bytes, at least and at most, give null. For programs declared with
 /// ALLOC; when `supported` is false (thread sanitizer, clang's sanitizers, valgrind) the object has no effect: skip
 /// the test.

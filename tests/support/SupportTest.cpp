@@ -197,6 +197,11 @@ extern "C" void* setFlag(void* flag) {
     return flag;
 }
 
+extern "C" void* setFlagSlowly(void* flag) {
+    for (int i = 0; i < 1000; ++i) sched_yield();
+    return setFlag(flag);
+}
+
 extern "C" void* leaveEarly(void* result) { pthread_exit(result); }
 
 TEST(Threads, GetTheirArgumentAndGiveTheirResult) {
@@ -228,6 +233,24 @@ TEST(Threads, CountUntilJoinedHoweverTheyEnd) {
     ASSERT_EQ(0, pthread_join(thread, &result));
     EXPECT_EQ(&value, result);
     EXPECT_EQ(1u, threadCount());
+}
+
+TEST(Threads, MayEndBeforeTheirCreationReturns) {
+    const ThreadsEndFirst order;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    for (const int state : {PTHREAD_CREATE_JOINABLE, PTHREAD_CREATE_DETACHED}) {
+        pthread_attr_setdetachstate(&attributes, state);
+        std::atomic<bool> ran{false};
+        pthread_t thread;
+        ASSERT_EQ(0, pthread_create(&thread, &attributes, setFlagSlowly, &ran));
+        EXPECT_TRUE(ran);
+        EXPECT_EQ(state == PTHREAD_CREATE_JOINABLE ? 2u : 1u, threadCount());
+        if (state == PTHREAD_CREATE_JOINABLE) {
+            EXPECT_EQ(0, pthread_join(thread, nullptr));
+        }
+    }
+    pthread_attr_destroy(&attributes);
 }
 
 TEST(Threads, CountUntilTheirEndWhenDetached) {
