@@ -55,17 +55,6 @@ constexpr size_t firstUnit(const View&) {
     return View::kWidth == 2 ? 1 : 0;  // kept: so a UTF-8 mark spoils the line that it stands on
 }
 
-/// Scans the line at `i` into `values`: 8-bit text as it lies, of 16-bit text the first `Units` characters. True
-/// when all values were converted.
-template <U32 Units, class View, size_t N>
-bool scanLine(const View& in, size_t i, const char* format, U32 (&values)[N]) {
-    if constexpr (View::kWidth == 1) {
-        return scanAll(in, i, format, values);
-    } else {
-        return scanAll(NarrowText<Units>(in, i), 0, format, values);
-    }
-}
-
 /// Adds a tag for the text at `offset`. False when it could not be stored.
 inline bool addTag(SubtitleParser& parser, U32 start, U32 end, S64 offset) {
     return parser.AddTag(start, end, parser.m_s64RawBufferPosition + offset, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE) !=

@@ -49,12 +49,7 @@ struct Times {
     U32 v[8];
     template <class Enc>
     bool scan(const TextView<Enc>& in, size_t pos) {
-        constexpr char kFormat[] = "%u:%u:%u.%u,%u:%u:%u.%u";
-        if constexpr (sizeof(typename Enc::Unit) == 1) {
-            return scanAll(in, pos, kFormat, v);
-        } else {
-            return scanAll(NarrowText<kTimesUnits>(in, pos), 0, kFormat, v);
-        }
+        return scanUsualLine<kTimesUnits>(in, pos, "0:00:00.00,0:00:00.00", "%u:%u:%u.%u,%u:%u:%u.%u", v);
     }
     // kept: the fraction counts hundredths, however many digits it has
     U32 start() const { return milliseconds(v[0], v[1], v[2], v[3] * 10); }

@@ -24,7 +24,7 @@ struct TimeLine {
 
     bool scan(const TextView<Bytes>& in, size_t i) {
         if (!isDigit(in.at(i))) return false;
-        if (scanLine<kTextAt>(in, i, kPlain, v)) return true;
+        if (scanPlain(in, i)) return true;
         U32 numbered[9];
         if (!scanAll(in, i, "%u %u:%u:%u,%u %u:%u:%u,%u", numbered)) return false;
         number = numbered[0];
@@ -35,7 +35,7 @@ struct TimeLine {
     /// kept: a leading number is not read in 16-bit text.
     template <class View>
     bool scan(const View& in, size_t i) {
-        return isDigit(in.at(i)) && scanLine<kTextAt>(in, i, kPlain, v);
+        return isDigit(in.at(i)) && scanPlain(in, i);
     }
 
     // kept: the fourth field counts as milliseconds as it stands
@@ -43,7 +43,11 @@ struct TimeLine {
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7]); }
     U32 textAt() const { return number != 0 ? kTextAtNumbered : kTextAt; }  // kept: a number 0 counts as none
 
-    static constexpr char kPlain[] = "%u:%u:%u:%u %u:%u:%u:%u";
+private:
+    template <class View>
+    bool scanPlain(const View& in, size_t i) {
+        return scanUsualLine<kTextAt>(in, i, "00:00:00:00 00:00:00:00 ", "%u:%u:%u:%u %u:%u:%u:%u", v);
+    }
 };
 
 struct Judge {

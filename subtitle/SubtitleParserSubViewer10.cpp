@@ -17,7 +17,7 @@ struct TimeLine {
     U32 v[3];
     template <class View>
     bool scan(const View& in, size_t i) {
-        return scanLine<kTimeLineLength>(in, i, "[%u:%u:%u]", v);
+        return scanUsualLine<kTimeLineLength>(in, i, "[00:00:00]", "[%u:%u:%u]", v);
     }
     U32 time() const { return milliseconds(v[0], v[1], v[2]); }
 };

@@ -24,7 +24,8 @@ struct TimeLine {
     U32 v[8];
     template <class View>
     bool scan(const View& in, size_t i) {
-        return isDigit(in.at(i)) && scanLine<kTimeLineLength>(in, i, "%u:%u:%u.%u,%u:%u:%u.%u", v);
+        return isDigit(in.at(i)) &&
+               scanUsualLine<kTimeLineLength>(in, i, "00:00:00.00,00:00:00.00", "%u:%u:%u.%u,%u:%u:%u.%u", v);
     }
     // kept: the fraction counts as milliseconds as it stands; ".50" is 50 ms
     U32 start() const { return milliseconds(v[0], v[1], v[2], v[3]); }

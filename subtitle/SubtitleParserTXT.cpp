@@ -39,9 +39,33 @@ struct Stamp {
     U32 width = 0;       ///< characters up to the text, 0 when the line has no time stamp
     bool range = false;  ///< the line reads as a SubRip time range
 
-    /// Reads anything that answers `at(i)` in 8-bit characters. 16-bit text knows the long form alone.
+    Stamp(const TextView<Bytes>& in, size_t pos) {
+        U32 end[4];
+        if (scanColumns(in, pos, "00:00:00,0=", v)) {
+            width = kLongWidth;
+            range = scanAll(in, pos + kLongWidth - 1, "-->%u:%u:%u,%u", end);
+        } else {
+            scan(in, pos, true);
+        }
+    }
+
+    /// 16-bit text knows the long form alone.
+    template <class Enc>
+    Stamp(const TextView<Enc>& in, size_t pos) {
+        if (scanColumns(in, pos, "00:00:00,0=", v)) {
+            width = kLongWidth;
+        } else {
+            scan(NarrowText<kLongWidth>(in, pos), 0, false);
+        }
+    }
+
+    bool isShort() const { return width == 8 || width == 9; }
+    U32 time() const { return milliseconds(v[0], v[1], v[2]); }
+
+private:
+    /// Reads anything that answers `at(i)` in 8-bit characters.
     template <class Text>
-    Stamp(const Text& in, size_t pos, bool shortForm) {
+    void scan(const Text& in, size_t pos, bool shortForm) {
         const U32 numbers = scanSome(in, pos, "%u:%u:%u,%u=", v);
         U32 all[8];
         if (numbers == 4) {
@@ -52,9 +76,6 @@ struct Stamp {
             width = v[0] < 10 && !leadingZero ? 8 : 9;
         }
     }
-
-    bool isShort() const { return width == 8 || width == 9; }
-    U32 time() const { return milliseconds(v[0], v[1], v[2]); }
 };
 
 template <class Enc>
@@ -67,7 +88,7 @@ public:
     bool run(size_t i) {
         while (mIn.inside(i)) {
             i = mIn.skipSpace(i);
-            const Stamp start = stampAt(i);
+            const Stamp start(mIn, i);
             if (start.width == 0 || start.range) {
                 i = mIn.nextLine(i);
                 continue;
@@ -75,7 +96,7 @@ public:
             if (start.isShort() && mShortWidth == 0) mShortWidth = static_cast<U8>(start.width);
             const size_t text = i + start.width;
             i = mIn.skipSpace(nextEntry(text));
-            const Stamp end = stampAt(i);
+            const Stamp end(mIn, i);
             if (end.width == 0) continue;  // not a closing line: it may open an entry
             if (!add(start, end, text)) return false;
             i = nextEntry(i + (mShortWidth != 0 ? mShortWidth : kLongWidth));  // kept: a closing line opens none
@@ -84,14 +105,6 @@ public:
     }
 
 private:
-    Stamp stampAt(size_t i) const {
-        if constexpr (sizeof(typename Enc::Unit) == 1) {
-            return {mIn, i, true};
-        } else {
-            return {NarrowText<kLongWidth>(mIn, i), 0, false};
-        }
-    }
-
     /// From behind a time stamp past its line, and past the second line of two.
     size_t nextEntry(size_t i) const {
         i = mIn.nextLine(i);

@@ -1,6 +1,7 @@
 // The quick ways of the scans answer as the plain ones do.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -10,84 +11,135 @@
 namespace vxsubtitle {
 namespace {
 
-constexpr char kShape[] = "00:00:00,000 --> 00:00:00,000";
-constexpr char kFormat[] = "%u:%u:%u,%u --> %u:%u:%u,%u";
 constexpr U32 kUntouched = 77;
 
+/// The usual spelling of a time stamp, the format that it stands for, and the numbers in it.
+struct Srt {
+    static constexpr char kShape[] = "00:00:00,000 --> 00:00:00,000";
+    static constexpr char kFormat[] = "%u:%u:%u,%u --> %u:%u:%u,%u";
+    static constexpr char kLine[] = "12:34:56,789 --> 98:76:54,321";
+    static constexpr U32 kNumbers = 8;
+};
+
+struct Ssa {
+    static constexpr char kShape[] = "0:00:00.00,0:00:00.00";
+    static constexpr char kFormat[] = "%u:%u:%u.%u,%u:%u:%u.%u";
+    static constexpr char kLine[] = "1:34:56.78,9:76:54.32";
+    static constexpr U32 kNumbers = 8;
+};
+
+struct Txt {
+    static constexpr char kShape[] = "00:00:00,0=";
+    static constexpr char kFormat[] = "%u:%u:%u,%u=";
+    static constexpr char kLine[] = "12:34:56,7=";
+    static constexpr U32 kNumbers = 4;
+};
+
+struct SubViewer20 {
+    static constexpr char kShape[] = "00:00:00.00,00:00:00.00";
+    static constexpr char kFormat[] = "%u:%u:%u.%u,%u:%u:%u.%u";
+    static constexpr char kLine[] = "12:34:56.78,98:76:54.32";
+    static constexpr U32 kNumbers = 8;
+};
+
+struct SubViewer10 {
+    static constexpr char kShape[] = "[00:00:00]";
+    static constexpr char kFormat[] = "[%u:%u:%u]";
+    static constexpr char kLine[] = "[12:34:56]";
+    static constexpr U32 kNumbers = 3;
+};
+
+struct DvbSubtitleSystem {
+    static constexpr char kShape[] = "00:00:00:00 00:00:00:00 ";
+    static constexpr char kFormat[] = "%u:%u:%u:%u %u:%u:%u:%u";
+    static constexpr char kLine[] = "12:34:56:78 98:76:54:32 ";
+    static constexpr U32 kNumbers = 8;
+};
+
+template <class Spelling>
 struct Numbers {
-    U32 v[8] = {kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched};
-    bool operator==(const Numbers& other) const { return std::equal(v, v + 8, other.v); }
+    Numbers() { std::fill(v, std::end(v), kUntouched); }
+    bool operator==(const Numbers& other) const { return std::equal(v, std::end(v), other.v); }
+    U32 v[Spelling::kNumbers];
 };
 
 /// Whether `text` has the shape, the same in all encodings. Where it has, the numbers are the scanner's, also from the
 /// narrowed text of the 16-bit formats; where it has not, no number is touched.
-template <class Enc>
+template <class Spelling, class Enc>
 bool readIn(const std::string& text) {
     const std::vector<U8> exact(text.begin(), text.end());  // a read behind the end is seen
     const TextView<Enc> in(exact.data(), exact.size());
-    Numbers columns;
-    if (!scanColumns(in, 0, kShape, columns.v)) {
-        EXPECT_EQ(columns, Numbers());
+    Numbers<Spelling> columns;
+    if (!scanColumns(in, 0, Spelling::kShape, columns.v)) {
+        EXPECT_EQ(columns, Numbers<Spelling>());
         return false;
     }
-    Numbers scanned;
-    if constexpr (TextView<Enc>::kWidth == 1) {
-        EXPECT_TRUE(scanAll(in, 0, kFormat, scanned.v));
-    } else {
-        EXPECT_TRUE(scanAll(NarrowText<sizeof kShape - 1>(in, 0), 0, kFormat, scanned.v));
-    }
+    Numbers<Spelling> scanned;
+    EXPECT_TRUE(scanLine<sizeof Spelling::kShape - 1>(in, 0, Spelling::kFormat, scanned.v));
     EXPECT_EQ(columns, scanned);
     return true;
 }
 
-bool isRead(const std::string& text) {
-    SCOPED_TRACE(text);
-    const bool read = readIn<Bytes>(text);
-    EXPECT_EQ(readIn<Utf16Le>(test::utf16le(text, false)), read);
-    EXPECT_EQ(readIn<Utf16Be>(test::utf16be(text, false)), read);
-    return read;
+template <class Spelling>
+class ScanColumns : public testing::Test {
+protected:
+    static bool isRead(const std::string& text) {
+        SCOPED_TRACE(text);
+        const bool read = readIn<Spelling, Bytes>(text);
+        EXPECT_EQ((readIn<Spelling, Utf16Le>(test::utf16le(text, false))), read);
+        EXPECT_EQ((readIn<Spelling, Utf16Be>(test::utf16be(text, false))), read);
+        return read;
+    }
+
+    const std::string line = Spelling::kLine;
+};
+
+using Spellings = testing::Types<Srt, Ssa, Txt, SubViewer20, SubViewer10, DvbSubtitleSystem>;
+TYPED_TEST_SUITE(ScanColumns, Spellings);
+
+TYPED_TEST(ScanColumns, ReadsTheShape) {
+    EXPECT_TRUE(this->isRead(this->line));
+    EXPECT_TRUE(this->isRead(this->line + "\r\n"));
+    EXPECT_TRUE(this->isRead(this->line + " X1:40"));
+    std::string digits = TypeParam::kShape;
+    EXPECT_TRUE(this->isRead(digits));
+    std::replace(digits.begin(), digits.end(), '0', '9');
+    EXPECT_TRUE(this->isRead(digits));
 }
 
-const std::string kLine = "12:34:56,789 --> 98:76:54,321";
-
-TEST(ScanColumns, ReadsTheShape) {
-    EXPECT_TRUE(isRead(kLine));
-    EXPECT_TRUE(isRead(kLine + "\r\n"));
-    EXPECT_TRUE(isRead(kLine + " X1:40"));
-    EXPECT_TRUE(isRead("00:00:00,000 --> 00:00:00,000"));
-    EXPECT_TRUE(isRead("99:99:99,999 --> 99:99:99,999"));
+TYPED_TEST(ScanColumns, LeavesOtherSpellingsAlone) {
+    EXPECT_FALSE(this->isRead("")) << "no data";
+    EXPECT_FALSE(this->isRead(this->line.substr(0, this->line.size() - 1))) << "a character short";
+    EXPECT_FALSE(this->isRead(this->line + "0")) << "goes on with a digit";
+    EXPECT_FALSE(this->isRead(" " + this->line)) << "a blank in front";
+    EXPECT_FALSE(this->isRead(this->line.substr(1))) << "less in front";
 }
 
-TEST(ScanColumns, LeavesOtherSpellingsAlone) {
-    EXPECT_FALSE(isRead("")) << "no data";
-    EXPECT_FALSE(isRead(kLine.substr(0, kLine.size() - 1))) << "a digit short";
-    EXPECT_FALSE(isRead(kLine + "0")) << "the last number goes on";
-    EXPECT_FALSE(isRead(" " + kLine)) << "a blank in front";
-    EXPECT_FALSE(isRead("12:34:56.789 --> 98:76:54.321")) << "points for commas";
-    EXPECT_FALSE(isRead("2:34:56,789 --> 8:76:54,321")) << "one-digit hours";
-}
-
-TEST(ScanColumns, EveryOtherCharacterAtEveryPlaceIsSeen) {
-    for (size_t i = 0; i < kLine.size(); ++i) {
+TYPED_TEST(ScanColumns, EveryOtherCharacterAtEveryPlaceIsSeen) {
+    for (size_t i = 0; i < this->line.size(); ++i) {
         for (int c = 0; c < 256; ++c) {
-            std::string line = kLine;
-            line[i] = static_cast<char>(c);
-            const bool fits = isDigit(static_cast<U8>(kLine[i])) ? isDigit(U32(c)) : line == kLine;
-            EXPECT_EQ(isRead(line), fits);
+            std::string other = this->line;
+            other[i] = static_cast<char>(c);
+            const bool fits = isDigit(static_cast<U8>(this->line[i])) ? isDigit(U32(c)) : other == this->line;
+            EXPECT_EQ(this->isRead(other), fits);
         }
     }
 }
 
-TEST(ScanColumns, TakesWideUnitsForNoDigits) {
-    std::string wide = test::utf16le(kLine, false);
-    wide[1] = '1';  // U+3131
-    EXPECT_FALSE(readIn<Utf16Le>(wide));
-    wide = test::utf16be(kLine, false);
-    wide[0] = '1';
-    EXPECT_FALSE(readIn<Utf16Be>(wide));
+TYPED_TEST(ScanColumns, TakesWideUnitsForNoDigits) {
+    const size_t digit = 2 * this->line.find_first_of("0123456789");
+    std::string wide = test::utf16le(this->line, false);
+    wide[digit + 1] = '1';  // U+3131
+    EXPECT_FALSE((readIn<TypeParam, Utf16Le>(wide)));
+    wide = test::utf16be(this->line, false);
+    wide[digit] = '1';
+    EXPECT_FALSE((readIn<TypeParam, Utf16Be>(wide)));
+    // Behind the shape they are none of its business: the narrowed text ends there.
+    EXPECT_TRUE((readIn<TypeParam, Utf16Le>(test::utf16le(this->line, false) + "91")));
+    EXPECT_TRUE((readIn<TypeParam, Utf16Be>(test::utf16be(this->line, false) + "91")));
 }
 
-TEST(ScanColumns, NeedsAsManyNumbersAsTheShapeHas) {
+TEST(ScanColumnsOf, NeedsAsManyNumbersAsTheShapeHas) {
     const std::string text = "1:2";
     const TextView<Bytes> in(reinterpret_cast<const U8*>(text.data()), text.size());
     U32 one[1] = {kUntouched};

@@ -142,6 +142,12 @@ const TimedRow kScanRows[] = {
     // SubRip's time ranges open nothing, but they close.
     {"a time range", "00:00:01,500 --> 00:00:03,000\r\n" + kHello, 8, {kHelloEntry}, kNothing},
     {"a time range with points", "00:00:01.500 --> 00:00:03.000\r\n" + kHello, 8, {kHelloEntry}, kNothing},
+    {"any three characters for the arrow", "00:00:01,1=ab5:6:7,8\r\n" + kHello, 8, {kHelloEntry}, kNothing},
+    {"and blanks between", "00:00:01,1=  a b 5 :6 :7 ,8\r\n" + kHello, 8, {kHelloEntry}, kNothing},
+    {"seven numbers are no range",
+     "00:00:01,1=ab5:6:7\r\n00:00:01,2=B\r\n00:00:03,1=\r\n",
+     0,
+     {{1000, 3000, text("ab5:6:7\r\nB")}}},
     {"a time range closes an entry",
      "0:00:01:Hello\r\n00:00:04,500 --> 00:00:06,000\r\nx\r\n",
      8,

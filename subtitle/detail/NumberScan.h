@@ -120,6 +120,25 @@ private:
     U8 mBytes[2 * Count + 1] = {};
 };
 
+/// Scans the line at `pos` into `values`: 8-bit text as it lies, of 16-bit text the first `Units` characters. True
+/// when all values were converted.
+template <U32 Units, class View, size_t N>
+bool scanLine(const View& in, size_t pos, const char* format, U32 (&values)[N]) {
+    if constexpr (View::kWidth == 1) {
+        return scanAll(in, pos, format, values);
+    } else {
+        return scanAll(NarrowText<Units>(in, pos), 0, format, values);
+    }
+}
+
+/// The same for text that is nearly always spelled as `shape`, which has to read the same under `format`.
+template <U32 Units, class View, size_t kSize, size_t N>
+__attribute__((always_inline)) inline bool scanUsualLine(const View& in, size_t pos, const char (&shape)[kSize],
+                                                         const char* format, U32 (&values)[N]) {
+    static_assert(kSize - 1 == Units, "16-bit text may go on with a unit that narrows to digits");
+    return scanColumns(in, pos, shape, values) || scanLine<Units>(in, pos, format, values);
+}
+
 /// Whether the text at `pos`, narrowed and in capitals, begins with `word`.
 template <class View, size_t N>
 bool atKeyword(const View& in, size_t pos, const char (&word)[N]) {

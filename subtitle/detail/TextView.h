@@ -144,7 +144,13 @@ public:
         return i;
     }
     size_t findUnit(size_t i, Unit unit) const {
-        return find(i, [unit](Unit u) { return u == unit; });
+        if constexpr (kWidth == 1) {
+            if (i >= mSize) return i;
+            const void* const found = memchr(mData + i, unit, mSize - i);
+            return found != nullptr ? static_cast<size_t>(static_cast<const U8*>(found) - mData) : mSize;
+        } else {
+            return find(i, [unit](Unit u) { return u == unit; });
+        }
     }
 
     /// To the first `unit` at or after `i`, the end of the data when there is none.
