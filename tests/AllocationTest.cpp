@@ -1,12 +1,10 @@
 // Memory that runs out: what a parser is left with, and what the player is told.
 #include <gtest/gtest.h>
-#include <sched.h>
 
 #include <string>
 #include <vector>
 
 #include "subtitle/SubtitleParserSRT.h"
-#include "subtitle/detail/Worker.h"
 #include "tests/ParserTools.h"
 #include "tests/support/Interpose.h"
 
@@ -108,16 +106,11 @@ TEST_F(Allocation, BeginParseFailsAfterItsLimitWhenTheTableCannotGrow) {
     SubtitleParserSRT parser(const_cast<char*>(file.path()));
     const unsigned threads = threadCount();
     VirtualClock clock;
-    ThreadGate gate;
-    clock.atSleep(1, [&] {
-        gate.open();
-        while (__atomic_load_n(&parser.mWorkerState, __ATOMIC_ACQUIRE) != vxsubtitle::kWorkerEnded) sched_yield();
-    });
     const LogCapture log;
     BOOL result = TRUE;
     {
         const AllocationFails fails(2 * kStep * kTagBytes, 2 * kStep * kTagBytes);
-        result = parser.BeginParse();
+        result = beginSlowly(parser, clock);
     }
     EXPECT_EQ(FALSE, result);
     EXPECT_EQ(FALSE, parser.bParseFinish);

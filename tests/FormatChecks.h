@@ -53,18 +53,6 @@ struct Rigged : Parser {
     U32 tagsThatFit = 0xFFFFFFFF;
 };
 
-/// Opens `parser` with its worker held back until the first pause of the wait, so that the order of events is fixed.
-template <class Parser>
-BOOL beginSlowly(Parser& parser, VirtualClock& clock) {
-    ThreadGate gate;
-    clock.atSleep(1, [&] {
-        constexpr U8 kEnded = 2;
-        gate.open();
-        while (__atomic_load_n(&parser.mWorkerState, __ATOMIC_ACQUIRE) != kEnded) sched_yield();
-    });
-    return parser.BeginParse();
-}
-
 /// The messages under `tag`, all of which must have debug priority.
 inline std::vector<std::string> messages(const LogCapture& log, std::string_view tag) {
     std::vector<std::string> texts;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <string.h>
 
 #include <algorithm>
@@ -12,6 +13,8 @@
 #include <vector>
 
 #include "subtitle/SubtitleParser.h"
+#include "subtitle/detail/Worker.h"
+#include "tests/support/Interpose.h"
 
 namespace test {
 
@@ -122,6 +125,17 @@ inline std::vector<Tag> tagsOf(const SubtitleParser& parser) {
         tags.push_back({tag.u32TimeStart, tag.u32TimeEnd, tag.s64Pos});
     }
     return tags;
+}
+
+/// Opens `parser` with its worker held back until the first pause of the wait, so that the order of events is fixed.
+template <class Parser>
+BOOL beginSlowly(Parser& parser, VirtualClock& clock) {
+    ThreadGate gate;
+    clock.atSleep(1, [&] {
+        gate.open();
+        while (__atomic_load_n(&parser.mWorkerState, __ATOMIC_ACQUIRE) != vxsubtitle::kWorkerEnded) sched_yield();
+    });
+    return parser.BeginParse();
 }
 
 }  // namespace test

@@ -16,7 +16,6 @@
 #include <vector>
 
 #include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/detail/Worker.h"
 #include "tests/ParserTools.h"
 #include "tests/support/Interpose.h"
 
@@ -695,13 +694,8 @@ TEST(SrtWait, ATagThatCannotBeStoredFailsAfterTheLimit) {
         Limited parser(file, 1);
         const unsigned threads = threadCount();
         VirtualClock clock;
-        ThreadGate gate;
-        clock.atSleep(1, [&] {
-            gate.open();
-            while (__atomic_load_n(&parser.mWorkerState, __ATOMIC_ACQUIRE) != vxsubtitle::kWorkerEnded) sched_yield();
-        });
         const LogCapture log;
-        EXPECT_EQ(FALSE, parser.BeginParse());
+        EXPECT_EQ(FALSE, beginSlowly(parser, clock));
         EXPECT_EQ(std::vector<unsigned>(1000, 100000), clock.sleeps());
         EXPECT_EQ(FALSE, parser.bParseFinish);
         EXPECT_EQ(threads, threadCount()) << "a worker that is over is joined";
