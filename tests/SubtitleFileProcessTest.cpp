@@ -207,6 +207,16 @@ TEST(FileSourceByDescriptor, ReadsTheWholeFileWhateverOffsetAndLength) {
     EXPECT_EQ(content, read(file, 175));
 }
 
+TEST(FileSourceByDescriptor, IsNotMovedByOpening) {
+    const TempFile temp("0123456789");
+    ASSERT_EQ(4, lseek(temp.fd(), 4, SEEK_SET));
+    Closed file(temp.fd(), 2, 3);
+    EXPECT_EQ(1, file.Open());
+    EXPECT_EQ("456789", read(file, 10)) << "where the caller left it";
+    EXPECT_EQ(10u, file.Length());
+    EXPECT_EQ("0123456789", read(file, 10)) << "from the first byte, once the length was asked for";
+}
+
 TEST(FileSourceByDescriptor, DescriptorOneIsOne) {
     const TempFile temp("content");
     Closed file(temp.fd(), 0, 0);

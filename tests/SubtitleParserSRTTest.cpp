@@ -175,6 +175,9 @@ const ScanRow kScans[] = {
     {"and behind a CR: the position goes back, the scan does not",
      "X\r\n1\n2\n3\n4\n5\n6\n7\n8\n9\n",
      {{3723004, 22028009, 1}}},
+    {"but on to the very next line",
+     "X\r\n1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n",
+     {{3723004, 22028009, 1}, {7384005, 25689010, 7}}},
 
     // The first bytes.
     {"a UTF-8 mark and an index line",

@@ -2,6 +2,7 @@
 // the formats' scans stand on.
 #include <gtest/gtest.h>
 #include <string.h>
+#include <time.h>
 
 #include <algorithm>
 #include <ostream>
@@ -824,6 +825,27 @@ TEST(StrUpr, RefusesNullAndTakesNothing) {
     EXPECT_EQ(TRUE, parser.StrUpr(&unit, 0, &unit));
     EXPECT_EQ('a', byte);
     EXPECT_EQ('a', unit);
+}
+
+// --------------------------------------------------------------------------------------------------------- cost
+
+// Markup that is never closed is searched for once, not once for each that opens.
+TEST(TextCost, UnclosedMarkupCostsLittleMoreThanText) {
+    const auto cost = [](EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE type, std::string_view piece) {
+        std::string text;
+        while (text.size() < 8000) text += piece;
+        Entries parser(type, {text, "end"});
+        U8 shown[20000];
+        const clock_t began = clock();
+        for (int i = 0; i < 100; ++i) parser.GetData(0, shown, sizeof shown, 0);
+        return clock() - began;
+    };
+    for (const auto type : {kNative, kUtf16Le}) {
+        const clock_t plain = cost(type, "xb");
+        for (const char* const piece : {"<b", "{b"}) {
+            EXPECT_LT(cost(type, piece), 50 * plain + CLOCKS_PER_SEC / 10) << type << piece;
+        }
+    }
 }
 
 }  // namespace
