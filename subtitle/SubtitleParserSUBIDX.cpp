@@ -165,7 +165,7 @@ private:
     bool handleLine(const TextView<Enc>& in, size_t* i) {
         constexpr bool kWide = TextView<Enc>::kWidth == 2;
         const IndexText<Enc> line(in, *i, kLongestIndexKeyword);
-        if (line.at(0) == '#' || line.at(0) == 0) return true;
+        if (line.at(0) == '#' || in.at(*i) == 0) return true;
         switch (keywordAt(line)) {
             case IndexKeyword::kTimestamp:
                 return readTimestamp(in, i);

@@ -59,8 +59,8 @@ public:
     /// first three arguments are not used.
     U32 GetData(const U32 track, U8* buf, const U32 size, const U32 index, stSubDecoderInfo* info) override;
 
-    /// Index of the tag of `track` that began last at `timeMs`; 0 also when none has begun. A `track` that does not
-    /// exist raises std::out_of_range.
+    /// Index of the tag of `track` that began last at `timeMs`. Before the first one: the last tag of the track before
+    /// it when that has begun, else 0. A `track` that does not exist raises std::out_of_range.
     U32 GetTag(const U32 track, const U32 timeMs) override;
 
     /// Fills the language, formats, the first 16 palette entries (the first four: the colours drawn last), origin and
