@@ -99,6 +99,11 @@ TEST(MicroDvd, TakesTheRateFromTheFirstLine) {
                          {"{1}{1}23.976\r\n{2397}{2400}Hi"s + kNotUtf8, "99974-100100 @26 Hi"}});
 }
 
+TEST(MicroDvd, TakesTheRateWhateverStandsInTheBracesBeforeIt) {
+    expectFiles<Parser>({{kMark + "{100}{150}23.976\r\n{2397}{2400}Hi", "99974-100100 @33 Hi"},
+                         {kMark + "{x}{y}23.976\r\n{2397}{2400}Hi", "99974-100100 @29 Hi"}});
+}
+
 TEST(MicroDvd, TakesOtherFirstLinesAsEntries) {
     expectFiles<Parser>({
         {kMark + "{1}{1}25\r\n{100}{150}Hi", "40-40 @9 25; 4000-6000 @23 Hi", 25},

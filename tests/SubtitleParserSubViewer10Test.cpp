@@ -33,6 +33,8 @@ TEST(SubViewer10, TakesTheLineBehindTheTextAsTheEnd) {
         // an end line that is none costs the entry, and is consumed all the same
         {"[00:00:01]\r\nA\r\nB\r\n[00:00:05]\r\nC\r\n[00:00:08]\r\n", "5000-8000 @30 C"},
         {"[00:00:01]\r\nA\r\n[00:00]\r\n[00:00:05]\r\nC\r\n[00:00:08]\r\n", "5000-8000 @36 C"},
+        {"[00:00:01]\r\nA\r\n  \r\n[00:00:04]\r\n", ""},             // a line of blanks is one
+        {utf16le("x\r\n{00:00:01}\r\nA\r\n   [00:00:04]\r\n"), ""},  // blanks count among the ten characters
         // any character stands for the brackets and colons of an end line
         {"[00:00:01]\r\nA\r\n(00-00-04)\r\n", "1000-4000 @12 A"},
         {"[00:00:01]\r\nA\r\n[ 00 : 00 : 04\r\n", "1000-4000 @12 A"},
@@ -46,6 +48,7 @@ TEST(SubViewer10, TakesTheLineBehindTheTextAsTheEnd) {
 TEST(SubViewer10, LooksForTheLineEndFrom10CharactersOn) {
     expectFiles<Parser>({
         {"[00:00:01]text on the time line\r\nA\r\n[00:00:04]\r\n", "1000-4000 @33 A"},
+        {"[00:00:01]\r\n  A\r\n[00:00:04]\r\n", "1000-4000 @12   A"},  // with the blanks in front of it
         {"[0:0:1]\r\nlost\r\nshown\r\n[0:0:4]\r\n", "1000-4000 @15 shown"},
         {"[0:00:01]\r\nA\r\n[0:00:04]\r\n", "1000-4000 @11 A"},  // the line end is long enough
         {"[0:00:01]\nA\n[0:00:04]\n", ""},

@@ -153,7 +153,7 @@ const TimedRow kScanRows[] = {
      8,
      {kHelloEntry},
      kNothing},
-    {"eight numbers within eleven units cannot be",
+    {"the end time of a range is too far right for 16-bit text",
      "00:00:01,1=T\r\n00:00:01,2=B\r\n00:00:03,1 --> 0:0:0,0\r\n",
      0,
      {{1000, 3000, text("T\r\nB")}}},
@@ -288,6 +288,23 @@ TEST(SubtitleParserTXT, PositionsAreBytesBehindTheStamp) {
     EXPECT_EQ(kWhole, Txt(kHello).m_pTagBuffer[0].eDataType);
     // A stamp that is shorter than its width at the data's end: the position may lie behind the data.
     EXPECT_EQ((std::vector<Tag>{{1000, 2000, 8}}), tagsOf(Txt("0:0:1\r\n\r\n0:0:2")));
+}
+
+// Eleven units that narrow to two bytes each hold a whole time range; the 0 behind the eleventh byte is taken for an
+// arrow's character.
+TEST(SubtitleParserTXT, WideUnitsMayHoldARange) {
+    const std::string entry = "\r\nxx\r\n00:00:02,1=B\r\n00:00:02,2=C\r\n00:00:03,1=\r\n";
+    const std::pair<std::string, std::vector<Tag>> kRows[] = {
+        {"0:0:0,0-->0?0:0,0abcde", {{2000, 3000, 2 + 22 + 2 * (6 + 11)}}},  // eight numbers: opens nothing
+        {"0:0:0,0-->0?0:0,xabcde", {{0, 2000, 2 + 22}}},
+    };
+    for (const auto& [line, tags] : kRows) {
+        ASSERT_EQ(22u, line.size());
+        EXPECT_EQ(tags, tagsOf(Txt("\xFF\xFE" + line + utf16le(entry, false)))) << line;
+        std::string swapped = line;
+        for (size_t i = 0; i < swapped.size(); i += 2) std::swap(swapped[i], swapped[i + 1]);
+        EXPECT_EQ(tags, tagsOf(Txt("\xFE\xFF" + swapped + utf16be(entry, false)))) << line;
+    }
 }
 
 TEST(SubtitleParserTXT, AMarkSpoilsTheFirstLineOfUtf8) {
@@ -500,6 +517,8 @@ TEST(SubtitleParserTXT, StopsBeforeTheBufferIsFullInUtf16) {
         {26, text("Top\r\nBotto")},
         {28, text("Top\r\nBottom")},
     };
+    ByHand cr(utf16le("a\r\r\n"), {2}, kUtf16Le);
+    EXPECT_EQ(text("a"), fetch(cr, 0, 10)) << "a full buffer takes no line end";
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.size);
         ByHand le(utf16le(lines), {2}, kUtf16Le), be(utf16be(lines), {2}, kUtf16Be);
