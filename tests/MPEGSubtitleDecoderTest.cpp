@@ -291,6 +291,15 @@ TEST(MPEGSubtitleDecoder, OnlyAChainThatEndsOnItselfApplies) {
         EXPECT_EQ(row.width, d.info.u16Width) << row.what;
         EXPECT_EQ(row.width / 2, d.info.u16Height) << row.what;
     }
+    // at offset 0 a link to itself is a zero link
+    EXPECT_EQ(0, decode(hex("000C 0000" + area(0, 3, 0, 2) + "FF")).info.u16Width);
+}
+
+TEST(MPEGSubtitleDecoder, AChainMayBeAsLongAsAUnit) {
+    std::vector<Sequence> chain;
+    while (chain.size() < 13000) chain.push_back({"FF", static_cast<int>(chain.size()) + 1});
+    chain.push_back({area(0, 3, 0, 2) + "FF", kSelf});
+    EXPECT_EQ(4, decode(unitOf("", chain)).info.u16Width);
 }
 
 TEST(MPEGSubtitleDecoder, StepsOfTheWalk) {
@@ -330,7 +339,10 @@ TEST(MPEGSubtitleDecoder, CommandsApplyInOrder) {
     EXPECT_EQ(TRUE, run("00").bDisplayFlag);
     EXPECT_EQ(TRUE, run("02 01").bDisplayFlag);
     EXPECT_EQ(FALSE, run("01 02").bDisplayFlag);
-    EXPECT_EQ(FALSE, run("").bDisplayFlag) << "each unit starts afresh";
+    EXPECT_EQ(4, run("01 " + area(0, 3, 0, 2)).u16Width);
+    const DisplayParam afresh = run("");
+    EXPECT_EQ(FALSE, afresh.bDisplayFlag) << "each unit starts afresh";
+    EXPECT_EQ(0, afresh.u16Width);
 
     const DisplayParam colours = run("03 4321 03 ABCD");
     EXPECT_EQ(0xA, colours.u8Emp2Color);
@@ -636,6 +648,12 @@ TEST(MPEGSubtitleDecoder, FallbackPaletteOfOtherCases) {
     MPEGSubtitleDecoder decoder;
     Decoded d = decode(decoder, picture(4, 2, "9D 00", "00"));  // two of code 1, three of code 1: all of one code
     EXPECT_EQ(4 + 1, decoder.m_u8IdxInnerCheck);
+    d = decode(decoder, picture(4, 2, "9A", "00"));  // two of code 1, two of code 2: the lower one wins
+    EXPECT_EQ(0x00777777U, d.colours[0]);
+    EXPECT_EQ(0xFF000000U, d.colours[1]);
+    EXPECT_EQ(0xFFEEEEEEU, d.colours[2]);
+    EXPECT_EQ(8 + 1, decoder.m_u8IdxInnerCheck);
+    decoder.m_u8IdxInnerCheck = 0;
     d = decode(decoder, unitOf("", "04 FFFF FF"));  // no pixels, all indices 0: black wins the entry
     EXPECT_EQ(0xFF000000U, d.colours[0]);
     EXPECT_EQ(0xFF000000U, d.colours[3]);
@@ -699,4 +717,22 @@ TEST(MPEGSubtitleDecoder, LongUnits) {
     EXPECT_EQ(TRUE, decoder.DecodeUnit(in.data(), 70000, out.data(), 8, &transparent, colours, &info));
     EXPECT_EQ(4, info.u16Width);
     EXPECT_EQ(std::vector<U8>({0, 3, 3, 3, 0, 3, 3, 3}), out);
+}
+
+TEST(MPEGSubtitleDecoder, SequencesAcross64KilobytesAreReadOn) {
+    for (const unsigned at : {0xFFF5U, 0xFFF8U, 0xFFFBU, 0xFFFCU, 0xFFFDU, 0xFFFEU, 0xFFFFU}) {
+        std::string unit(70000, '\0');
+        const std::string sequence = be16(0) + be16(at) + hex(area(0, 3, 0, 2) + "FF");
+        unit.replace(2, 2, be16(at));
+        unit.replace(at, sequence.size(), sequence);
+        std::vector<U8> in(unit.begin(), unit.end());
+        std::vector<U8> out(8);
+        MPEGSubtitleDecoder decoder;
+        stSubDecoderInfo info = {};
+        U8 transparent = 0;
+        RGBPaletteColor colours[4];
+        EXPECT_EQ(TRUE, decoder.DecodeUnit(in.data(), 70000, out.data(), 8, &transparent, colours, &info));
+        EXPECT_EQ(4, info.u16Width) << at;
+        EXPECT_EQ(2, info.u16Height) << at;
+    }
 }

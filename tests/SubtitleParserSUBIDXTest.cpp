@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <stddef.h>
 #include <string.h>
 #include <time.h>
@@ -94,6 +95,25 @@ samples::VobSub smallFilm(unsigned pictures) {
 std::vector<U8> bitmapOf(const SubtitleParserSUBIDX& parser, const stSubDecoderInfo& info) {
     return {parser.m_buffer, parser.m_buffer + size_t{info.u16Width} * info.u16Height};
 }
+
+/// A unit that holds nothing but this control sequence, which links to `next`; `at` bytes before it.
+std::string unitOf(size_t at, size_t next, const std::string& commands) {
+    const auto be16 = [](size_t value) { return std::string{static_cast<char>(value >> 8), static_cast<char>(value)}; };
+    const std::string sequence = be16(0) + be16(next) + commands;
+    std::string unit = be16(at + sequence.size()) + be16(at);
+    unit.resize(at);
+    return unit + sequence;
+}
+
+const std::string kArea("\x05\x00\x00\x03\x00\x00\x02", 7);  // 4 x 2
+
+/// What is allocated meanwhile holds 0x55 in every byte, where the C library's own allocator serves.
+struct DirtyHeap {
+    DirtyHeap() { mallopt(M_PERTURB, 0xAA); }
+    ~DirtyHeap() { mallopt(M_PERTURB, 0); }
+    DirtyHeap(const DirtyHeap&) = delete;
+    DirtyHeap& operator=(const DirtyHeap&) = delete;
+};
 
 /// An index with a tag for each of these positions.
 std::string indexOf(const std::vector<uint32_t>& positions) {
@@ -235,6 +255,11 @@ TEST(SubtitleParserSUBIDX, RefusesWithoutOneOfItsBuffers) {
         EXPECT_EQ(0U, parser.GetData(0, nullptr, 0, 0, nullptr)) << missing;
         EXPECT_NE(nullptr, parser.fpIdx) << "open, although refused";
     }
+    SubtitleParserSUBIDX parser(pair.path());
+    ASSERT_EQ(TRUE, parser.BeginParse());
+    delete parser.m_pDecoder;
+    parser.m_pDecoder = nullptr;
+    EXPECT_EQ(0U, parser.GetData(0, nullptr, 0, 0, nullptr)) << "without a decoder";
 }
 
 TEST(SubtitleParserSUBIDX, InitBringsBuffersOfItsOwnSizes) {
@@ -862,6 +887,19 @@ TEST(SubtitleParserSUBIDX, WideUnitsReadAsTheirTwoBytes) {
     EXPECT_EQ(Texts({"2000@800"}), tagsOf(none->parser()));
 }
 
+TEST(SubtitleParserSUBIDX, OnlyAUnitOfZeroMakesAWideLineEmpty) {
+    const struct {
+        U8 high, low;
+        Texts log;
+    } kRows[] = {{0x01, 0x00, {kUnknown}}, {0x30, 0x00, {kUnknown}}, {0x00, 0x01, {kUnknown}}, {0x00, 0x00, {}}};
+    for (const auto& row : kRows) {
+        const std::string le{static_cast<char>(row.low), static_cast<char>(row.high)};
+        const std::string be{static_cast<char>(row.high), static_cast<char>(row.low)};
+        EXPECT_EQ(row.log, Scanned("\xFF\xFE" + le + test::utf16le("bc\r\n", false)).log) << int{row.high};
+        EXPECT_EQ(row.log, Scanned("\xFE\xFF" + be + test::utf16be("bc\r\n", false)).log) << int{row.high};
+    }
+}
+
 TEST(SubtitleParserSUBIDX, SixteenBitIndexesOfOddLength) {
     for (const char last : {'7', '\n', '\0'}) {
         Scanned scanned(test::utf16le(kFirst + "timestamp: 00:00:02:000, filepos: 00000080") + last);
@@ -1091,12 +1129,13 @@ TEST(SubtitleParserSUBIDX, GathersAndDecodesASubpicture) {
     test::VobSubInMemory files;
     files.load(indexOf({0}), samples::packUnit(unit));
     stSubDecoderInfo info = {};
-    memset(files.parser.m_buffer, 3, 100);
+    memset(files.parser.m_buffer, 3, 1920 * 1080);
     EXPECT_EQ(unit.size(), files.parser.GetData(0, nullptr, 0, 0, &info));
     EXPECT_EQ(picture.bitmap.width, info.u16Width);
     EXPECT_EQ(picture.bitmap.height, info.u16Height);
     EXPECT_EQ(picture.bitmap.codes, bitmapOf(files.parser, info));
-    EXPECT_EQ(0, files.parser.m_buffer[picture.bitmap.codes.size()]) << "the rest is cleared";
+    for (size_t i = picture.bitmap.codes.size(); i < 1920 * 1080; ++i)
+        ASSERT_EQ(0, files.parser.m_buffer[i]) << "the rest is cleared " << i;
     EXPECT_EQ(0x00000000U, files.parser.m_au32Palette_result[0]);
     EXPECT_EQ(0xFFFFFFFFU, files.parser.m_au32Palette_result[1]);
     EXPECT_EQ(0xFF202020U, files.parser.m_au32Palette_result[2]);
@@ -1118,6 +1157,25 @@ TEST(SubtitleParserSUBIDX, TheColourOfTheTopLeftPixelIsBackground) {
         for (U32 i = 0; i < 4; ++i) EXPECT_EQ(i == code ? 0 : all[i], files.parser.m_au32Palette_result[i]) << code;
         EXPECT_EQ(0x77U, files.parser.m_au32Palette_result[4]);
     }
+}
+
+TEST(SubtitleParserSUBIDX, TheLastEntryOfThePaletteCounts) {
+    samples::Subpicture picture = smallPicture();
+    picture.colours[3] = 15;
+    test::VobSubInMemory files;
+    files.load("palette: 0, ffffff, 202020, 808080, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, abcdef\n" + kFirst,
+               samples::packUnit(samples::encodeUnit(picture)));
+    ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
+    EXPECT_EQ(0xFFABCDEFU, files.parser.m_au32Palette_result[3]);
+}
+
+TEST(SubtitleParserSUBIDX, AUnitThatAppliesNothingIsReadAllTheSame) {
+    const std::string unit = unitOf(4, 0, kArea + "\xFF");  // a zero link
+    test::VobSubInMemory files;
+    files.load(indexOf({0}), samples::packUnit(unit));
+    stSubDecoderInfo info = {1, 2, 3, 4};
+    EXPECT_EQ(unit.size(), files.parser.GetData(0, nullptr, 0, 0, &info));
+    EXPECT_EQ(0, info.u16Width | info.u16Height | info.u16X | info.u16Y);
 }
 
 TEST(SubtitleParserSUBIDX, UnitsOfSeveralPacks) {
@@ -1216,6 +1274,31 @@ TEST(SubtitleParserSUBIDX, LengthsBeyond65535AreDecodedWhole) {
     test::VobSubInMemory files;
     files.load(indexOf({0}), sub);
     EXPECT_EQ(2019U + 65532U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
+
+    // control sequences behind what 16 bits tell of the total, 2015
+    sub = samples::packUnit(std::string("\x40\x00", 2) + unitOf(2100, 2100, kArea + "\xFF").substr(2));
+    sub[2048 + 18] = sub[2048 + 19] = 0;
+    files.load(indexOf({0}), sub);
+    stSubDecoderInfo info = {};
+    EXPECT_EQ(2019U + 65532U, files.parser.GetData(0, nullptr, 0, 0, &info));
+    EXPECT_EQ(4, info.u16Width);
+}
+
+TEST(SubtitleParserSUBIDX, WhatAPayloadLacksReadsZero) {
+    // The first offsets, 4 and 10, give the lengths; the second ones lie behind the window, where the fields stay
+    // background.
+    const std::string commands = "\x05" + std::string("\x00\x00\x03\x00\x00\x08", 6) + "\x06" +
+                                 std::string("\x00\x04\x00\x0A", 4) + "\x06\x09\x10\x08\x10\xFF";
+    std::string sub = samples::packUnit(unitOf(24, 24, commands));
+    sub[18] = sub[19] = 0;  // of 65527 bytes 2019 are there
+    test::VobSubInMemory files;
+    files.load(indexOf({0}), sub);
+    const DirtyHeap dirty;
+    stSubDecoderInfo info = {};
+    EXPECT_EQ(65527U, files.parser.GetData(0, nullptr, 0, 0, &info));
+    EXPECT_EQ(4, info.u16Width);
+    EXPECT_EQ(6, files.parser.m_pDecoder->m_display_param.u16RLTopLen);
+    EXPECT_EQ(std::vector<U8>(32), bitmapOf(files.parser, info));
 }
 
 TEST(SubtitleParserSUBIDX, TheWorkingBlockIsSizedByTheIndex) {
@@ -1346,6 +1429,31 @@ TEST(SubtitleParserSUBIDX, TheFillOfTheIndexsWindowDecidesWhetherTheOtherMoves) 
     }
 }
 
+TEST(SubtitleParserSUBIDX, AUnitCountsInWholePacks) {
+    const std::string small = samples::packUnit(samples::encodeUnit(smallPicture()));
+    std::string before;
+    while (before.size() < 9 * 2048) before += small;
+    const U32 payload = 9 * 2048 + 29;
+    const struct {
+        size_t unit;
+        U32 indexFill;
+        S64 window;
+    } kRows[] = {
+        {2047, payload + 2048, 0}, {2048, payload + 2048, 0},      {2048, payload + 2047, 0x4000},
+        {2049, payload + 4096, 0}, {2049, payload + 4095, 0x4000}, {4096, payload + 4096, 0},
+    };
+    for (const auto& row : kRows) {
+        const std::string unit = unitOf(row.unit - 5, row.unit - 5, "\xFF");
+        ASSERT_EQ(row.unit, unit.size());
+        test::VobSubInMemory files;
+        files.load(indexOf({0, 9 * 2048}), before + samples::packUnit(unit) + std::string(0x10000, '\0'));
+        ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
+        files.parser.m_u32RawBufferDataSize = row.indexFill;
+        EXPECT_EQ(row.unit, files.parser.GetData(0, nullptr, 0, 1, nullptr));
+        EXPECT_EQ(row.window, files.parser.m_s64SubtitleBufferPosition) << row.unit << " " << row.indexFill;
+    }
+}
+
 TEST(SubtitleParserSUBIDX, AUnitBehindTheWindowIsNotThere) {
     std::string unit(60000, '\0');
     unit[0] = static_cast<char>(60000 >> 8);
@@ -1418,6 +1526,25 @@ TEST(SubtitleParserSUBIDX, TextOfAnIndexIsTheBasesOwnBusiness) {
     for (U32 index = 0; index < 5; ++index) parser.GetData(0, text, sizeof text, index);
     // The extraction leaves its own idea of the window; subpictures are looked for in it, within its bounds.
     for (U32 index = 0; index < 5; ++index) EXPECT_EQ(0U, parser.GetData(0, nullptr, 0, index, nullptr));
+}
+
+TEST(SubtitleParserSUBIDX, TextOfALongIndexMakesNoLargerWindow) {
+    const std::string packs = samples::packUnit(samples::encodeUnit(smallPicture()));
+    std::string idx = indexOf({0, 0x10000});
+    idx += "#" + std::string(0x18000 - 1 - idx.size(), 'x');
+    test::VobSubInMemory files;
+    files.load(idx, std::string(0x10000, '\0') + packs + std::string(0x8000, '\0'));
+    SubtitleParserSUBIDX& parser = files.parser;
+    // a pack behind the buffer, for whoever looks there
+    free(parser.m_pu8SubtitleBuffer);
+    parser.m_pu8SubtitleBuffer = static_cast<U8*>(calloc(1, 0x10000 + packs.size()));
+    ASSERT_NE(nullptr, parser.m_pu8SubtitleBuffer);
+    memcpy(parser.m_pu8SubtitleBuffer + 0x10000, packs.data(), packs.size());
+    U8 text[64];
+    parser.GetData(0, text, sizeof text, 0);
+    ASSERT_EQ(0x18000U, parser.m_u32SubtitleBufferDataSize) << "taken for a window of that size";
+    EXPECT_EQ(0U, parser.GetData(0, nullptr, 0, 1, nullptr));
+    EXPECT_EQ(0, parser.m_s64SubtitleBufferPosition) << "it did not move";
 }
 
 TEST(SubtitleParserSUBIDX, BehindTheIndexNothingIsLeftOfEarlierWindows) {
