@@ -89,6 +89,11 @@ format:
 	@$(SETUP) format
 	@clang-format-14 -i $(SOURCES)
 
+.PHONY: check-format
+check-format:
+	@$(SETUP) format
+	@clang-format-14 --dry-run -Werror $(SOURCES)
+
 .PHONY: tidy
 tidy:
 	@$(SETUP) build test tidy

@@ -94,7 +94,7 @@ bool endsEntry(const WorkText<Enc>& in, U32 i) {
 U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 bound, U32 limit, U32 dataSize) {
     CloseFinder<Bytes> tags('>', Runs::kJoined, Zeros::kEndSearch);
     U32 at = 0;
-    const auto is = [&](char c) { return at < dataSize && in.at(at) == c; };
+    const auto is = [&](char c) { return at < dataSize && in.at(at) == Bytes::lit(c); };
     while (at < bound && out.count() < limit && in.at(at) != 0) {
         if (atLineBreak(in, at)) {
             if (endsEntry(in, at)) break;

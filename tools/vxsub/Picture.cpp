@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "Errors.h"
 
@@ -91,7 +92,7 @@ Image Image::visiblePart() const {
 Image Image::fitInto(Size most) const {
     if (mSize.width <= most.width && mSize.height <= most.height) return *this;
     const double factor = std::min(double(most.width) / mSize.width, double(most.height) / mSize.height);
-    const auto reduced = [factor](int side) { return std::max(1, int(side * factor + 0.5)); };
+    const auto reduced = [factor](int side) { return std::max(1, int(std::lround(side * factor))); };
     Image small({reduced(mSize.width), reduced(mSize.height)});
     const auto edge = [](int i, int from, int to) { return int(long(i) * to / from); };
     for (int y = 0; y < small.mSize.height; ++y)

@@ -67,7 +67,7 @@ const Format& formatFor(const OpenOptions& options, int fd, SourceFile* source) 
 }
 
 std::string describeRefusal(const Format& format, SubtitleParser& parser, const SourceFile& source) {
-    const std::string reason = format.refusal == nullptr ? "" : format.refusal(parser, source);
+    std::string reason = format.refusal == nullptr ? "" : format.refusal(parser, source);
     if (!reason.empty()) return reason;
     return std::string("the library refuses it as ") + format.name + " (--log shows what it says)";
 }
@@ -153,7 +153,7 @@ void SubtitleFile::readTracks() {
 }
 
 std::string SubtitleFile::encoding() const {
-    const std::string phrase = nameOf(codeType()).phrase;
+    std::string phrase = nameOf(codeType()).phrase;
     if (codeType() != kUtf8) return phrase;
     return phrase +
            (mHasUtf8Mark ? " (byte-order mark)" : ", as the library judged from the bytes (--native overrules)");
@@ -244,7 +244,7 @@ std::u32string SubtitleFile::text(U32 index) {
 }
 
 std::u32string SubtitleFile::text(const Units& units) const {
-    const std::u32string text = decoder().decode(units);
+    std::u32string text = decoder().decode(units);
     if (!mFormat.breaksAtBackslashN || mOptions.raw) return text;
     std::u32string shown;
     for (size_t i = 0; i < text.size(); ++i) {
