@@ -43,13 +43,13 @@ struct Stamp {
         U32 end[4];
         if (scanColumns(in, pos, "00:00:00,0=", v)) {
             width = kLongWidth;
-            range = scanAll(in, pos + kLongWidth - 1, "-->%u:%u:%u,%u", end);
+            range = scanAll(in, pos + kLongWidth - 1, "-->%u:%u:%u,%u", end);  // the rest of a range's format
         } else {
             scan(in, pos, true);
         }
     }
 
-    /// 16-bit text knows the long form alone.
+    /// 16-bit text knows the long form alone, and looks no further than its width.
     template <class Enc>
     Stamp(const TextView<Enc>& in, size_t pos) {
         if (scanColumns(in, pos, "00:00:00,0=", v)) {
