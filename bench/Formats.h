@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "subtitle/EntryText.h"
+#include "subtitle/parser/EntryText.h"
 
 namespace bench {
 

@@ -1,11 +1,7 @@
 # What libvxsubtitle.so is made of: one path per line, sorted.
 
 set(VXSUBTITLE_SOURCES
-    subtitle/EncodingCheck.cpp
-    subtitle/EntryText.cpp
     subtitle/MPEGSubtitleDecoder.cpp
-    subtitle/ParserCeremony.cpp
-    subtitle/SubDialect.cpp
     subtitle/SubtitleFileProcess.cpp
     subtitle/SubtitleParser.cpp
     subtitle/SubtitleParserInternal.cpp
@@ -15,18 +11,18 @@ set(VXSUBTITLE_SOURCES
     subtitle/SubtitleParserSUB.cpp
     subtitle/SubtitleParserSUBIDX.cpp
     subtitle/SubtitleParserSUPWrapper.cpp
-    subtitle/SubtitleParserSubDvbSubtitleSystem.cpp
-    subtitle/SubtitleParserSubMicroDVD.cpp
-    subtitle/SubtitleParserSubViewer10.cpp
-    subtitle/SubtitleParserSubViewer20.cpp
     subtitle/SubtitleParserTXT.cpp
-    subtitle/detail/Blit.cpp
-    subtitle/detail/Charset.cpp
-    subtitle/detail/CharsetTables.cpp
-    subtitle/detail/CharsetTablesBig5.cpp
-    subtitle/detail/CharsetTablesGbk.cpp
-    subtitle/detail/LowMemory.cpp
-    subtitle/detail/Worker.cpp
+    subtitle/charset/Charset.cpp
+    subtitle/charset/CharsetTables.cpp
+    subtitle/charset/CharsetTablesBig5.cpp
+    subtitle/charset/CharsetTablesGbk.cpp
+    subtitle/parser/EncodingCheck.cpp
+    subtitle/parser/EntryText.cpp
+    subtitle/parser/SubDialect.cpp
+    subtitle/parser/TextParser.cpp
+    subtitle/system/LowMemory.cpp
+    subtitle/system/Worker.cpp
+    subtitle/vobsub/Blit.cpp
 )
 
 # Installed for players and plug-ins.
@@ -41,10 +37,29 @@ set(VXSUBTITLE_PUBLIC_HEADERS
     subtitle/SubtitleParserSUB.h
     subtitle/SubtitleParserSUBIDX.h
     subtitle/SubtitleParserSUPWrapper.h
-    subtitle/SubtitleParserSubDvbSubtitleSystem.h
-    subtitle/SubtitleParserSubMicroDVD.h
-    subtitle/SubtitleParserSubViewer10.h
-    subtitle/SubtitleParserSubViewer20.h
     subtitle/SubtitleParserTXT.h
     subtitle/SubtitleTypes.h
 )
+
+# The dialects of the .sub extension stand in a list of their own, a row each.
+set(VXSUBTITLE_SUB_DIALECTS_FILE ${CMAKE_CURRENT_LIST_DIR}/../subtitle/parser/SubDialects.def)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${VXSUBTITLE_SUB_DIALECTS_FILE})
+file(STRINGS ${VXSUBTITLE_SUB_DIALECTS_FILE} rows REGEX "^VX_SUB_DIALECT\\(")
+set(VXSUBTITLE_SUB_DIALECTS)         # class names
+set(VXSUBTITLE_SUB_DIALECT_TARGETS)  # names of their fuzz targets, in the same order
+foreach(row IN LISTS rows)
+    if(NOT row MATCHES "^VX_SUB_DIALECT\\(([A-Za-z0-9]+), [A-Z0-9_]+, ([a-z0-9]+), ")
+        message(FATAL_ERROR "${VXSUBTITLE_SUB_DIALECTS_FILE}: not a row of the list: ${row}")
+    endif()
+    list(APPEND VXSUBTITLE_SUB_DIALECTS SubtitleParser${CMAKE_MATCH_1})
+    list(APPEND VXSUBTITLE_SUB_DIALECT_TARGETS ${CMAKE_MATCH_2})
+endforeach()
+foreach(class IN LISTS VXSUBTITLE_SUB_DIALECTS)
+    list(APPEND VXSUBTITLE_SOURCES subtitle/${class}.cpp)
+    list(APPEND VXSUBTITLE_PUBLIC_HEADERS subtitle/${class}.h)
+    string(APPEND dialect_headers "#include \"subtitle/${class}.h\"\n")
+endforeach()
+
+# <SubDialectHeaders.h>: for programs that need every dialect's class.
+set(VXSUBTITLE_GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
+file(CONFIGURE OUTPUT ${VXSUBTITLE_GENERATED_DIR}/SubDialectHeaders.h CONTENT "#pragma once\n${dialect_headers}" @ONLY)

@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-#include "subtitle/EntryText.h"
+#include "subtitle/parser/EntryText.h"
 
 namespace fuzz {
 

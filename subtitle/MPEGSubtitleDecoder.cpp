@@ -3,8 +3,8 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/RunLength.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/vobsub/RunLength.h"
 
 namespace android {
 

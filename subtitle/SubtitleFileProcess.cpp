@@ -3,8 +3,8 @@
 #include <string.h>
 #include <unistd.h>
 
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/PathField.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/system/PathField.h"
 
 namespace android {
 

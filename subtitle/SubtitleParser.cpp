@@ -7,13 +7,13 @@
 #include <strings.h>
 #include <time.h>
 
-#include "subtitle/EncodingCheck.h"
-#include "subtitle/EntryText.h"
-#include "subtitle/ParserCeremony.h"
-#include "subtitle/detail/BaseWalk.h"
-#include "subtitle/detail/Charset.h"
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/NumberScan.h"
+#include "subtitle/parser/EncodingCheck.h"
+#include "subtitle/parser/EntryText.h"
+#include "subtitle/parser/TextParser.h"
+#include "subtitle/text/BaseWalk.h"
+#include "subtitle/charset/Charset.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/text/NumberScan.h"
 
 namespace android {
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <new>
 
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/LowMemory.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/system/LowMemory.h"
 
 namespace android {
 

@@ -1,11 +1,11 @@
 #include "subtitle/SubtitleParserSMI.h"
 
-#include "subtitle/EntryText.h"
-#include "subtitle/ParserCeremony.h"
+#include "subtitle/parser/EntryText.h"
+#include "subtitle/parser/TextParser.h"
 #include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/NumberScan.h"
-#include "subtitle/detail/TextWalk.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/text/NumberScan.h"
+#include "subtitle/text/Markup.h"
 
 namespace android {
 

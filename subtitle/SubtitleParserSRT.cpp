@@ -1,10 +1,10 @@
 #include "subtitle/SubtitleParserSRT.h"
 
-#include "subtitle/EntryText.h"
-#include "subtitle/ParserCeremony.h"
+#include "subtitle/parser/EntryText.h"
+#include "subtitle/parser/TextParser.h"
 #include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/NumberScan.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/text/NumberScan.h"
 
 namespace android {
 

@@ -6,8 +6,8 @@
 #include "subtitle/SubtitleParserSubMicroDVD.h"
 #include "subtitle/SubtitleParserSubViewer10.h"
 #include "subtitle/SubtitleParserSubViewer20.h"
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/PathField.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/system/PathField.h"
 
 namespace android {
 

@@ -11,12 +11,12 @@
 #include <new>
 
 #include "subtitle/MPEGSubtitleDecoder.h"
-#include "subtitle/ParserCeremony.h"
-#include "subtitle/detail/Blit.h"
-#include "subtitle/detail/IndexText.h"
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/ProgramPack.h"
-#include "subtitle/detail/SurfaceBuffer.h"
+#include "subtitle/parser/TextParser.h"
+#include "subtitle/vobsub/Blit.h"
+#include "subtitle/vobsub/IndexText.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/vobsub/ProgramPack.h"
+#include "subtitle/vobsub/SurfaceBuffer.h"
 
 namespace android {
 

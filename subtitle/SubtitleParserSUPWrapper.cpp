@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-#include "subtitle/detail/Log.h"
+#include "subtitle/system/Log.h"
 
 namespace android {
 

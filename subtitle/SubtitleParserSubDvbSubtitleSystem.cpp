@@ -2,7 +2,7 @@
 
 #include <string.h>
 
-#include "subtitle/SubDialect.h"
+#include "subtitle/parser/SubDialect.h"
 #include "subtitle/SubtitleFileProcess.h"
 
 namespace android {

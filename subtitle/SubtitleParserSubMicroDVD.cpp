@@ -1,8 +1,8 @@
 #include "subtitle/SubtitleParserSubMicroDVD.h"
 
-#include "subtitle/SubDialect.h"
+#include "subtitle/parser/SubDialect.h"
 #include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/detail/Log.h"
+#include "subtitle/system/Log.h"
 
 namespace android {
 

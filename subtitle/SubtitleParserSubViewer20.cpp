@@ -1,6 +1,6 @@
 #include "subtitle/SubtitleParserSubViewer20.h"
 
-#include "subtitle/SubDialect.h"
+#include "subtitle/parser/SubDialect.h"
 #include "subtitle/SubtitleFileProcess.h"
 
 namespace android {

@@ -1,5 +1,5 @@
 // The character set tables, encoding detection and the conversions between encodings.
-#include "subtitle/detail/Charset.h"
+#include "subtitle/charset/Charset.h"
 
 #include <gtest/gtest.h>
 #include <iconv.h>
@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "subtitle/detail/CharsetTables.h"
+#include "subtitle/charset/CharsetTables.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "subtitle/detail/NumberScan.h"
+#include "subtitle/text/NumberScan.h"
 #include "tests/support/Interpose.h"
 
 namespace vxsubtitle {

@@ -1,5 +1,5 @@
 // Memory with 32-bit addresses.
-#include "subtitle/detail/LowMemory.h"
+#include "subtitle/system/LowMemory.h"
 
 #include <gtest/gtest.h>
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "subtitle/SubtitleParser.h"
-#include "subtitle/detail/Worker.h"
+#include "subtitle/system/Worker.h"
 #include "tests/support/Interpose.h"
 
 namespace test {

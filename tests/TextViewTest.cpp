@@ -1,5 +1,5 @@
 // The hidden machinery below the parsers: bounded views of a text, the number scanner, the pieces of text walks.
-#include "subtitle/detail/TextView.h"
+#include "subtitle/text/TextView.h"
 
 #include <gtest/gtest.h>
 #include <string.h>
@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "subtitle/detail/NumberScan.h"
-#include "subtitle/detail/TextWalk.h"
+#include "subtitle/text/NumberScan.h"
+#include "subtitle/text/Markup.h"
 #include "tests/support/Interpose.h"
 
 namespace {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the character set tables of subtitle/detail from the codecs of Python's standard library.
+"""Writes the character set tables of subtitle/charset from the codecs of Python's standard library.
 
   gen_charsets.py           rewrites the generated files in place
   gen_charsets.py --check   compares them with what would be written; exit status 1 when they differ
@@ -11,7 +11,7 @@ import argparse
 import pathlib
 import sys
 
-DETAIL = pathlib.Path(__file__).resolve().parent.parent / "subtitle" / "detail"
+TABLES = pathlib.Path(__file__).resolve().parent.parent / "subtitle" / "charset"
 
 DOUBLE_BYTE_CODES = [lead << 8 | trail for lead in range(0x81, 0xFF) for trail in range(0x40, 0xFF)]
 
@@ -135,7 +135,7 @@ def array(record, name, rows, digits, per_line, group):
 def source(title, arrays):
     """A generated file: `arrays` are (checked definition, name)."""
     text = f"/// {title}\n/// Written by tools/gen_charsets.py: change that, not this file.\n"
-    text += '#include "subtitle/detail/CharsetTables.h"\n\n// clang-format off\n\nnamespace android {\n\n'
+    text += '#include "subtitle/charset/CharsetTables.h"\n\n// clang-format off\n\nnamespace android {\n\n'
     for definition, name in arrays:
         text += definition + f"static_assert(vxsubtitle::inOrder({name}), \"sorted by code\");\n\n"
     return text + "}  // namespace android\n"
@@ -192,12 +192,12 @@ def first_difference(committed, generated):
 
 
 def main():
-    arguments = argparse.ArgumentParser(description="Writes the character set tables of subtitle/detail.")
+    arguments = argparse.ArgumentParser(description="Writes the character set tables of subtitle/charset.")
     arguments.add_argument("--check", action="store_true", help="compare with the files that are there")
     check = arguments.parse_args().check
     stale = 0
     for name, text in generate().items():
-        path = DETAIL / name
+        path = TABLES / name
         if not check:
             path.write_text(text, encoding="ascii")
             continue

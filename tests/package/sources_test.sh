@@ -6,7 +6,12 @@ set -euo pipefail
 cd "$1"
 
 on_disk() { find subtitle -name '*.cpp' | LC_ALL=C sort; }
-in_cmake() { sed -n 's/^ *\(subtitle\/[^ ]*\.cpp\)$/\1/p' cmake/Sources.cmake | LC_ALL=C sort; }
+in_cmake() {
+    {
+        sed -n 's/^ *\(subtitle\/[^ ]*\.cpp\)$/\1/p' cmake/Sources.cmake
+        sed -n 's/^VX_SUB_DIALECT(\([A-Za-z0-9]*\),.*/subtitle\/SubtitleParser\1.cpp/p' subtitle/parser/SubDialects.def
+    } | LC_ALL=C sort
+}
 in_android() { sed -n 's/^ *"\(subtitle\/[^"]*\.cpp\)",$/\1/p' Android.bp | LC_ALL=C sort; }
 
 [ "$(in_cmake | wc -l)" -gt 0 ] || { echo "FAILED: no source found in cmake/Sources.cmake" >&2; exit 1; }

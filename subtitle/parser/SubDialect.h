@@ -2,9 +2,9 @@
 /// scan, and one entry's text. Not installed.
 #pragma once
 
-#include "subtitle/EntryText.h"
-#include "subtitle/ParserCeremony.h"
-#include "subtitle/detail/NumberScan.h"
+#include "subtitle/parser/EntryText.h"
+#include "subtitle/parser/TextParser.h"
+#include "subtitle/text/NumberScan.h"
 
 namespace vxsubtitle {
 

@@ -1,7 +1,7 @@
-#include "subtitle/SubDialect.h"
+#include "subtitle/parser/SubDialect.h"
 
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/TextWalk.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/text/Markup.h"
 
 namespace vxsubtitle {
 

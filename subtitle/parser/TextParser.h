@@ -2,7 +2,7 @@
 #pragma once
 
 #include "subtitle/SubtitleParser.h"
-#include "subtitle/detail/Worker.h"
+#include "subtitle/system/Worker.h"
 
 namespace vxsubtitle {
 

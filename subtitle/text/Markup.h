@@ -2,7 +2,7 @@
 /// what does not fit, and the markup rules that the formats share.
 #pragma once
 
-#include "subtitle/detail/TextView.h"
+#include "subtitle/text/TextView.h"
 
 namespace vxsubtitle {
 

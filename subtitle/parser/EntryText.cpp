@@ -1,4 +1,4 @@
-#include "subtitle/EntryText.h"
+#include "subtitle/parser/EntryText.h"
 
 #include <string.h>
 

@@ -1,11 +1,11 @@
-#include "subtitle/EncodingCheck.h"
+#include "subtitle/parser/EncodingCheck.h"
 
 #include <stdlib.h>
 #include <string.h>
 
-#include "subtitle/detail/Charset.h"
-#include "subtitle/detail/Log.h"
-#include "subtitle/detail/TextWalk.h"
+#include "subtitle/charset/Charset.h"
+#include "subtitle/system/Log.h"
+#include "subtitle/text/Markup.h"
 
 namespace vxsubtitle {
 

@@ -1,4 +1,4 @@
-#include "subtitle/detail/LowMemory.h"
+#include "subtitle/system/LowMemory.h"
 
 #include <stdlib.h>
 

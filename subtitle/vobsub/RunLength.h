@@ -1,7 +1,7 @@
 /// The run-length code of DVD subpictures: a nibble reader, one code, and the walk over one interlaced field.
 #pragma once
 
-#include "subtitle/detail/TextView.h"
+#include "subtitle/text/TextView.h"
 
 namespace vxsubtitle {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "subtitle/SubtitleParser.h"
-#include "subtitle/detail/TextWalk.h"
+#include "subtitle/text/Markup.h"
 
 namespace vxsubtitle {
 

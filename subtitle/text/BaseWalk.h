@@ -1,7 +1,7 @@
 /// The base class's text extraction: line breaks become LF, simple markup goes, a blank line ends the text.
 #pragma once
 
-#include "subtitle/detail/TextWalk.h"
+#include "subtitle/text/Markup.h"
 
 namespace vxsubtitle {
 

@@ -1,7 +1,7 @@
 /// The 2048-byte packs of a VobSub program stream.
 #pragma once
 
-#include "subtitle/detail/TextView.h"
+#include "subtitle/text/TextView.h"
 
 namespace vxsubtitle {
 

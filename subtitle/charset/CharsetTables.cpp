@@ -1,6 +1,6 @@
 /// Code ranges of the double-byte encodings and the small conversion tables.
 /// Written by tools/gen_charsets.py: change that, not this file.
-#include "subtitle/detail/CharsetTables.h"
+#include "subtitle/charset/CharsetTables.h"
 
 // clang-format off
 

@@ -1,7 +1,7 @@
 /// Where a subpicture goes on a surface and how its colour codes become pixels. Nothing here knows a window.
 #pragma once
 
-#include "subtitle/detail/TextView.h"
+#include "subtitle/text/TextView.h"
 
 namespace vxsubtitle {
 

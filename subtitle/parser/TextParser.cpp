@@ -1,9 +1,9 @@
-#include "subtitle/ParserCeremony.h"
+#include "subtitle/parser/TextParser.h"
 
 #include <unistd.h>
 
 #include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/detail/Log.h"
+#include "subtitle/system/Log.h"
 
 namespace vxsubtitle {
 

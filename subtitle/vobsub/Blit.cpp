@@ -1,4 +1,4 @@
-#include "subtitle/detail/Blit.h"
+#include "subtitle/vobsub/Blit.h"
 
 #include <string.h>
 

@@ -1,4 +1,4 @@
-#include "subtitle/detail/Worker.h"
+#include "subtitle/system/Worker.h"
 
 #include <sched.h>
 #include <time.h>

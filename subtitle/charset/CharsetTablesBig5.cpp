@@ -1,6 +1,6 @@
 /// Big5 to Unicode.
 /// Written by tools/gen_charsets.py: change that, not this file.
-#include "subtitle/detail/CharsetTables.h"
+#include "subtitle/charset/CharsetTables.h"
 
 // clang-format off
 

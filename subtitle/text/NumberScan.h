@@ -1,7 +1,7 @@
 /// The number scanner: every time stamp of every format is read by it.
 #pragma once
 
-#include "subtitle/detail/TextView.h"
+#include "subtitle/text/TextView.h"
 
 namespace vxsubtitle {
 

@@ -6,8 +6,8 @@
 #include <ui/GraphicBufferMapper.h>
 #include <ui/Rect.h>
 
-#include "subtitle/detail/Blit.h"
-#include "subtitle/detail/Log.h"
+#include "subtitle/vobsub/Blit.h"
+#include "subtitle/system/Log.h"
 
 namespace vxsubtitle {
 

@@ -1,8 +1,8 @@
-#include "subtitle/detail/Charset.h"
+#include "subtitle/charset/Charset.h"
 
 #include <string.h>
 
-#include "subtitle/detail/CharsetTables.h"
+#include "subtitle/charset/CharsetTables.h"
 
 namespace vxsubtitle {
 

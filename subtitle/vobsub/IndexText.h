@@ -1,7 +1,7 @@
 /// How a scan of a VobSub index reads its text: as bytes, whatever the encoding, and by its keywords.
 #pragma once
 
-#include "subtitle/detail/NumberScan.h"
+#include "subtitle/text/NumberScan.h"
 
 namespace vxsubtitle {
 
