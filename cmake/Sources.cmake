@@ -18,11 +18,16 @@ set(VXSUBTITLE_SOURCES
     subtitle/charset/CharsetTablesGbk.cpp
     subtitle/parser/EncodingCheck.cpp
     subtitle/parser/EntryText.cpp
+    subtitle/parser/ParserWorker.cpp
     subtitle/parser/SubDialect.cpp
+    subtitle/parser/TagTable.cpp
     subtitle/parser/TextParser.cpp
     subtitle/system/LowMemory.cpp
     subtitle/system/Worker.cpp
     subtitle/vobsub/Blit.cpp
+    subtitle/vobsub/FileWindow.cpp
+    subtitle/vobsub/IndexScan.cpp
+    subtitle/vobsub/UnitReader.cpp
 )
 
 # Installed for players and plug-ins.

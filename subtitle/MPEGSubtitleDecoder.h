@@ -57,8 +57,8 @@ private:
 
 /// Decodes one unit at a time; each `Decode` starts afresh, only the palette persists. Not thread-safe.
 ///
-/// The operations that take a bare `unit` read as far into it as its own offsets lead; within `Decode` they read
-/// zeros behind the unit's size.
+/// The operations that take a bare `unit` read as far into it as its own offsets lead; `Decode` reads zeros behind the
+/// unit's size.
 class VXSUBTITLE_API MPEGSubtitleDecoder {
 public:
     MPEGSubtitleDecoder();
@@ -128,15 +128,6 @@ public:
     U32 m_u32_SPU_Display_Pts;    ///< not used
     BOOL m_bVobSubPaletteSetted;  ///< a palette was loaded
     U8 m_u8IdxInnerCheck;         ///< the fallback palette's choice (low two bits) and 4 for each unit that agreed
-
-    /// What the `Decode` under way may read and write; empty between calls.
-    struct Bounds {
-        const U8* unit;
-        U32 unitSize;
-        const U8* out;
-        U32 outSize;
-    };
-    Bounds mBounds;
 };
 
 }  // namespace android

@@ -14,12 +14,6 @@ namespace {
 
 constexpr const char* kTag = "SubtitleFileProcess";
 
-/// The path field with the terminator that a long path leaves out.
-struct Path {
-    explicit Path(const char (&field)[512]) { memcpy(text, field, sizeof field); }
-    char text[513] = {};
-};
-
 /// A stream on a duplicate, so that closing the descriptor and then the stream closes neither twice.
 FILE* openDuplicate(int fd) {
     const int copy = dup(fd);

@@ -7,13 +7,13 @@
 #include <strings.h>
 #include <time.h>
 
+#include "subtitle/charset/Charset.h"
 #include "subtitle/parser/EncodingCheck.h"
 #include "subtitle/parser/EntryText.h"
-#include "subtitle/parser/TextParser.h"
-#include "subtitle/text/BaseWalk.h"
-#include "subtitle/charset/Charset.h"
+#include "subtitle/parser/ParserWorker.h"
 #include "subtitle/system/Log.h"
-#include "subtitle/text/NumberScan.h"
+#include "subtitle/text/BaseWalk.h"
+#include "subtitle/text/Numbers.h"
 
 namespace android {
 
@@ -21,15 +21,13 @@ using namespace vxsubtitle;
 
 namespace {
 
-constexpr U32 kTagStep = 8192;     // entries by which the tag table grows
 constexpr size_t kZeroGuard = 64;  // zeros behind the data, for the operations that read through bare pointers
 
-/// Zeroed memory for `count` elements; null when it cannot be had or addressed.
-template <class T>
-T* allocate(U64 count, size_t guard = 0) {
+/// Zeroed memory for `size` bytes of data and the guard; null when it cannot be had or addressed.
+U8* allocateRawBuffer(U64 size) {
     constexpr U64 kLargest = PTRDIFF_MAX;  // what no object exceeds: nobody is asked for more
-    if (count > (kLargest - guard) / sizeof(T)) return nullptr;
-    return static_cast<T*>(calloc(1, static_cast<size_t>(count) * sizeof(T) + guard));
+    if (size > kLargest - kZeroGuard) return nullptr;
+    return static_cast<U8*>(calloc(1, static_cast<size_t>(size) + kZeroGuard));
 }
 
 template <class T>
@@ -56,6 +54,31 @@ BOOL copyInCapitals(const Unit* src, U32 count, Unit* dst) {
     }
     return TRUE;
 }
+
+/// The text of one entry.
+struct Extraction {
+    const SubtitleParser& parser;
+    U8* buf;
+    U32 size;
+    U32 span;
+    bool big5;
+
+    U32 operator()(WorkText<Bytes> in) const {
+        return BaseWalk<Bytes>(in, buf, size, span, outputLimit8(size)).run8(big5);
+    }
+    U32 operator()(WorkText<Utf16Le> in) const {
+        // kept: the brace bound is the raw byte count, taken as units
+        return BaseWalk<Utf16Le>(in, buf, size, span, outputLimit16(size))
+            .runLe(units(), parser.m_u32RawBufferDataSize);
+    }
+    U32 operator()(WorkText<Utf16Be> in) const {
+        return BaseWalk<Utf16Be>(in, buf, size, span, outputLimit16(size)).runBe(units());
+    }
+
+private:
+    /// At most this many units of input: none when the data cannot hold one.
+    U32 units() const { return parser.m_u32SubtitleBufferDataSize / 2; }
+};
 
 }  // namespace
 
@@ -93,10 +116,9 @@ BOOL SubtitleParser::Init(U64 size) {
     m_u32TagBufferNum = kTagStep;
     m_s64DataTotalSize = static_cast<S64>(size);
     m_u32RawBufferDataSize = static_cast<U32>(size);
-    m_pu8RawBuffer = allocate<U8>(size, kZeroGuard);
+    m_pu8RawBuffer = allocateRawBuffer(size);
     if (m_pu8RawBuffer == nullptr) return FALSE;
-    m_pTagBuffer = allocate<ST_MEDIA_SUBTITLE_PARSER_TAG>(kTagStep);
-    m_pu8SubtitleBuffer = m_pTagBuffer == nullptr ? nullptr : static_cast<U8*>(malloc(kWorkBufferSize));
+    m_pu8SubtitleBuffer = TagTable(*this).allocate() ? static_cast<U8*>(malloc(kWorkBufferSize)) : nullptr;
     if (m_pu8SubtitleBuffer == nullptr) {
         SubtitleParser::Deinit();
         return FALSE;
@@ -108,7 +130,7 @@ BOOL SubtitleParser::Init(U64 size) {
 BOOL SubtitleParser::Deinit() {
     joinWorkerOf(*this);
     release(m_pu8RawBuffer);
-    release(m_pTagBuffer);
+    TagTable(*this).release();
     release(m_pu8SubtitleBuffer);
     mRawBufferLimit = 0;
     return TRUE;
@@ -119,22 +141,7 @@ U32 SubtitleParser::GetData(const U32, U8* buf, const U32 size, const U32 index)
     takeDataSize(*this);
     if (!canExtract(*this, buf, index)) return 0;
     copyEntry(*this, index);
-    const U32 span = spanOf(*this, index);
-    // at most this many units of input: none when the data cannot hold one
-    const U32 units = m_u32SubtitleBufferDataSize / 2;
-    switch (m_eCodeType) {
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8:
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE:
-            return BaseWalk<Bytes>(m_pu8SubtitleBuffer, buf, size, span, outputLimit8(size)).run8(big5);
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
-            // kept: the brace bound is the raw byte count, taken as units
-            return BaseWalk<Utf16Le>(m_pu8SubtitleBuffer, buf, size, span, outputLimit16(size))
-                .runLe(units, m_u32RawBufferDataSize);
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
-            return BaseWalk<Utf16Be>(m_pu8SubtitleBuffer, buf, size, span, outputLimit16(size)).runBe(units);
-        default:
-            return 0;
-    }
+    return walkEntry(*this, kUnicodeOrNative, Extraction{*this, buf, size, spanOf(*this, index), big5});
 }
 
 U32 SubtitleParser::GetData(const U32, U8*, const U32, const U32, stSubDecoderInfo*) { return 0; }
@@ -148,27 +155,8 @@ BOOL SubtitleParser::IsUTF8Encode(const void* data, const U64 length) {
 }
 
 U32 SubtitleParser::GetTag(const U32, const U32 timeMs) {
-    // kept: the offset is subtracted only from times that are not below it, compared as signed values
-    const U32 t = static_cast<S32>(timeMs) < m_s32TimeOffsetMs ? timeMs : timeMs - static_cast<U32>(m_s32TimeOffsetMs);
     if (m_pTagBuffer == nullptr || m_u32TagNum == 0) return 0;
-    const auto start = [this](U32 i) { return i < m_u32TagBufferNum ? m_pTagBuffer[i].u32TimeStart : 0; };
-    const U32 last = m_u32TagNum - 1;
-    U32 lo = 0;
-    U32 hi = m_u32TagNum;
-    for (;;) {
-        const U32 mid = lo + (hi - lo) / 2;
-        if (t < start(mid)) {
-            if (lo + hi < 2) return 0;
-            hi = mid - 1;
-            if (t >= start(hi)) return hi;
-            if (lo >= mid) return 0;
-        } else {
-            if (mid >= last) return mid;
-            if (t < start(mid + 1)) return mid;
-            lo = mid + 1;
-            if (mid >= hi) return 0;
-        }
-    }
+    return TagTable(*this).lookUp(timeMs, 0, m_u32TagNum - 1);
 }
 
 BOOL SubtitleParser::GetTagInfo(U32, U32 index, ST_MEDIA_SUBTITLE_PARSER_TAG* tag) {
@@ -198,38 +186,13 @@ U32 SubtitleParser::SScanf(const U8* str, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     const U32 conversions =
-        scanNumbers([str](size_t i) { return str[i]; }, format, [&arguments] { return va_arg(arguments, U32*); });
+        readNumbers([str](size_t i) { return str[i]; }, format, [&arguments] { return va_arg(arguments, U32*); });
     va_end(arguments);
     return conversions;
 }
 
 BOOL SubtitleParser::AddTag(const U32 start, const U32 end, const S64 pos, const EN_MEDIA_SUBTITLE_PARSER_DATA_TYPE) {
-    if (m_pTagBuffer == nullptr) return TRUE;  // kept: reported as success
-    // kept: the data type is not written; entries read as WHOLE because the table is zeroed
-    if (m_u32TagNum < m_u32TagBufferNum) {
-        ST_MEDIA_SUBTITLE_PARSER_TAG& tag = m_pTagBuffer[m_u32TagNum];
-        tag.u32TimeStart = start;
-        tag.u32TimeEnd = end;
-        tag.s64Pos = pos;
-    }
-    if (++m_u32TagNum < m_u32TagBufferNum) return TRUE;
-
-    constexpr size_t kTagSize = sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG);
-    const U64 entries = U64{m_u32TagBufferNum} + kTagStep;
-    void* grown = nullptr;
-    if (entries <= static_cast<size_t>(-1) / kTagSize && entries <= 0xFFFFFFFF) {
-        grown = realloc(m_pTagBuffer, static_cast<size_t>(entries) * kTagSize);
-    }
-    if (grown == nullptr) {
-        release(m_pTagBuffer);
-        m_u32TagNum = 0;
-        m_u32TagBufferNum = 0;
-        return FALSE;
-    }
-    m_pTagBuffer = static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(grown);
-    memset(static_cast<void*>(m_pTagBuffer + m_u32TagBufferNum), 0, kTagStep * kTagSize);
-    m_u32TagBufferNum = static_cast<U32>(entries);
-    return TRUE;
+    return TagTable(*this).add(start, end, pos) ? TRUE : FALSE;
 }
 
 U32 SubtitleParser::GetSystemTime() {

@@ -99,9 +99,9 @@ BOOL SubtitleParserInternal::AddSubtitleData(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE 
 BOOL SubtitleParserInternal::AddSubtitleText(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE type, U32 curTimeMs, const void* text,
                                              U32 size, U32 startMs, U32 endMs) {
     Mutex::Autolock lock(mLock);
-    VX_LOG(kTag, "AddSubtitleData :%lu, %lu, %lu, %lu, %lu", static_cast<unsigned long>(curTimeMs),
-           static_cast<unsigned long>(reinterpret_cast<uintptr_t>(text)), static_cast<unsigned long>(size),
-           static_cast<unsigned long>(startMs), static_cast<unsigned long>(endMs));
+    VX_LOG(kTag, "AddSubtitleData :%lu, %lu, %lu, %lu, %lu", asUnsignedLong(curTimeMs),
+           asUnsignedLong(reinterpret_cast<uintptr_t>(text)), asUnsignedLong(size), asUnsignedLong(startMs),
+           asUnsignedLong(endMs));
     const bool jumpedBack = m_u32LastTimeMs > curTimeMs;
     m_u32LastTimeMs = curTimeMs;
 
@@ -148,7 +148,7 @@ BOOL SubtitleParserInternal::GetTagInfo(U32, U32 tag, ST_MEDIA_SUBTITLE_PARSER_T
     if (entry != nullptr) {
         info->u32TimeStart = entry->u32PTSStart;
         info->u32TimeEnd = entry->u32PTSEnd;
-        VX_LOG(kTag, "Tag = %lu\n", static_cast<unsigned long>(tag));
+        VX_LOG(kTag, "Tag = %lu\n", asUnsignedLong(tag));
     }
     VX_LOG(kTag, "GetTagInfo leave \n");
     return entry != nullptr ? TRUE : FALSE;

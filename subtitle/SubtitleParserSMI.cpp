@@ -1,42 +1,21 @@
 #include "subtitle/SubtitleParserSMI.h"
 
-#include "subtitle/parser/EntryText.h"
 #include "subtitle/parser/TextParser.h"
-#include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/system/Log.h"
-#include "subtitle/text/NumberScan.h"
 #include "subtitle/text/Markup.h"
+#include "subtitle/text/Numbers.h"
 
-namespace android {
-
-using namespace vxsubtitle;
+namespace vxsubtitle {
 
 namespace {
-
-constexpr ParseStyle kStyle{
-    "SubtitleParserSMI",
-    "Zorb_MediaSubtitleParserSSA::BeginParse -> Enter\n",  // kept: the SSA wording
-    // kept: the SRT wording, twice
-    "Zorb_MediaSubtitleParserSRT::ParserThread - Enter, data size = %ld, rawbuf: %x\n",
-    "Zorb_MediaSubtitleParserSRT Warning, Read data < Requied Data\n",
-    nullptr,
-    nullptr,
-    "SubtitleParserSMI::BeginParse2222222 -> %08x\n",
-    nullptr,
-    10000,
-    100000,
-    true,
-    false,
-};
 
 constexpr char kSync[] = "<SYNC START=";
 constexpr size_t kSyncLength = sizeof kSync - 1;
 constexpr U32 kStartUnits = 10;  // what 16-bit text is narrowed of a Start value
 
 template <class Enc>
-class Scan {
+class SyncScan {
 public:
-    Scan(SubtitleParserSMI& parser, const TextView<Enc>& in) : mParser(parser), mIn(in) {}
+    SyncScan(SubtitleParser& parser, const TextView<Enc>& in) : mParser(parser), mIn(in) {}
 
     /// False when a tag could not be stored.
     bool run(size_t i) {
@@ -60,13 +39,7 @@ public:
 private:
     static constexpr bool k8Bit = sizeof(typename Enc::Unit) == 1;
 
-    bool readStart(size_t digit, U32 (&start)[1]) const {
-        if constexpr (k8Bit) {
-            return scanAll(mIn, digit, "%u", start);
-        } else {
-            return scanAll(NarrowText<kStartUnits>(mIn, digit), 0, "%u", start);
-        }
-    }
+    bool readStart(size_t digit, U32 (&start)[1]) const { return readNarrowed<kStartUnits>(mIn, digit, "%u", start); }
 
     /// Behind the first '>' at or after `i`; past the last whole unit when there is none.
     size_t behindElement(size_t i) const { return mIn.findUnit(i, Enc::lit('>')) + 1; }
@@ -76,12 +49,18 @@ private:
         if (text > mIn.wholeUnits() || (k8Bit && text == mIn.wholeUnits())) return true;
         // kept: one line-end byte only, so behind CR LF the text begins with LF; none in 16-bit text
         if (k8Bit && isLineEnd<Enc>(mIn.at(text))) ++text;
-        return mParser.AddTag(start, 0xFFFFFFFF, mParser.m_s64RawBufferPosition + TextView<Enc>::byteOffset(text),
-                              E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE) != FALSE;
+        return addTag(mParser, start, 0xFFFFFFFF, mIn.byteOffset(text));
     }
 
-    SubtitleParserSMI& mParser;
+    SubtitleParser& mParser;
     const TextView<Enc>& mIn;
+};
+
+struct Scan {
+    template <class View>
+    bool operator()(SubtitleParser& parser, const View& in, size_t i) const {
+        return SyncScan(parser, in).run(i);
+    }
 };
 
 /// Whether the line break at `i` (see `atLineBreak`) stands in front of the next entry.
@@ -138,52 +117,54 @@ U32 extractLe(WorkText<Utf16Le> in, TextSink<U16> out, U32 units, U32 limit) {
     return out.finish();
 }
 
+/// The text of one SYNC element.
+struct Extraction {
+    U8* buf;
+    U32 size;
+    U32 bytes;     ///< bounds the walk, in units of 16-bit text by half of it
+    U32 dataSize;  ///< of the file, bytes
+
+    U32 operator()(WorkText<Bytes> in) const { return extract8(in, {buf, size}, bytes, outputLimit8(size), dataSize); }
+    U32 operator()(WorkText<Utf16Le> in) const { return extractLe(in, {buf, size}, bytes / 2, outputLimit16(size)); }
+    U32 operator()(WorkText<Utf16Be> in) const {
+        return copyFirstLine(in, {buf, size}, bytes / 2, outputLimit16(size));
+    }
+};
+
 }  // namespace
 
-SubtitleParserSMI::SubtitleParserSMI(U8* path) { pFileProcess = new SubtitleFileProcess(path); }
-
-SubtitleParserSMI::SubtitleParserSMI(int fd, S64 offset, S64 length) {
-    pFileProcess = new SubtitleFileProcess(fd, offset, length);
+template <>
+const TextFormat& formatOf<SubtitleParserSMI>() {
+    static constexpr TextFormat kFormat{
+        .type = E_MEDIA_SUBTITLE_PARSER_TYPE_SMI,
+        .worker = {.tag = "SubtitleParserSMI",
+                   .waited = "SubtitleParserSMI::BeginParse2222222 -> %08x\n",
+                   .limitMs = 10000},
+        .enter = "Zorb_MediaSubtitleParserSSA::BeginParse -> Enter\n",  // the SSA wording
+        // the SRT wording, twice
+        .loading = "Zorb_MediaSubtitleParserSRT::ParserThread - Enter, data size = %ld, rawbuf: %x\n",
+        .shortRead = "Zorb_MediaSubtitleParserSRT Warning, Read data < Requied Data\n",
+        .finished = "Zorb_MediaSubtitleParserSMI::ParserThread -> Finished : Tag num = %ld\n",
+        .scan = scanWith<Scan>,
+    };
+    return kFormat;
 }
 
-SubtitleParserSMI::~SubtitleParserSMI() { releaseFile(*this); }
+}  // namespace vxsubtitle
 
-BOOL SubtitleParserSMI::BeginParse() { return beginParse(*this, kStyle); }
+namespace android {
 
-BOOL SubtitleParserSMI::GetTrackInfo(const U32, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info) {
-    return describeTrack(*this, E_MEDIA_SUBTITLE_PARSER_TYPE_SMI, info);
-}
+using namespace vxsubtitle;
 
-void* SubtitleParserSMI::ParserTask(void* parser) {
-    static_cast<SubtitleParserSMI*>(parser)->ParserThread();
-    return nullptr;
-}
-
-void SubtitleParserSMI::ParserThread() {
-    const bool complete =
-        scanFile(*this, [this](const auto& in, size_t firstUnit) { return Scan(*this, in).run(firstUnit); });
-    if (complete) raise(bParseFinish);
-    VX_LOG(kStyle.tag, "Zorb_MediaSubtitleParserSMI::ParserThread -> Finished : Tag num = %ld\n",
-           static_cast<long>(static_cast<S32>(m_u32TagNum)));
-}
+VX_DEFINE_TEXT_PARSER(SubtitleParserSMI, U8)
+VX_DEFINE_SCAN(SubtitleParserSMI)
 
 U32 SubtitleParserSMI::GetData(const U32, U8* buf, const U32 size, const U32 index) {
     takeDataSize(*this);
     if (!canExtract(*this, buf, index)) return 0;
     copyEntry(*this, index);
-    const U32 bytes = m_u32SubtitleBufferDataSize;
-    U8* const work = m_pu8SubtitleBuffer;
-    switch (m_eCodeType) {
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8:
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE:
-            return extract8(WorkText<Bytes>(work), {buf, size}, bytes, outputLimit8(size), m_u32RawBufferDataSize);
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
-            return extractLe(WorkText<Utf16Le>(work), {buf, size}, bytes / 2, outputLimit16(size));
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
-            return copyFirstLine(WorkText<Utf16Be>(work), {buf, size}, bytes / 2, outputLimit16(size));
-        default:
-            return 0;
-    }
+    return walkEntry(*this, kUnicodeOrNative,
+                     Extraction{buf, size, m_u32SubtitleBufferDataSize, m_u32RawBufferDataSize});
 }
 
 }  // namespace android

@@ -1,70 +1,36 @@
 #include "subtitle/SubtitleParserSRT.h"
 
-#include "subtitle/parser/EntryText.h"
 #include "subtitle/parser/TextParser.h"
-#include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/system/Log.h"
-#include "subtitle/text/NumberScan.h"
+#include "subtitle/text/TimeStamps.h"
 
-namespace android {
-
-using namespace vxsubtitle;
+namespace vxsubtitle {
 
 namespace {
 
-constexpr ParseStyle kStyle{
-    "SubtitleParserSRT",
-    "Zorb_MediaSubtitleParserSRT::BeginParse -> Enter\n",
-    "Zorb_MediaSubtitleParserSRT::ParserThread - Enter, data size = %ld, rawbuf: %x\n",
-    "Zorb_MediaSubtitleParserSRT Warning, Read data < Requied Data\n",
-    nullptr,
-    "Zorb_MediaSubtitleParserSRT::BeginParse -> Wait...\n",
-    "Zorb_MediaSubtitleParserSRT::BeginParse -> %08x\n",
-    "Zorb_MediaSubtitleParserSRT::BeginParse -> Exit\n",
-    100000,
-    100000,
-    false,
-    false,
-};
-
-/// A timing line's eight numbers. Literals of a format take any character, so the spelling with points is read by
-/// the one with commas; a second attempt could not differ.
-struct Timing {
-    U32 v[8];
-    template <class View>
-    bool scanUsual(const View& in, size_t pos) {
-        return scanColumns(in, pos, "00:00:00,000 --> 00:00:00,000", v);
-    }
-    template <class View>
-    bool scan(const View& in, size_t pos) {
-        return scanAll(in, pos, "%u:%u:%u,%u --> %u:%u:%u,%u", v);
-    }
+/// A timing line. Literals of a format take any character, so the spelling with points is read by the one with commas;
+/// a second attempt could not differ.
+struct Timing : TimeStamp<SrtSpelling> {
     U32 start() const { return milliseconds(v[0], v[1], v[2], v[3]); }
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7]); }
 };
 
-/// The canonical timing line: 'd' a digit, ' ' a blank, '.' anything.
-// kept: UTF-16 text has canonical timing lines or none; 8-bit text takes any that the number scanner reads
-constexpr char kCanonical[] = "dd.dd.dd.ddd ... dd.dd.dd.ddd";
-constexpr U32 kCanonicalLength = sizeof kCanonical - 1;
-
-bool isCanonical(const NarrowText<kCanonicalLength>& line) {
-    for (U32 i = 0; i < kCanonicalLength; ++i) {
-        if (kCanonical[i] == 'd' && !isDigit(line.at(i))) return false;
-        if (kCanonical[i] == ' ' && line.at(i) != ' ') return false;
+/// Whether narrowed 16-bit data has the digits and blanks of the usual shape, whatever separates the digits.
+bool isCanonical(const Narrowed<Timing::kLength>& line) {
+    for (U32 i = 0; i < Timing::kLength; ++i) {
+        const char c = SrtSpelling::kShape[i];
+        if (c == '0' && !isDigit(line.at(i))) return false;
+        if (c == ' ' && line.at(i) != ' ') return false;
     }
     return true;
 }
 
-class Scan {
-public:
-    explicit Scan(SubtitleParserSRT& parser) : mParser(parser) {}
-
-    /// 8-bit text. False when a tag could not be stored.
-    bool run(const TextView<Bytes>& in, size_t i) {
+struct Scan {
+    /// 8-bit data.
+    bool operator()(SubtitleParser& parser, const TextView<Bytes>& in, size_t i) const {
+        parser.m_eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_SRT;
         while (in.inside(i)) {
             Timing timing;
-            if (!timing.scanUsual(in, i) && !timing.scan(in, i)) {
+            if (!timing.readShape(in, i) && !readAll(in, i, SrtSpelling::kFormat, timing.v)) {
                 i = in.nextLine(i);
                 continue;
             }
@@ -72,23 +38,24 @@ public:
             // kept: a blank line right behind the timing line leaves the position on the timing line's own CR
             const bool noText = behind >= 4 && in.at(behind - 4) == kCr;
             const size_t text = noText ? behind - 4 : in.skipSpace(behind);
-            if (!add(timing, TextView<Bytes>::byteOffset(text))) return false;
+            if (!addTag(parser, timing.start(), timing.end(), in.byteOffset(text))) return false;
             const size_t next = in.nextLine(text);  // kept: the line behind is text, be it a timing line itself
             i = next > i ? next : behind;
         }
         return true;
     }
 
-    /// 16-bit text: only canonical timing lines count.
+    /// 16-bit data: only canonical timing lines count.
     template <class Enc>
-    bool run(const TextView<Enc>& in, size_t i) {
+    bool operator()(SubtitleParser& parser, const TextView<Enc>& in, size_t i) const {
+        parser.m_eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_SRT;
         while (in.inside(i)) {
             Timing timing;
             if (atTimingLine(in, i, &timing)) {
-                i += kCanonicalLength;
+                i += Timing::kLength;
                 // kept: a big-endian blank or line end is no white space here, so the text begins on the CR
                 while (i < in.wholeUnits() && isSpace(in.at(i))) ++i;
-                if (!add(timing, TextView<Enc>::byteOffset(i))) return false;
+                if (!addTag(parser, timing.start(), timing.end(), in.byteOffset(i))) return false;
             }
             i = in.nextLine(i);
         }
@@ -96,64 +63,52 @@ public:
     }
 
 private:
+    // kept: UTF-16 text has canonical timing lines or none; 8-bit text takes any that the number reader takes
     template <class Enc>
     static bool atTimingLine(const TextView<Enc>& in, size_t i, Timing* timing) {
-        if (timing->scanUsual(in, i)) return true;
+        if (timing->readShape(in, i)) return true;
         U8 first[2];
-        narrowUnit(in.at(i), Enc::lit('\n') != kLf, first);
+        narrowUnit(in.at(i), Enc::kBigEndian, first);
         if (!isDigit(first[0])) return false;
-        const NarrowText<kCanonicalLength> line(in, i);
-        return isCanonical(line) && timing->scan(line, 0);
+        const Narrowed<Timing::kLength> line(in, i);
+        return isCanonical(line) && readAll(line, 0, SrtSpelling::kFormat, timing->v);
     }
-
-    bool add(const Timing& timing, S64 offset) {
-        return mParser.AddTag(timing.start(), timing.end(), mParser.m_s64RawBufferPosition + offset,
-                              E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE) != FALSE;
-    }
-
-    SubtitleParserSRT& mParser;
 };
 
 }  // namespace
 
-SubtitleParserSRT::SubtitleParserSRT(char* path) {
-    pFileProcess = new SubtitleFileProcess(reinterpret_cast<U8*>(path));
+template <>
+const TextFormat& formatOf<SubtitleParserSRT>() {
+    static constexpr TextFormat kFormat{
+        .type = E_MEDIA_SUBTITLE_PARSER_TYPE_SRT,
+        .worker = {.tag = "SubtitleParserSRT",
+                   .waiting = "Zorb_MediaSubtitleParserSRT::BeginParse -> Wait...\n",
+                   .waited = "Zorb_MediaSubtitleParserSRT::BeginParse -> %08x\n",
+                   .startsOnce = false},
+        .enter = "Zorb_MediaSubtitleParserSRT::BeginParse -> Enter\n",
+        .loading = "Zorb_MediaSubtitleParserSRT::ParserThread - Enter, data size = %ld, rawbuf: %x\n",
+        .shortRead = "Zorb_MediaSubtitleParserSRT Warning, Read data < Requied Data\n",
+        .exit = "Zorb_MediaSubtitleParserSRT::BeginParse -> Exit\n",
+        .finished = "Zorb_MediaSubtitleParserSRT::ParserThread -> Finished : Tag num = %ld\n",
+        .scan = scanWith<Scan>,
+    };
+    return kFormat;
 }
 
-SubtitleParserSRT::SubtitleParserSRT(int fd, S64 offset, S64 length) {
-    pFileProcess = new SubtitleFileProcess(fd, offset, length);
-}
+}  // namespace vxsubtitle
+
+namespace android {
+
+VX_DEFINE_TEXT_PARSER(SubtitleParserSRT, char)
+VX_DEFINE_SCAN(SubtitleParserSRT)
 
 SubtitleParserSRT::SubtitleParserSRT(char* path, S64 offset, S64 length) {
-    pFileProcess = new SubtitleFileProcess(reinterpret_cast<U8*>(path), offset, length);
+    pFileProcess = vxsubtitle::makeFileSource(reinterpret_cast<U8*>(path), offset, length);
 }
-
-SubtitleParserSRT::~SubtitleParserSRT() { releaseFile(*this); }
-
-BOOL SubtitleParserSRT::BeginParse() { return beginParse(*this, kStyle); }
 
 U32 SubtitleParserSRT::GetNextData(const U32 track, U8* buf, const U32 size, const U32 index) {
     if (U64{index} + 1 >= m_u32TagNum) return 0;
     return GetData(track, buf, size, index + 1);
-}
-
-BOOL SubtitleParserSRT::GetTrackInfo(const U32, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info) {
-    return describeTrack(*this, E_MEDIA_SUBTITLE_PARSER_TYPE_SRT, info);
-}
-
-void* SubtitleParserSRT::ParserTask(void* parser) {
-    static_cast<SubtitleParserSRT*>(parser)->ParserThread();
-    return nullptr;
-}
-
-void SubtitleParserSRT::ParserThread() {
-    const bool complete = scanFile(*this, [this](const auto& in, size_t firstUnit) {
-        m_eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_SRT;
-        return Scan(*this).run(in, firstUnit);
-    });
-    if (complete) raise(bParseFinish);  // kept: else without the flag, so that `BeginParse` fails at its limit
-    VX_LOG(kStyle.tag, "Zorb_MediaSubtitleParserSRT::ParserThread -> Finished : Tag num = %ld\n",
-           static_cast<long>(static_cast<S32>(m_u32TagNum)));
 }
 
 }  // namespace android

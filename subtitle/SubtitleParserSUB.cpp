@@ -2,10 +2,7 @@
 
 #include <unistd.h>
 
-#include "subtitle/SubtitleParserSubDvbSubtitleSystem.h"
-#include "subtitle/SubtitleParserSubMicroDVD.h"
-#include "subtitle/SubtitleParserSubViewer10.h"
-#include "subtitle/SubtitleParserSubViewer20.h"
+#include "subtitle/parser/SubDialect.h"
 #include "subtitle/system/Log.h"
 #include "subtitle/system/PathField.h"
 
@@ -13,38 +10,26 @@ namespace android {
 
 using namespace vxsubtitle;
 
+#define VX_SUB_DIALECT(name, ...) class SubtitleParser##name;
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
+
 namespace {
 
-template <class Parser>
-SubtitleParser* create(SubtitleParserSUB& sub, bool byDescriptor) {
-    if (byDescriptor) return new Parser(sub.u32FileFD, 0, 0);  // kept: the whole file, whatever part was asked for
-    return new Parser(sub.m_pSubtitleName);
-}
-
-struct Dialect {
-    const char* announcement;
-    SubtitleParser* (*create)(SubtitleParserSUB& sub, bool byDescriptor);
-    bool takesFrameRate;
-};
+constexpr char kTag[] = "SubtitleParserSUB";
 
 /// Tried in this order: the first that accepts the file has it, however well a later one would fit.
-constexpr Dialect kDialects[] = {
-    {"SubtitleParserSUB::BeginParse - Try Subviewer 2.0\n", &create<SubtitleParserSubViewer20>, false},
-    {"SubtitleParserSUB::BeginParse - Try Subviewer 1.0\n", &create<SubtitleParserSubViewer10>, false},
-    {"SubtitleParserSUB::BeginParse - Try MicroDVD\n", &create<SubtitleParserSubMicroDVD>, true},
-    {"SubtitleParserSUB::BeginParse - Try Dvb Subtitle system\n", &create<SubtitleParserSubDvbSubtitleSystem>, false},
+constexpr const SubDialect& (*kDialects[])() = {
+#define VX_SUB_DIALECT(name, ...) &subDialectOf<SubtitleParser##name>,
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
 };
 
 enum class Announced { kPlain, kWithLine };
 
-void announce(const Dialect& dialect, Announced how) {
-    if (how == Announced::kWithLine && &dialect == kDialects) {
-        // kept: the number belongs to the text
-        VX_LOG("SubtitleParserSUB", "SubtitleParserSUB::BeginParse - Try Subviewer 2.0 line=%d\n", 209);
-    } else {
-        VX_LOG("SubtitleParserSUB", "%s", dialect.announcement);
-    }
-}
+/// What is logged before the first dialect is tried; the number belongs to the words.
+constexpr char kFirstWithLine[] = "SubtitleParserSUB::BeginParse - Try Subviewer 2.0 line=%d\n";
+constexpr int kLine = 209;
 
 void dropDelegate(SubtitleParserSUB& sub) {
     sub.m_pParser->StopParse();
@@ -55,11 +40,17 @@ void dropDelegate(SubtitleParserSUB& sub) {
 
 /// Tries every dialect in turn; each reads the file from its start.
 BOOL tryDialects(SubtitleParserSUB& sub, bool byDescriptor, Announced how) {
-    VX_LOG("SubtitleParserSUB", "SubtitleParserSUB::BeginParse - Enter\n");
+    VX_LOG(kTag, "SubtitleParserSUB::BeginParse - Enter\n");
     if (sub.m_pParser == nullptr) {
-        for (const Dialect& dialect : kDialects) {
-            announce(dialect, how);
-            sub.m_pParser = dialect.create(sub, byDescriptor);
+        for (const auto dialectOf : kDialects) {
+            const SubDialect& dialect = dialectOf();
+            if (how == Announced::kWithLine && dialectOf == kDialects[0]) {
+                VX_LOG(kTag, kFirstWithLine, kLine);
+            } else {
+                VX_LOG(kTag, "%s", dialect.announcement);
+            }
+            sub.m_pParser =
+                byDescriptor ? dialect.fromDescriptor(sub.u32FileFD) : dialect.fromPath(sub.m_pSubtitleName);
             if (dialect.takesFrameRate) sub.m_pParser->m_u32FrameRrate = sub.m_u32FrameRrate;
             if (sub.m_pParser->BeginParse() == TRUE) {
                 sub.m_u32TagNum = sub.m_pParser->m_u32TagNum;

@@ -2,86 +2,71 @@
 
 #include <stdio.h>
 
-#include "subtitle/parser/EntryText.h"
 #include "subtitle/parser/TextParser.h"
-#include "subtitle/SubtitleFileProcess.h"
-#include "subtitle/system/Log.h"
-#include "subtitle/text/NumberScan.h"
 #include "subtitle/text/Markup.h"
+#include "subtitle/text/TimeStamps.h"
 
-namespace android {
-
-using namespace vxsubtitle;
+namespace vxsubtitle {
 
 namespace {
-
-constexpr ParseStyle kStyle{
-    "SubtitleParserTXT",
-    "Zorb_MediaSubtitleParserTXT::BeginParse -> Enter\n",
-    "Zorb_MediaSubtitleParserTXT::ParserThread - Enter, data size = %ld, rawbuf: %x\n",
-    "Zorb_MediaSubtitleParserTXT Warning, Read data < Requied Data\n",
-    nullptr,
-    nullptr,
-    "SubtitleParserTXT::BeginParse2222222 -> %08x\n",
-    nullptr,
-    10000,
-    10000,
-    true,
-    false,
-};
-
-constexpr U32 kLongWidth = 11;  // 00:00:01,1= or 00:00:01.1:
 
 /// The time stamp at the start of a line. Literals of a format take any character, so "00:00:01,1=" and
 /// "00:00:01.1:" are one form with four numbers; "00:00:01:" is the other, with three.
 struct Stamp {
-    U32 v[4] = {};
+    using Long = TimeStamp<TxtSpelling>;
+    static constexpr U32 kLongWidth = Long::kLength;
+
     U32 width = 0;       ///< characters up to the text, 0 when the line has no time stamp
     bool range = false;  ///< the line reads as a SubRip time range
 
     Stamp(const TextView<Bytes>& in, size_t pos) {
-        U32 end[4];
-        if (scanColumns(in, pos, "00:00:00,0=", v)) {
+        if (mNumbers.readShape(in, pos)) {
             width = kLongWidth;
-            range = scanAll(in, pos + kLongWidth - 1, "-->%u:%u:%u,%u", end);  // the rest of a range's format
+            U32 end[4];
+            range = readAll(in, pos + kRangeEndAt, kRangeEnd, end);
         } else {
-            scan(in, pos, true);
+            read(in, pos, true);
         }
     }
 
-    /// 16-bit text knows the long form alone, and looks no further than its width.
+    /// 16-bit data knows the long form alone, and is looked at no further than its width.
     template <class Enc>
     Stamp(const TextView<Enc>& in, size_t pos) {
-        if (scanColumns(in, pos, "00:00:00,0=", v)) {
+        if (mNumbers.readShape(in, pos)) {
             width = kLongWidth;
         } else {
-            scan(NarrowText<kLongWidth>(in, pos), 0, false);
+            read(Narrowed<kLongWidth>(in, pos), 0, false);
         }
     }
 
     bool isShort() const { return width == 8 || width == 9; }
-    U32 time() const { return milliseconds(v[0], v[1], v[2]); }
+    U32 time() const { return milliseconds(mNumbers.v[0], mNumbers.v[1], mNumbers.v[2]); }
 
 private:
+    static constexpr size_t kRangeEndAt = kLongWidth - 1;  ///< where the '=' stands that a range has not
+    static constexpr const char* kRangeEnd = SrtSpelling::kFormat + sizeof "%u:%u:%u,%u" - 1;
+
     /// Reads anything that answers `at(i)` in 8-bit characters.
-    template <class Text>
-    void scan(const Text& in, size_t pos, bool shortForm) {
-        const U32 numbers = scanSome(in, pos, "%u:%u:%u,%u=", v);
+    template <class Characters>
+    void read(const Characters& in, size_t pos, bool shortForm) {
+        const U32 numbers = readSome(in, pos, TxtSpelling::kFormat, mNumbers.v);
         U32 all[8];
         if (numbers == 4) {
             width = kLongWidth;
-            range = scanAll(in, pos, "%u:%u:%u,%u --> %u:%u:%u,%u", all);
+            range = readAll(in, pos, SrtSpelling::kFormat, all);
         } else if (numbers == 3 && shortForm) {
-            const bool leadingZero = scanSome(in, pos, "0%u:%u:%u:", all) >= 3;
-            width = v[0] < 10 && !leadingZero ? 8 : 9;
+            const bool leadingZero = readSome(in, pos, "0%u:%u:%u:", all) >= 3;
+            width = mNumbers.v[0] < 10 && !leadingZero ? 8 : 9;
         }
     }
+
+    Long mNumbers = {};
 };
 
 template <class Enc>
-class Scan {
+class PairScan {
 public:
-    Scan(SubtitleParserTXT& parser, const TextView<Enc>& in)
+    PairScan(SubtitleParser& parser, const TextView<Enc>& in)
         : mParser(parser), mIn(in), mShortWidth(parser.m_u8TimeStampTagSizeCase) {}
 
     /// False when a tag could not be stored.
@@ -99,7 +84,7 @@ public:
             const Stamp end(mIn, i);
             if (end.width == 0) continue;  // not a closing line: it may open an entry
             if (!add(start, end, text)) return false;
-            i = nextEntry(i + (mShortWidth != 0 ? mShortWidth : kLongWidth));  // kept: a closing line opens none
+            i = nextEntry(i + (mShortWidth != 0 ? mShortWidth : Stamp::kLongWidth));  // kept: a closing line opens none
         }
         return true;
     }
@@ -112,14 +97,19 @@ private:
     }
 
     bool add(const Stamp& start, const Stamp& end, size_t text) {
-        return mParser.AddTag(start.time(), end.time(),
-                              mParser.m_s64RawBufferPosition + TextView<Enc>::byteOffset(text),
-                              E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE) != FALSE;
+        return addTag(mParser, start.time(), end.time(), mIn.byteOffset(text));
     }
 
-    SubtitleParserTXT& mParser;
+    SubtitleParser& mParser;
     const TextView<Enc>& mIn;
     U8& mShortWidth;  // kept: the first short stamp's width stays for the whole scan
+};
+
+struct Scan {
+    template <class View>
+    bool operator()(SubtitleParser& parser, const View& in, size_t i) const {
+        return PairScan(parser, in).run(i);
+    }
 };
 
 /// Cuts at most two line-end characters from the end of the text.
@@ -156,7 +146,7 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 size, U32 dataSize, bool 
     };
     if (!line(size > 3 ? size - 3 : 0)) return out.count();
     if (twoLines) {
-        at += kLongWidth;
+        at += Stamp::kLongWidth;
         if (!line(outputLimit8(size))) return out.count();
     }
     if (!endedAtZero) cutLineEnd(out);
@@ -174,8 +164,8 @@ U32 extract16(WorkText<Enc> in, TextSink<U16> out, U32 limit) {
         }
     };
     line(0);
-    line(out.count() + kLongWidth);  // kept: always, also without a second line
-    if (Enc::lit('\n') == kLf) {
+    line(out.count() + Stamp::kLongWidth);  // kept: always, also without a second line
+    if (!Enc::kBigEndian) {
         cutLineEnd(out);
     } else if (out.back(2) == kCr && out.back(1) == kLf) {
         out.cut(out.count() - 2);
@@ -183,21 +173,54 @@ U32 extract16(WorkText<Enc> in, TextSink<U16> out, U32 limit) {
     return out.finish();
 }
 
+/// The text of one entry.
+struct Extraction {
+    U8* buf;
+    U32 size;
+    U32 dataSize;  ///< of the file, bytes
+    bool oneLine;
+
+    U32 operator()(WorkText<Bytes> in) const { return extract8(in, {buf, size}, size, dataSize, !oneLine); }
+    template <class Enc>
+    U32 operator()(WorkText<Enc> in) const {
+        return extract16(in, {buf, size}, outputLimit16(size));
+    }
+};
+
+// kept: UTF-8 is missing, so a file with that mark has entries without text
+constexpr CodeTypes kRead{
+    E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE,
+    E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE,
+    E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG,
+};
+
 }  // namespace
 
-SubtitleParserTXT::SubtitleParserTXT(U8* path) { pFileProcess = new SubtitleFileProcess(path); }
-
-SubtitleParserTXT::SubtitleParserTXT(int fd, S64 offset, S64 length) {
-    pFileProcess = new SubtitleFileProcess(fd, offset, length);
+template <>
+const TextFormat& formatOf<SubtitleParserTXT>() {
+    static constexpr TextFormat kFormat{
+        .type = E_MEDIA_SUBTITLE_PARSER_TYPE_TXT,
+        .worker = {.tag = "SubtitleParserTXT",
+                   .waited = "SubtitleParserTXT::BeginParse2222222 -> %08x\n",
+                   .limitMs = 10000,
+                   .periodUs = 10000},
+        .enter = "Zorb_MediaSubtitleParserTXT::BeginParse -> Enter\n",
+        .loading = "Zorb_MediaSubtitleParserTXT::ParserThread - Enter, data size = %ld, rawbuf: %x\n",
+        .shortRead = "Zorb_MediaSubtitleParserTXT Warning, Read data < Requied Data\n",
+        .finished = "Zorb_MediaSubtitleParserTXT::ParserThread -> Finished : Tag num = %ld, %d\n",
+        .logsTable = true,
+        .scan = scanWith<Scan>,
+    };
+    return kFormat;
 }
 
-SubtitleParserTXT::~SubtitleParserTXT() { releaseFile(*this); }
+}  // namespace vxsubtitle
 
-BOOL SubtitleParserTXT::BeginParse() { return beginParse(*this, kStyle); }
+namespace android {
 
-BOOL SubtitleParserTXT::GetTrackInfo(const U32, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info) {
-    return describeTrack(*this, E_MEDIA_SUBTITLE_PARSER_TYPE_TXT, info);
-}
+using namespace vxsubtitle;
+
+VX_DEFINE_TEXT_PARSER(SubtitleParserTXT, U8)
 
 void* SubtitleParserTXT::ParserTask(void* parser) {
     const char name[16] = "";
@@ -208,34 +231,15 @@ void* SubtitleParserTXT::ParserTask(void* parser) {
 
 void SubtitleParserTXT::ParserThread() {
     m_u8TimeStampTagSizeCase = 0;
-    const bool complete =
-        scanFile(*this, [this](const auto& in, size_t firstUnit) { return Scan(*this, in).run(firstUnit); });
-    if (complete) {
-        logTags(*this, kStyle);
-        raise(bParseFinish);
-    }
-    VX_LOG(kStyle.tag, "Zorb_MediaSubtitleParserTXT::ParserThread -> Finished : Tag num = %ld, %d\n",
-           static_cast<long>(static_cast<S32>(m_u32TagNum)), int{isRaised(bParseFinish)});
+    runScan(*this, formatOf<SubtitleParserTXT>());
 }
 
 U32 SubtitleParserTXT::GetData(const U32, U8* buf, const U32 size, const U32 index) {
     if (!canExtract(*this, buf, index)) return 0;
     takeDataSize(*this);
     copyEntry(*this, index);
-    U8* const work = m_pu8SubtitleBuffer;
-    switch (m_eCodeType) {
-        // kept: UTF-8 is missing, so a file with that mark has entries without text
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE: {
-            const bool oneLine = m_u8TimeStampTagSizeCase == 8 || m_u8TimeStampTagSizeCase == 9;
-            return extract8(WorkText<Bytes>(work), {buf, size}, size, m_u32RawBufferDataSize, !oneLine);
-        }
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
-            return extract16(WorkText<Utf16Le>(work), {buf, size}, outputLimit16(size));
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
-            return extract16(WorkText<Utf16Be>(work), {buf, size}, outputLimit16(size));
-        default:
-            return 0;
-    }
+    const bool oneLine = m_u8TimeStampTagSizeCase == 8 || m_u8TimeStampTagSizeCase == 9;
+    return walkEntry(*this, kRead, Extraction{buf, size, m_u32RawBufferDataSize, oneLine});
 }
 
 }  // namespace android

@@ -5,7 +5,7 @@
 
 #include "subtitle/charset/Charset.h"
 #include "subtitle/system/Log.h"
-#include "subtitle/text/Markup.h"
+#include "subtitle/text/WorkText.h"
 
 namespace vxsubtitle {
 
@@ -20,9 +20,7 @@ void checkEntries(SubtitleParser& parser, const CheckStyle& style) {
         memset(text, 0, kWorkBufferSize);
         parser.GetData(0, text, kWorkBufferSize, index);
         const U32 possible = parser.CheckPossibleEncodings(text);
-        if (style.entry != nullptr) {
-            VX_LOG(style.tag, style.entry, static_cast<long>(index), static_cast<long>(possible));
-        }
+        if (style.entry != nullptr) VX_LOG(style.tag, style.entry, asLong(index), asLong(possible));
         if (possible != kMaybeBig5 && possible != kMaybeGbk) continue;
         parser.m_eCodeType =
             possible == kMaybeBig5 ? E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_BIG5 : E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_GBK;

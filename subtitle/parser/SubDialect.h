@@ -1,47 +1,45 @@
-/// What the dialects of the .sub extension share around their syntax: from the file over the acceptance test to the
-/// scan, and one entry's text. Not installed.
+/// What the dialects of the .sub extension share around their syntax: their records, the acceptance test, and one
+/// entry's text.
 #pragma once
 
-#include "subtitle/parser/EntryText.h"
 #include "subtitle/parser/TextParser.h"
-#include "subtitle/text/NumberScan.h"
+#include "subtitle/text/Numbers.h"
 
 namespace vxsubtitle {
 
-constexpr char kSrtLoading[] = "Zorb_MediaSubtitleParserSRT::ParserThread - Enter, data size = %ld, rawbuf: %x\n";
-constexpr char kSrtWaited[] = "Zorb_MediaSubtitleParserSRT::BeginParse2222222 -> %08x\n";
-
-/// How a dialect's `BeginParse` speaks and waits: without words on the way in, before the wait and on the way out.
-constexpr ParseStyle dialectStyle(const char* tag, const char* loading, const char* waited) {
-    return {
-        tag,
-        nullptr,
-        loading,
-        "Zorb_MediaSubtitleParserSRT Warning, Read data < Requied Data\n",  // kept: the SRT wording in every dialect
-        nullptr,
-        nullptr,
-        waited,
-        nullptr,
-        100000,
-        100000,
-        true,
-        false,
-    };
+/// Fills in what every dialect does alike, as far as the record does not say otherwise: no words on the way in and out,
+/// and those of the SRT parser in between.
+constexpr TextFormat dialect(TextFormat record) {
+    record.shortRead = "Zorb_MediaSubtitleParserSRT Warning, Read data < Requied Data\n";
+    if (record.loading == nullptr) {
+        record.loading = "Zorb_MediaSubtitleParserSRT::ParserThread - Enter, data size = %ld, rawbuf: %x\n";
+    }
+    if (record.worker.waited == nullptr) {
+        record.worker.waited = "Zorb_MediaSubtitleParserSRT::BeginParse2222222 -> %08x\n";
+    }
+    record.countsAnew = false;
+    return record;
 }
+
+/// Where the scan of a file with a UTF-8 mark begins.
+constexpr U32 kOnTheMark = 0;  // kept: so the mark spoils the line that it stands on
 
 /// What an acceptance test makes of one line.
 enum class Verdict { kSkip, kAccept, kRefuse };
 
-/// An acceptance test: `judge` looks at the first character of each line, from `i` on, until it decides. The end of
+/// An acceptance test: a `Judge` looks at the first character of each line, from `i` on, until it decides. The end of
 /// the data refuses the file.
-template <class View, class Judge>
-bool acceptsLine(const View& in, size_t i, Judge judge) {
-    for (i = in.skipSpace(i); in.inside(i); i = in.skipSpace(in.nextLine(i))) {
-        const Verdict verdict = judge(in, i);
-        if (verdict != Verdict::kSkip) return verdict == Verdict::kAccept;
+template <class Judge>
+struct Acceptance {
+    template <class View>
+    bool operator()(const View& in, size_t i) const {
+        for (i = in.skipSpace(i); in.inside(i); i = in.skipSpace(in.nextLine(i))) {
+            const Verdict verdict = Judge{}(in, i);
+            if (verdict != Verdict::kSkip) return verdict == Verdict::kAccept;
+        }
+        return false;
     }
-    return false;
-}
+};
 
 /// A line of no interest; but a digit as its second character speaks for another dialect.
 template <class View>
@@ -49,41 +47,31 @@ Verdict refuseSecondDigit(const View& in, size_t i) {
     return isDigit(in.at(i + 1)) ? Verdict::kRefuse : Verdict::kSkip;
 }
 
-/// Where the scan of marked 16-bit text begins: behind the mark. 8-bit text is scanned from its first byte.
-template <class View>
-constexpr size_t firstUnit(const View&) {
-    return View::kWidth == 2 ? 1 : 0;  // kept: so a UTF-8 mark spoils the line that it stands on
+/// What the dispatcher knows of a dialect.
+struct SubDialect {
+    const char* announcement;  ///< logged before it is tried
+    bool takesFrameRate;       ///< gets the rate that the player set
+
+    SubtitleParser* (*fromPath)(U8* path);
+    SubtitleParser* (*fromDescriptor)(int fd);
+};
+
+/// The row of a dialect's class. Each dialect's source specialises it.
+template <class Parser>
+const SubDialect& subDialectOf();
+
+template <class Parser>
+constexpr SubDialect subDialect(const char* announcement, bool takesFrameRate = false) {
+    return {
+        announcement,
+        takesFrameRate,
+        [](U8* path) -> SubtitleParser* { return new Parser(path); },
+        // the whole file, whatever part was asked for
+        [](int fd) -> SubtitleParser* { return new Parser(fd, 0, 0); },
+    };
 }
 
-/// Adds a tag for the text at `offset`. False when it could not be stored.
-inline bool addTag(SubtitleParser& parser, U32 start, U32 end, S64 offset) {
-    return parser.AddTag(start, end, parser.m_s64RawBufferPosition + offset, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE) !=
-           FALSE;
-}
-
-/// The whole `BeginParse` of a dialect: load the file, tell its encoding by the mark, ask `accepts` on this thread, and
-/// only then scan on the worker's.
-template <class Parser, class Accepts>
-BOOL beginDialect(Parser& parser, const ParseStyle& style, Accepts accepts) {
-    joinWorkerOf(parser);  // of an earlier call
-    if (parser.pFileProcess == nullptr || !openAndLoad(parser, style)) return FALSE;
-    if (parser.m_pu8SubtitleBuffer == nullptr || parser.m_pTagBuffer == nullptr) return FALSE;
-    parser.m_eCodeType = readMark(textOf<Bytes>(parser)).codeType;
-    return accepts() ? runWorker(parser, style) : FALSE;
-}
-
-/// A worker's scan: calls `scan` with the data, if there is any, as text of the parser's encoding. False when a tag
-/// could not be stored.
-template <class Scan>
-bool scanData(SubtitleParser& parser, Scan scan) {
-    return startScan(parser) < 1 || withText(parser, scan);
-}
-
-/// A worker's end: raises the flag of a complete scan and logs `finished` with the tag count (%ld) and the flag (%d).
-/// kept: after a scan that is not complete the flag stays down, so that `BeginParse` fails when its limit has passed.
-void endScan(SubtitleParser& parser, bool complete, const ParseStyle& style, const char* finished);
-
-/// The text of tag `index` as SubViewer 1.0, MicroDVD and, without big-endian text, the DVB subtitle system give it.
+/// The text of tag `index` as SubViewer 1.0, MicroDVD and, without big-endian data, the DVB subtitle system give it.
 U32 extractLine(SubtitleParser& parser, U8* buf, U32 size, U32 index);
 
 /// The same up to the next time stamp instead of the line's end, without a line break at its end.

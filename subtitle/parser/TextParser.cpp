@@ -1,17 +1,86 @@
 #include "subtitle/parser/TextParser.h"
 
-#include <unistd.h>
-
-#include "subtitle/SubtitleFileProcess.h"
 #include "subtitle/system/Log.h"
 
 namespace vxsubtitle {
 
-WorkerSlot workerOf(SubtitleParser& parser) {
-    return {parser.m_threadParser, parser.mWorkerState, parser.bParseFinish};
+namespace {
+
+/// Opens the file source, allocates the buffers and reads the whole file.
+bool load(SubtitleParser& parser, const TextFormat& format) {
+    SubtitleFileProcess& file = *parser.pFileProcess;
+    if (file.Open() < 1) return false;
+    if (parser.Init(file.Length()) != TRUE) return false;
+    VX_LOG(format.worker.tag, format.loading, asLong(static_cast<U32>(parser.m_s64DataTotalSize)),
+           static_cast<U32>(reinterpret_cast<uintptr_t>(parser.m_pu8RawBuffer)));
+    const U64 size = static_cast<U64>(parser.m_s64DataTotalSize);
+    if (file.Read(parser.m_pu8RawBuffer, size) < size) logWords(format.worker, format.shortRead);
+    return true;
 }
 
-void joinWorkerOf(SubtitleParser& parser) { joinWorker(workerOf(parser)); }
+/// Where the scan begins, by the encoding that was told.
+size_t firstUnit(const SubtitleParser& parser, const TextFormat& format) {
+    switch (parser.m_eCodeType) {
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
+            return 1;
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8:
+            return format.utf8FirstUnit;
+        default:
+            return 0;
+    }
+}
+
+/// Whether the loaded data is of this format, where that is asked.
+bool accepted(SubtitleParser& parser, const TextFormat& format) {
+    if (format.accepts == nullptr) return true;
+    if (parser.m_pu8SubtitleBuffer == nullptr || parser.m_pTagBuffer == nullptr) return false;
+    tellEncoding(parser, format);
+    return format.accepts(parser, format.acceptsAtMark ? 0 : firstUnit(parser, format));
+}
+
+}  // namespace
+
+void tellEncoding(SubtitleParser& parser, const TextFormat& format) {
+    parser.m_eCodeType = codeTypeOf(dataOf<Bytes>(parser));
+    if (format.settle != nullptr) format.settle(parser);
+}
+
+BOOL beginParse(SubtitleParser& parser, const TextFormat& format, void* (*main)(void*), void* argument) {
+    joinWorkerOf(parser);  // of an earlier call
+    if (format.countsAnew) parser.m_u32TagNum = 0;
+    logWords(format.worker, format.enter);
+    if (parser.pFileProcess == nullptr) return FALSE;
+    const bool ready = load(parser, format) && accepted(parser, format);
+    const BOOL result = ready ? runWorker(parser, format.worker, main, argument) : FALSE;
+    logWords(format.worker, format.exit);
+    return result;
+}
+
+void runScan(SubtitleParser& parser, const TextFormat& format) {
+    parser.m_s64RawBufferPosition = 0;
+    parser.m_u32RawBufferDataSize = static_cast<U32>(parser.m_s64DataTotalSize);
+    bool complete = true;
+    if (parser.m_s64DataTotalSize > 0) {  // without data the code type stays, and there is nothing to scan
+        if (format.accepts == nullptr) tellEncoding(parser, format);
+        complete = format.scan(parser, firstUnit(parser, format));
+    }
+    if (complete) {
+        if (format.logsTable) logTags(parser, format.worker.tag);
+        // kept: after a scan that is not complete the flag stays down, so that `BeginParse` fails at its limit
+        raiseFlag(parser.bParseFinish);
+        if (format.conclude != nullptr) format.conclude(parser);
+    }
+    VX_LOG(format.worker.tag, format.finished, asLong(parser.m_u32TagNum), int{isRaised(parser.bParseFinish)});
+}
+
+BOOL describeTrack(const SubtitleParser& parser, const TextFormat& format, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info) {
+    if (info != nullptr) {
+        info->eSubtitleType = format.type;
+        info->eCodeType = parser.m_eCodeType;
+    }
+    return TRUE;
+}
 
 void releaseFile(SubtitleParser& parser) {
     joinWorkerOf(parser);
@@ -19,61 +88,6 @@ void releaseFile(SubtitleParser& parser) {
     parser.pFileProcess->Close();
     delete parser.pFileProcess;
     parser.pFileProcess = nullptr;
-}
-
-void logText(const ParseStyle& style, const char* text) {
-    if (text != nullptr) VX_LOG(style.tag, "%s", text);
-}
-
-void logTags(const SubtitleParser& parser, const ParseStyle& style) {
-    constexpr char kRule[] = "\n\n*************************************\n\n";
-    logText(style, kRule);
-    for (U32 i = 0; parser.m_pTagBuffer != nullptr && i < parser.m_u32TagNum; ++i) {
-        const ST_MEDIA_SUBTITLE_PARSER_TAG& tag = parser.m_pTagBuffer[i];
-        VX_LOG(style.tag, "Time = %lu, %lu, %08lx\n", static_cast<unsigned long>(tag.u32TimeStart),
-               static_cast<unsigned long>(tag.u32TimeEnd), static_cast<unsigned long>(static_cast<U32>(tag.s64Pos)));
-    }
-    logText(style, kRule);
-}
-
-bool openAndLoad(SubtitleParser& parser, const ParseStyle& style) {
-    SubtitleFileProcess& file = *parser.pFileProcess;
-    if (file.Open() < 1) return false;
-    if (parser.Init(file.Length()) != TRUE) return false;
-    VX_LOG(style.tag, style.loading, static_cast<long>(static_cast<S32>(parser.m_s64DataTotalSize)),
-           static_cast<U32>(reinterpret_cast<uintptr_t>(parser.m_pu8RawBuffer)));
-    const U64 size = static_cast<U64>(parser.m_s64DataTotalSize);
-    if (file.Read(parser.m_pu8RawBuffer, size) < size) logText(style, style.shortRead);
-    return true;
-}
-
-namespace {
-
-void waitForWorker(SubtitleParser& parser, const ParseStyle& style) {
-    headStart(parser.bParseFinish);
-    const U32 start = parser.GetSystemTime();
-    while (!isRaised(parser.bParseFinish) && parser.GetSystemTime() - start < style.limitMs) usleep(style.periodUs);
-    joinIfOver(workerOf(parser));
-}
-
-}  // namespace
-
-bool mayStart(const SubtitleParser& parser, const ParseStyle& style) {
-    if (style.startsOnce && parser.m_threadParser != 0) return false;
-    return parser.m_pTagBuffer != nullptr && parser.m_pu8SubtitleBuffer != nullptr && parser.m_pu8RawBuffer != nullptr;
-}
-
-BOOL runWorker(SubtitleParser& parser, const ParseStyle& style, void* (*main)(void*), void* argument) {
-    if (!mayStart(parser, style)) return FALSE;
-    if (!startWorker(workerOf(parser), main, argument)) {
-        logText(style, style.createFailed);
-        return FALSE;
-    }
-    logText(style, style.waiting);
-    waitForWorker(parser, style);
-    const bool finished = isRaised(parser.bParseFinish);
-    VX_LOG(style.tag, style.waited, style.waitedShowsFlag ? U32{finished} : U32{parser.m_eFlag});
-    return finished ? TRUE : FALSE;
 }
 
 }  // namespace vxsubtitle

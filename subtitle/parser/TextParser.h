@@ -1,78 +1,100 @@
-/// What every file parser's `BeginParse` does around its format: open, load, wait for the worker. Not installed.
+/// The one pipeline of every text format: open, load, tell the encoding, accept, start, wait, scan, end. A record per
+/// format says what is its own.
 #pragma once
 
-#include "subtitle/SubtitleParser.h"
-#include "subtitle/system/Worker.h"
+#include "subtitle/SubtitleFileProcess.h"
+#include "subtitle/parser/EntryText.h"
+#include "subtitle/parser/ParserWorker.h"
 
 namespace vxsubtitle {
 
-/// How a format's `BeginParse` speaks and waits. Null texts are not logged.
-struct ParseStyle {
-    const char* tag;           ///< log tag: the class name
-    const char* enter;         ///< first line
-    const char* loading;       ///< data size (%ld) and raw buffer address (%x), before the file is read
-    const char* shortRead;     ///< fewer bytes came than the file holds
-    const char* createFailed;  ///< no thread could be created
-    const char* waiting;       ///< before the wait
-    const char* waited;        ///< after the wait, with one %08x: the state word, or the finish flag
-    const char* exit;          ///< last line, on every way out but that without a file source
-    U32 limitMs;               ///< the wait ends when this many milliseconds have passed
-    U32 periodUs;              ///< pause between two looks at the finish flag, microseconds
-    bool startsOnce;           ///< refuses to start when a worker was started before
-    bool waitedShowsFlag;      ///< `waited` shows `bParseFinish` instead of `m_eFlag`
+/// What a text format does in its own way. Null words are not logged; a step that is null is not taken.
+struct TextFormat {
+    EN_MEDIA_SUBTITLE_PARSER_TYPE type = E_MEDIA_SUBTITLE_PARSER_TYPE_INVALID;
+    WorkerStyle worker = {};
+
+    const char* enter = nullptr;      ///< first line of `BeginParse`
+    const char* loading = nullptr;    ///< data size (%ld) and raw buffer address (%x), before the file is read
+    const char* shortRead = nullptr;  ///< fewer bytes came than the file holds
+    const char* exit = nullptr;       ///< last line of `BeginParse`, on every way out but that without a file source
+    const char* finished = nullptr;   ///< last line of the scan: the tag count (%ld) and the finish flag (%d)
+
+    bool countsAnew = true;     ///< forgets the tags of an earlier call before it opens the file
+    U32 utf8FirstUnit = 1;      ///< where the scan of data typed UTF-8 begins; that of UTF-16 begins behind the mark
+    bool logsTable = false;     ///< logs the table of a complete scan
+    bool acceptsAtMark = true;  ///< `accepts` looks at the data from the mark on, not from the first unit on
+
+    /// What becomes of data whose mark is told, before it is accepted.
+    void (*settle)(SubtitleParser& parser) = nullptr;
+
+    /// Whether the data, from that unit on, is of this format: asked on the player's thread, before the worker is
+    /// started. Formats without it take every file, and tell the encoding on the worker's thread.
+    bool (*accepts)(const SubtitleParser& parser, size_t i) = nullptr;
+
+    /// The scan of the data from that unit on. False when a tag could not be stored.
+    bool (*scan)(SubtitleParser& parser, size_t firstUnit) = nullptr;
+
+    /// What a complete scan ends with, once its flag is up.
+    void (*conclude)(SubtitleParser& parser) = nullptr;
 };
 
-WorkerSlot workerOf(SubtitleParser& parser);
+/// The record of a parser class. Each class's source specialises it.
+template <class Parser>
+const TextFormat& formatOf();
 
-/// Waits for the parser's worker, if it has one that was not joined. Call before anything that it uses is freed,
-/// replaced or destroyed; first thing in every concrete destructor, because workers call virtual operations.
-void joinWorkerOf(SubtitleParser& parser);
+/// A step of a format's record: calls a `Step` on the data in its encoding.
+template <class Step>
+bool scanWith(SubtitleParser& parser, size_t firstUnit) {
+    return withData(parser, [&](const auto& in) { return Step{}(parser, in, firstUnit); });
+}
+template <class Step>
+bool acceptsWith(const SubtitleParser& parser, size_t i) {
+    return withData(parser, [&](const auto& in) { return Step{}(in, i); });
+}
+
+/// The stage between loading and accepting: the first bytes tell the code type, and the format settles what becomes of
+/// it.
+void tellEncoding(SubtitleParser& parser, const TextFormat& format);
+
+/// A worker's whole work: the scan, the flag, and what the format does behind it.
+void runScan(SubtitleParser& parser, const TextFormat& format);
+
+/// `BeginParse`: everything up to the result. `main(argument)` is the worker's.
+[[nodiscard]] BOOL beginParse(SubtitleParser& parser, const TextFormat& format, void* (*main)(void*), void* argument);
+
+template <class Parser>
+[[nodiscard]] BOOL beginParse(Parser& parser) {
+    return beginParse(parser, formatOf<Parser>(), &workerMain<Parser>, &parser);
+}
+
+/// The `GetTrackInfo` of every text format: fills the format and the code type, nothing else.
+BOOL describeTrack(const SubtitleParser& parser, const TextFormat& format, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info);
 
 /// Destroys what every file parser's destructor destroys: waits for the worker, closes and deletes the file source.
 void releaseFile(SubtitleParser& parser);
 
-/// Opens the file source, allocates the buffers and reads the whole file. Requires a file source.
-bool openAndLoad(SubtitleParser& parser, const ParseStyle& style);
-
-/// Whether `runWorker` would start a worker: the buffers are there, and it need not be the first.
-bool mayStart(const SubtitleParser& parser, const ParseStyle& style);
-
-/// Starts `main` on the worker thread, waits until the scan has finished or the limit has passed, and joins a worker
-/// that is over. `TRUE` only when the scan has finished.
-BOOL runWorker(SubtitleParser& parser, const ParseStyle& style, void* (*main)(void*), void* argument);
-
-/// Thread entry for a parser class: runs its `ParserTask`; that the worker has ended is its very last store.
-template <class Parser>
-void* workerMain(void* argument) {
-    Parser* const parser = static_cast<Parser*>(argument);
-    Parser::ParserTask(argument);
-    workerEnded(parser->mWorkerState);
-    return nullptr;
-}
-
-template <class Parser>
-BOOL runWorker(Parser& parser, const ParseStyle& style) {
-    return runWorker(parser, style, &workerMain<Parser>, &parser);
-}
-
-/// The whole `BeginParse` of a format that accepts every file.
-template <class Parser>
-BOOL beginParse(Parser& parser, const ParseStyle& style);
-
-void logText(const ParseStyle& style, const char* text);
-
-/// Logs the whole tag table between two rules, a line for each tag.
-void logTags(const SubtitleParser& parser, const ParseStyle& style);
-
-template <class Parser>
-BOOL beginParse(Parser& parser, const ParseStyle& style) {
-    joinWorkerOf(parser);  // of an earlier call
-    parser.m_u32TagNum = 0;
-    logText(style, style.enter);
-    if (parser.pFileProcess == nullptr) return FALSE;
-    const BOOL result = openAndLoad(parser, style) ? runWorker(parser, style) : FALSE;
-    logText(style, style.exit);
-    return result;
+template <class... Arguments>
+SubtitleFileProcess* makeFileSource(Arguments... arguments) {
+    return new SubtitleFileProcess(arguments...);
 }
 
 }  // namespace vxsubtitle
+
+/// Defines what every text parser's class defines alike: the constructors from a path and from a descriptor, the
+/// destructor, and the operations that the pipeline carries out by the class's record.
+#define VX_DEFINE_TEXT_PARSER(Class, PathUnit)                                                                      \
+    Class::Class(PathUnit* path) { pFileProcess = vxsubtitle::makeFileSource(reinterpret_cast<U8*>(path)); }        \
+    Class::Class(int fd, S64 offset, S64 length) { pFileProcess = vxsubtitle::makeFileSource(fd, offset, length); } \
+    Class::~Class() { vxsubtitle::releaseFile(*this); }                                                             \
+    BOOL Class::BeginParse() { return vxsubtitle::beginParse(*this); }                                              \
+    BOOL Class::GetTrackInfo(const U32, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info) {                                \
+        return vxsubtitle::describeTrack(*this, vxsubtitle::formatOf<Class>(), info);                               \
+    }
+
+/// Defines what the worker's thread runs, for a class that does nothing of its own there.
+#define VX_DEFINE_SCAN(Class)                        \
+    void* Class::ParserTask(void* parser) {          \
+        static_cast<Class*>(parser)->ParserThread(); \
+        return nullptr;                              \
+    }                                                \
+    void Class::ParserThread() { vxsubtitle::runScan(*this, vxsubtitle::formatOf<Class>()); }

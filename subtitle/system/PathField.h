@@ -19,4 +19,10 @@ void storePath(Byte (&field)[512], const U8* path) {
     memcpy(field, text, strnlen(text, sizeof field));  // kept: 512 bytes and more leave no terminator
 }
 
+/// What the field holds, with the terminator that a long path leaves out.
+struct Path {
+    explicit Path(const char (&field)[512]) { memcpy(text, field, sizeof field); }
+    char text[513] = {};
+};
+
 }  // namespace vxsubtitle

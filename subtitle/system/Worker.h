@@ -24,7 +24,7 @@ struct WorkerSlot {
 };
 
 inline bool isRaised(const U8& flag) { return __atomic_load_n(&flag, __ATOMIC_ACQUIRE) != 0; }
-inline void raise(U8& flag) { __atomic_store_n(&flag, U8{1}, __ATOMIC_RELEASE); }
+inline void raiseFlag(U8& flag) { __atomic_store_n(&flag, U8{1}, __ATOMIC_RELEASE); }
 inline void workerEnded(U8& state) { __atomic_store_n(&state, U8{kWorkerEnded}, __ATOMIC_RELEASE); }
 
 /// Starts `main(argument)` on a thread of its own with a stack of 65536 bytes. False when no thread could be

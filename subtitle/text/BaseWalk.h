@@ -12,7 +12,7 @@ public:
     using Unit = typename Enc::Unit;
 
     /// `span`: bytes up to the next entry; `sizeLimit`: output units after which the walk stops.
-    BaseWalk(U8* work, U8* buf, U32 size, U32 span, U32 sizeLimit)
+    BaseWalk(WorkText<Enc> work, U8* buf, U32 size, U32 span, U32 sizeLimit)
         : mIn(work), mOut(buf, size), mSpan(span), mLimit(sizeLimit) {}
 
     /// 8-bit text. `big5`: keep double-byte pairs whole and drop stray high bytes.

@@ -1,4 +1,4 @@
-/// Bounded views of a file's text: one template over 8-bit, UTF-16 LE and UTF-16 BE.
+/// Bounded views of a file's data: one template over 8-bit, UTF-16 LE and UTF-16 BE.
 ///
 /// Indices count units. Whatever lies behind the data reads 0, so a scan needs no bound of its own, and an index
 /// may run past the end: a recorded position stays plain arithmetic.
@@ -31,6 +31,7 @@ constexpr Unit upperCase(Unit unit) {
 /// little-endian); big-endian text differs in its literals alone.
 struct Bytes {
     using Unit = U8;
+    static constexpr bool kBigEndian = false;
     static Unit load(const U8* p) { return *p; }
     static void store(U8* p, Unit u) { *p = u; }
     static constexpr Unit lit(char c) { return static_cast<U8>(c); }
@@ -39,6 +40,7 @@ struct Bytes {
 
 struct Utf16Le {
     using Unit = U16;
+    static constexpr bool kBigEndian = false;
     static Unit load(const U8* p) { return static_cast<U16>(p[0] | p[1] << 8); }
     static void store(U8* p, Unit u) {
         p[0] = static_cast<U8>(u);
@@ -49,9 +51,23 @@ struct Utf16Le {
 };
 
 struct Utf16Be : Utf16Le {
+    static constexpr bool kBigEndian = true;
     static constexpr Unit lit(char c) { return static_cast<U16>(static_cast<U8>(c) << 8); }
     static constexpr Unit native(Unit u) { return static_cast<U16>(u << 8 | u >> 8); }
 };
+
+/// Calls `use` with the encoding of data of a code type: 8-bit, unless that is one of UTF-16. The one place that asks.
+template <class Use>
+auto withEncoding(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, Use use) {
+    switch (codeType) {
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
+            return use(Utf16Le{});
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
+            return use(Utf16Be{});
+        default:
+            return use(Bytes{});
+    }
+}
 
 template <class Enc>
 constexpr bool isCr(typename Enc::Unit u) {
@@ -161,7 +177,7 @@ public:
 
     /// From `i` to the start of the next line.
     size_t nextLine(size_t i) const {
-        if constexpr (Enc::lit('\n') == kLf) {
+        if constexpr (!Enc::kBigEndian) {
             return pastLineEnds(toLineEnd(i));
         } else {
             // kept: big-endian lines end with CR and the next LF, however far; LF alone ends none
@@ -177,19 +193,12 @@ private:
     size_t mSize;
 };
 
-/// What the first bytes of a file tell.
-struct Mark {
-    EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType;  ///< NATIVE without a byte-order mark
-    size_t firstUnit;                             ///< where the scan of a marked file begins: 0 or 1
-};
-
-/// FF FE: UTF-16 LE, FE FF: UTF-16 BE, EF BB BF: UTF-8, anything else: NATIVE.
-inline Mark readMark(const TextView<Bytes>& in) {
-    if (in.at(0) == 0xFF && in.at(1) == 0xFE) return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE, 1};
-    if (in.at(0) == 0xFE && in.at(1) == 0xFF) return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG, 1};
-    // kept: only the first byte of the three-byte mark is stepped over; its rest spoils the first line
-    if (in.at(0) == 0xEF && in.at(1) == 0xBB && in.at(2) == 0xBF) return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8, 1};
-    return {E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0};
+/// What the byte-order mark of `in` tells: FF FE: UTF-16 LE, FE FF: UTF-16 BE, EF BB BF: UTF-8, anything else: NATIVE.
+inline EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeTypeOf(const TextView<Bytes>& in) {
+    if (in.at(0) == 0xFF && in.at(1) == 0xFE) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE;
+    if (in.at(0) == 0xFE && in.at(1) == 0xFF) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
+    if (in.at(0) == 0xEF && in.at(1) == 0xBB && in.at(2) == 0xBF) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8;
+    return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;
 }
 
 }  // namespace vxsubtitle

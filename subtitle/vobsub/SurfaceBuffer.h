@@ -6,8 +6,8 @@
 #include <ui/GraphicBufferMapper.h>
 #include <ui/Rect.h>
 
-#include "subtitle/vobsub/Blit.h"
 #include "subtitle/system/Log.h"
+#include "subtitle/vobsub/Blit.h"
 
 namespace vxsubtitle {
 
