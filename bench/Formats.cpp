@@ -21,10 +21,10 @@ const std::vector<Format> formats = {
     row<SubtitleParserSSA>("SSA", ssaFilm),
     row<SubtitleParserSMI>("SAMI", smiFilm),
     row<SubtitleParserTXT>("TXT", txtFilm),
-    row<SubtitleParserSubViewer20, scanMarked>("SubViewer 2.0", subViewer20Film, kEightBit | kUtf16Le),
-    row<SubtitleParserSubViewer10, scanMarked>("SubViewer 1.0", subViewer10Film),
-    row<SubtitleParserSubMicroDVD, scanMarked>("MicroDVD", microDvdFilm),
-    row<SubtitleParserSubDvbSubtitleSystem, scanMarked>("DVB subtitle system", dvbFilm, kEightBit | kUtf16Le),
+    row<SubtitleParserSubViewer20>("SubViewer 2.0", subViewer20Film, kEightBit | kUtf16Le),
+    row<SubtitleParserSubViewer10>("SubViewer 1.0", subViewer10Film),
+    row<SubtitleParserSubMicroDVD>("MicroDVD", microDvdFilm),
+    row<SubtitleParserSubDvbSubtitleSystem>("DVB subtitle system", dvbFilm, kEightBit | kUtf16Le),
 };
 
 std::string encode(const Format& format, Encoding encoding, size_t size) {

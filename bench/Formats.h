@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "subtitle/parser/EntryText.h"
+#include "subtitle/parser/TextParser.h"
 
 namespace bench {
 
@@ -35,20 +35,8 @@ std::unique_ptr<SubtitleParser> load(const Format& format, const std::string& da
 /// The same, scanned.
 std::unique_ptr<SubtitleParser> loadAndScan(const Format& format, const std::string& data);
 
-template <class Parser>
-void scanAll(Parser& parser) {
-    parser.ParserThread();
-}
-
-/// For formats whose `BeginParse` tells the encoding by the mark before the worker starts.
-template <class Parser>
-void scanMarked(Parser& parser) {
-    parser.m_eCodeType = vxsubtitle::readMark(vxsubtitle::textOf<vxsubtitle::Bytes>(parser)).codeType;
-    parser.ParserThread();
-}
-
 /// The row of a format whose parser is `Parser`.
-template <class Parser, void (*scan)(Parser&) = scanAll<Parser>>
+template <class Parser>
 Format row(const char* name, std::string (*film)(size_t), unsigned encodings = kEveryEncoding) {
     using Base = std::unique_ptr<SubtitleParser>;
     return {
@@ -60,7 +48,10 @@ Format row(const char* name, std::string (*film)(size_t), unsigned encodings = k
             using Path = std::conditional_t<std::is_constructible_v<Parser, char*>, char*, U8*>;
             return std::make_unique<Parser>(reinterpret_cast<Path>(path));
         },
-        [](SubtitleParser& parser) { scan(static_cast<Parser&>(parser)); },
+        [](SubtitleParser& parser) {
+            vxsubtitle::prepareScan(parser, vxsubtitle::formatOf<Parser>());
+            static_cast<Parser&>(parser).ParserThread();
+        },
     };
 }
 

@@ -169,7 +169,7 @@ GuardClosed::GuardClosed(const SubtitleParser& parser)
 
 GuardClosed::~GuardClosed() { ASAN_UNPOISON_MEMORY_REGION(mBegin, mSize); }
 
-void scanNumbersAtEnds(SubtitleParser& parser) {
+void readNumbersAtEnds(SubtitleParser& parser) {
     const U32 size = parser.mRawBufferLimit;
     for (const U32 back : {size, U32{8}, U32{1}, U32{0}}) {
         if (back > size) continue;

@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-#include "subtitle/parser/EntryText.h"
+#include "subtitle/parser/TextParser.h"
 
 namespace fuzz {
 
@@ -92,34 +92,21 @@ private:
 };
 
 /// The operation that reads through a bare pointer, at the start of the data and around its end.
-void scanNumbersAtEnds(SubtitleParser& parser);
+void readNumbersAtEnds(SubtitleParser& parser);
 
-/// What `BeginParse` does between loading and the scan: nothing, for most formats.
+/// The scan on the calling thread, in buffers that hold exactly the input; no file, no worker. Acceptance tests are
+/// left out: the scan has to bear whatever it gets; `onDescriptor` has them.
 template <class Parser>
-bool acceptAll(Parser&) {
-    return true;
-}
-
-/// For formats that tell the encoding by the mark before the scan. Their acceptance tests are left out: the scan has
-/// to bear whatever it gets; `onDescriptor` has them.
-template <class Parser>
-bool acceptMarked(Parser& parser) {
-    parser.m_eCodeType = vxsubtitle::readMark(vxsubtitle::textOf<vxsubtitle::Bytes>(parser)).codeType;
-    return true;
-}
-
-/// The scan on the calling thread, in buffers that hold exactly the input; no file, no worker. There is no scan when
-/// `accept` answers false.
-template <class Parser, bool (*accept)(Parser&) = acceptAll<Parser>>
 void inMemory(Input in) {
     Parser parser(-1, 0, 0);
     if (!load(parser, in)) return;
     {
         const GuardClosed closed(parser);
-        if (accept(parser)) parser.ParserThread();
+        vxsubtitle::prepareScan(parser, vxsubtitle::formatOf<Parser>());
+        parser.ParserThread();
         askInEveryLanguage(parser, in);
     }
-    scanNumbersAtEnds(parser);
+    readNumbersAtEnds(parser);
 }
 
 /// The player's whole calling order on a descriptor.
@@ -129,9 +116,9 @@ void onDescriptor(Input in) {
     play(std::make_unique<Parser>(file.fd(), 0, static_cast<S64>(in.size)), in);
 }
 
-template <class Parser, bool (*accept)(Parser&) = acceptAll<Parser>>
+template <class Parser>
 std::vector<Driver> bothDrivers() {
-    return {{"memory", inMemory<Parser, accept>}, {"player", onDescriptor<Parser>}};
+    return {{"memory", inMemory<Parser>}, {"player", onDescriptor<Parser>}};
 }
 
 /// Takes --driver=NAME out of the arguments; ends the program for --drivers and for a name that there is not.

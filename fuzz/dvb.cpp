@@ -3,6 +3,4 @@
 
 #include "fuzz/Drivers.h"
 
-const std::vector<fuzz::Driver> fuzz::drivers =
-    fuzz::bothDrivers<android::SubtitleParserSubDvbSubtitleSystem,
-                      fuzz::acceptMarked<android::SubtitleParserSubDvbSubtitleSystem>>();
+const std::vector<fuzz::Driver> fuzz::drivers = fuzz::bothDrivers<android::SubtitleParserSubDvbSubtitleSystem>();

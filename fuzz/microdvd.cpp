@@ -3,5 +3,4 @@
 
 #include "fuzz/Drivers.h"
 
-const std::vector<fuzz::Driver> fuzz::drivers =
-    fuzz::bothDrivers<android::SubtitleParserSubMicroDVD, fuzz::acceptMarked<android::SubtitleParserSubMicroDVD>>();
+const std::vector<fuzz::Driver> fuzz::drivers = fuzz::bothDrivers<android::SubtitleParserSubMicroDVD>();

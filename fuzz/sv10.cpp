@@ -3,5 +3,4 @@
 
 #include "fuzz/Drivers.h"
 
-const std::vector<fuzz::Driver> fuzz::drivers =
-    fuzz::bothDrivers<android::SubtitleParserSubViewer10, fuzz::acceptMarked<android::SubtitleParserSubViewer10>>();
+const std::vector<fuzz::Driver> fuzz::drivers = fuzz::bothDrivers<android::SubtitleParserSubViewer10>();

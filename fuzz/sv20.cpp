@@ -3,5 +3,4 @@
 
 #include "fuzz/Drivers.h"
 
-const std::vector<fuzz::Driver> fuzz::drivers =
-    fuzz::bothDrivers<android::SubtitleParserSubViewer20, fuzz::acceptMarked<android::SubtitleParserSubViewer20>>();
+const std::vector<fuzz::Driver> fuzz::drivers = fuzz::bothDrivers<android::SubtitleParserSubViewer20>();

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "subtitle/text/NumberScan.h"
+#include "subtitle/text/TimeStamps.h"
 #include "tests/support/Interpose.h"
 
 namespace vxsubtitle {
@@ -13,69 +13,29 @@ namespace {
 
 constexpr U32 kUntouched = 77;
 
-/// The usual spelling of a time stamp, the format that it stands for, and how many numbers are in it.
-struct Srt {
-    static constexpr char kShape[] = "00:00:00,000 --> 00:00:00,000";
-    static constexpr char kFormat[] = "%u:%u:%u,%u --> %u:%u:%u,%u";
-    static constexpr U32 kNumbers = 8;
-};
-
-struct Ssa {
-    static constexpr char kShape[] = "0:00:00.00,0:00:00.00";
-    static constexpr char kFormat[] = "%u:%u:%u.%u,%u:%u:%u.%u";
-    static constexpr U32 kNumbers = 8;
-};
-
-struct Txt {
-    static constexpr char kShape[] = "00:00:00,0=";
-    static constexpr char kFormat[] = "%u:%u:%u,%u=";
-    static constexpr U32 kNumbers = 4;
-};
-
-struct SubViewer20 {
-    static constexpr char kShape[] = "00:00:00.00,00:00:00.00";
-    static constexpr char kFormat[] = "%u:%u:%u.%u,%u:%u:%u.%u";
-    static constexpr U32 kNumbers = 8;
-};
-
-struct SubViewer10 {
-    static constexpr char kShape[] = "[00:00:00]";
-    static constexpr char kFormat[] = "[%u:%u:%u]";
-    static constexpr U32 kNumbers = 3;
-};
-
-struct DvbSubtitleSystem {
-    static constexpr char kShape[] = "00:00:00:00 00:00:00:00 ";
-    static constexpr char kFormat[] = "%u:%u:%u:%u %u:%u:%u:%u";
-    static constexpr U32 kNumbers = 8;
-};
-
 template <class Spelling>
 struct Numbers {
     Numbers() { std::fill(v, std::end(v), kUntouched); }
     bool operator==(const Numbers& other) const { return std::equal(v, std::end(v), other.v); }
-    U32 v[Spelling::kNumbers];
+    U32 v[TimeStamp<Spelling>::kNumbers];
 };
 
-/// Whether `text` has the shape, the same in all encodings. Where it has, the numbers are the scanner's, also from the
-/// narrowed text of the 16-bit formats; where it has not, no number is touched.
+/// Whether `text` has the shape, the same in all encodings. Where it has, the numbers are those under the format, also
+/// from the narrowed text of the 16-bit formats; where it has not, the columns refuse it.
 template <class Spelling, class Enc>
 bool readIn(const std::string& text) {
     const std::vector<U8> exact(text.begin(), text.end());  // a read behind the end is seen
     const TextView<Enc> in(exact.data(), exact.size());
     Numbers<Spelling> columns;
-    if (!scanColumns(in, 0, Spelling::kShape, columns.v)) {
-        EXPECT_EQ(columns, Numbers<Spelling>());
-        return false;
-    }
-    Numbers<Spelling> scanned;
-    EXPECT_TRUE(scanLine<sizeof Spelling::kShape - 1>(in, 0, Spelling::kFormat, scanned.v));
-    EXPECT_EQ(columns, scanned);
+    if (!readColumns(in, 0, Spelling::kShape, columns.v)) return false;
+    Numbers<Spelling> byFormat;
+    EXPECT_TRUE(readNarrowed<TimeStamp<Spelling>::kLength>(in, 0, Spelling::kFormat, byFormat.v));
+    EXPECT_EQ(columns, byFormat);
     return true;
 }
 
 template <class Spelling>
-class ScanColumns : public testing::Test {
+class ReadColumns : public testing::Test {
 protected:
     static bool isRead(const std::string& text) {
         SCOPED_TRACE(text);
@@ -98,10 +58,11 @@ protected:
     const std::string line = digits();
 };
 
-using Spellings = testing::Types<Srt, Ssa, Txt, SubViewer20, SubViewer10, DvbSubtitleSystem>;
-TYPED_TEST_SUITE(ScanColumns, Spellings);
+using Spellings =
+    testing::Types<SrtSpelling, SsaSpelling, TxtSpelling, SubViewer20Spelling, SubViewer10Spelling, DvbSpelling>;
+TYPED_TEST_SUITE(ReadColumns, Spellings);
 
-TYPED_TEST(ScanColumns, ReadsTheShape) {
+TYPED_TEST(ReadColumns, ReadsTheShape) {
     EXPECT_TRUE(this->isRead(this->line));
     EXPECT_TRUE(this->isRead(this->line + "\r\n"));
     EXPECT_TRUE(this->isRead(this->line + " X1:40"));
@@ -111,7 +72,7 @@ TYPED_TEST(ScanColumns, ReadsTheShape) {
     EXPECT_TRUE(this->isRead(same));
 }
 
-TYPED_TEST(ScanColumns, LeavesOtherSpellingsAlone) {
+TYPED_TEST(ReadColumns, LeavesOtherSpellingsAlone) {
     EXPECT_FALSE(this->isRead("")) << "no data";
     EXPECT_FALSE(this->isRead(this->line.substr(0, this->line.size() - 1))) << "a character short";
     EXPECT_FALSE(this->isRead(this->line + "0")) << "goes on with a digit";
@@ -119,7 +80,7 @@ TYPED_TEST(ScanColumns, LeavesOtherSpellingsAlone) {
     EXPECT_FALSE(this->isRead(this->line.substr(1))) << "less in front";
 }
 
-TYPED_TEST(ScanColumns, EveryOtherCharacterAtEveryPlaceIsSeen) {
+TYPED_TEST(ReadColumns, EveryOtherCharacterAtEveryPlaceIsSeen) {
     for (size_t i = 0; i < this->line.size(); ++i) {
         for (int c = 0; c < 256; ++c) {
             std::string other = this->line;
@@ -130,7 +91,7 @@ TYPED_TEST(ScanColumns, EveryOtherCharacterAtEveryPlaceIsSeen) {
     }
 }
 
-TYPED_TEST(ScanColumns, TakesWideUnitsForNoDigits) {
+TYPED_TEST(ReadColumns, TakesWideUnitsForNoDigits) {
     const size_t digit = 2 * this->line.find_first_of("0123456789");
     std::string wide = test::utf16le(this->line, false);
     wide[digit + 1] = '1';  // U+3131
@@ -143,19 +104,17 @@ TYPED_TEST(ScanColumns, TakesWideUnitsForNoDigits) {
     EXPECT_TRUE((readIn<TypeParam, Utf16Be>(test::utf16be(this->line, false) + "91")));
 }
 
-TEST(ScanColumnsOf, NeedsAsManyNumbersAsTheShapeHas) {
+TEST(ReadColumnsOf, NeedsAsManyNumbersAsTheShapeHas) {
     const std::string text = "1:2";
     const TextView<Bytes> in(reinterpret_cast<const U8*>(text.data()), text.size());
     U32 one[1] = {kUntouched};
     U32 two[2] = {kUntouched, kUntouched};
     U32 three[3] = {kUntouched, kUntouched, kUntouched};
-    EXPECT_FALSE(scanColumns(in, 0, "0:0", one));
-    EXPECT_TRUE(scanColumns(in, 0, "0:0", two));
-    EXPECT_FALSE(scanColumns(in, 0, "0:0", three));
-    EXPECT_EQ(one[0], kUntouched);
+    EXPECT_FALSE(readColumns(in, 0, "0:0", one));
+    EXPECT_TRUE(readColumns(in, 0, "0:0", two));
+    EXPECT_FALSE(readColumns(in, 0, "0:0", three));
     EXPECT_EQ(two[0], 1U);
     EXPECT_EQ(two[1], 2U);
-    EXPECT_EQ(three[2], kUntouched);
 }
 
 // The bytes that are nearly a line end must not be taken for one, whatever stands in front of them in the word.

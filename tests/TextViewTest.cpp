@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "subtitle/text/NumberScan.h"
 #include "subtitle/text/Markup.h"
+#include "subtitle/text/TimeStamps.h"
 #include "tests/support/Interpose.h"
 
 namespace {
@@ -232,40 +232,37 @@ TEST(TextView, SkipsToAUnit) {
     EXPECT_EQ(2u, odd->toUnit(0, '?'));
 }
 
-TEST(ReadMark, TellsTheEncoding) {
+TEST(CodeTypeOf, TellsTheEncodingByTheMark) {
     const struct {
         std::string_view in;
         EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType;
-        size_t firstUnit;
     } kRows[] = {
         {"\xFF\xFE"
          "A\0"sv,
-         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE, 1},
-        {"\xFF\xFE", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE, 1},
-        {"\xFE\xFF\0A"sv, E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG, 1},
+         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE},
+        {"\xFF\xFE", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE},
+        {"\xFE\xFF\0A"sv, E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG},
         {"\xEF\xBB\xBF"
          "A",
-         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8, 1},  // one byte of the mark
-        {"\xEF\xBB\xBF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8, 1},
+         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8},
+        {"\xEF\xBB\xBF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8},
         {"\xEF\xBB"
          "A",
-         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
-        {"\xEF\xBB", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
-        {"\xEF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
-        {"\xFF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
-        {"\xFF\xFF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
+         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
+        {"\xEF\xBB", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
+        {"\xEF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
+        {"\xFF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
+        {"\xFF\xFF", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
         {"\xFF"
          "A",
-         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
-        {"\xFE\xFE", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
-        {"A\xFF\xFE", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
-        {"", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE, 0},
+         E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
+        {"\xFE\xFE", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
+        {"A\xFF\xFE", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
+        {"", E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE},
     };
     for (const auto& row : kRows) {
         const Viewed<Bytes> in(row.in);
-        const Mark mark = readMark(*in);
-        EXPECT_EQ(row.codeType, mark.codeType) << row.in;
-        EXPECT_EQ(row.firstUnit, mark.firstUnit) << row.in;
+        EXPECT_EQ(row.codeType, codeTypeOf(*in)) << row.in;
     }
 }
 
@@ -274,7 +271,7 @@ TEST(ReadMark, TellsTheEncoding) {
 TEST(ScanAll, ReadsWithinTheView) {
     const Viewed<Bytes> in("x12:34");
     U32 values[2] = {77, 77};
-    EXPECT_TRUE(scanAll(*in, 1, "%u:%u", values));
+    EXPECT_TRUE(readAll(*in, 1, "%u:%u", values));
     EXPECT_EQ(12u, values[0]);
     EXPECT_EQ(34u, values[1]);
 }
@@ -283,23 +280,23 @@ TEST(ScanAll, FailsAtTheEndOfTheView) {
     for (const size_t from : {size_t{4}, size_t{6}, size_t{7}, size_t{1000}, SIZE_MAX - 50}) {
         const Viewed<Bytes> in("x12:34");
         U32 values[2] = {77, 77};
-        EXPECT_FALSE(scanAll(*in, from, "%u:%u", values)) << from;
+        EXPECT_FALSE(readAll(*in, from, "%u:%u", values)) << from;
     }
 }
 
 TEST(ScanAll, KeepsValuesThatWereNotReached) {
     const Viewed<Bytes> in("5:x");
     U32 values[3] = {77, 77, 77};
-    EXPECT_FALSE(scanAll(*in, 0, "%u:%u:%u", values));
+    EXPECT_FALSE(readAll(*in, 0, "%u:%u:%u", values));
     EXPECT_EQ((std::vector<U32>{5, 0, 77}), std::vector<U32>(values, values + 3));
 }
 
 TEST(ScanAll, WantsExactlyAsManyConversionsAsValues) {
     const Viewed<Bytes> in("1 2 3");
     U32 two[2] = {};
-    EXPECT_TRUE(scanAll(*in, 0, "%u %u %u", two)) << "a third conversion has no slot and ends the scan";
+    EXPECT_TRUE(readAll(*in, 0, "%u %u %u", two)) << "a third conversion has no slot and ends the scan";
     U32 three[3] = {};
-    EXPECT_FALSE(scanAll(*in, 0, "%u %u", three));
+    EXPECT_FALSE(readAll(*in, 0, "%u %u", three));
 }
 
 TEST(Milliseconds, CountWrapping) {
@@ -310,33 +307,33 @@ TEST(Milliseconds, CountWrapping) {
     EXPECT_EQ(0xFFFFFFFFu, milliseconds(0, 0, 0, 0xFFFFFFFF));
 }
 
-TEST(NarrowText, PutsTheZeroAtItsIndex) {
+TEST(Narrowed, PutsTheZeroAtItsIndex) {
     const Viewed<Utf16Le> in(
         "1\0"
         "2\0"
         "3\0"
         "4\0"
         "5\0"s);
-    const NarrowText<3> all(*in, 1);
+    const Narrowed<3> all(*in, 1);
     EXPECT_EQ("234\0"s.substr(0, 3), std::string({char(all.at(0)), char(all.at(1)), char(all.at(2))}));
     EXPECT_EQ(0, all.at(3));
     EXPECT_EQ(0, all.at(6));
     EXPECT_EQ(0, all.at(7));
     EXPECT_EQ(0, all.at(SIZE_MAX));
-    const NarrowText<3> fewer(*in, 1, 2);
+    const Narrowed<3> fewer(*in, 1, 2);
     EXPECT_EQ('3', fewer.at(1));
     EXPECT_EQ(0, fewer.at(2));
-    const NarrowText<3> more(*in, 1, 100);
+    const Narrowed<3> more(*in, 1, 100);
     EXPECT_EQ('4', more.at(2));
     EXPECT_EQ(0, more.at(3));
 }
 
-TEST(NarrowText, WideUnitsPushTheRestBehindTheZero) {
+TEST(Narrowed, WideUnitsPushTheRestBehindTheZero) {
     const Viewed<Utf16Le> little(
         "\x2D\x4E"
         "1\0"
         "2\0"s);
-    const NarrowText<3> text(*little, 0);
+    const Narrowed<3> text(*little, 0);
     EXPECT_EQ(0x2D, text.at(0));
     EXPECT_EQ(0x4E, text.at(1));
     EXPECT_EQ('1', text.at(2));
@@ -344,14 +341,14 @@ TEST(NarrowText, WideUnitsPushTheRestBehindTheZero) {
     EXPECT_EQ(0, text.at(4));
 
     const Viewed<Utf16Le> wide("\x2D\x4E\x2E\x4F\x2F\x50"s);
-    const NarrowText<3> pushed(*wide, 0);
+    const Narrowed<3> pushed(*wide, 0);
     EXPECT_EQ(0, pushed.at(3));
     EXPECT_EQ(0x2F, pushed.at(4)) << "what was pushed there";
     EXPECT_EQ(0x50, pushed.at(5));
     EXPECT_EQ(0, pushed.at(6));
 
     const Viewed<Utf16Be> big("\x4E\x2D\0001\0002"s);
-    const NarrowText<3> swapped(*big, 0);
+    const Narrowed<3> swapped(*big, 0);
     EXPECT_EQ(0x2D, swapped.at(0));
     EXPECT_EQ(0x4E, swapped.at(1));
     EXPECT_EQ('1', swapped.at(2));

@@ -14,73 +14,71 @@ struct Extraction {
     U32 span;    ///< bytes up to the next entry
     U32 copied;  ///< bytes in the work buffer; of 16-bit text only whole units count
 
-    /// 8-bit text without its markup until `ends`, a 0 or the size limit. False when the text ended behind a tag,
-    /// without a terminating 0.
-    template <class Ends>
-    bool walk(WorkText<Bytes>& in, TextSink<U8>& out, U32 limit, Ends ends) const {
+    /// 8-bit text without its markup, 16-bit text with it, until `ends`, a 0 or the size limit; `trim` has the last
+    /// word. A text that ends behind a tag is neither trimmed nor terminated.
+    template <class Ends, class Trim>
+    U32 walk(WorkText<Bytes> in, U32 limit, Ends ends, Trim trim) const {
         const U32 dataSize = parser.m_u32SubtitleBufferDataSize;
         Markup<Bytes> markup(dataSize, span);
-        U32 at = 0;
-        while (at < dataSize && out.count() < limit && in.at(at) != 0 && !ends(in, at)) {
-            if (!markup.step(in, at, out)) return false;
+        TextSink<U8> out(buf, size);
+        for (U32 at = 0; at < dataSize && out.count() < limit && in.at(at) != 0 && !ends(in, at);) {
+            if (!markup.step(in, at, out)) return out.count();
         }
-        return true;
+        trim(out);
+        return out.finish();
     }
-
-    /// 16-bit text keeps its markup.
-    template <class Ends>
-    void walk(const WorkText<Utf16Le>& in, TextSink<U16>& out, U32 limit, Ends ends) const {
+    template <class Ends, class Trim>
+    U32 walk(WorkText<Utf16Le> in, U32 limit, Ends ends, Trim trim) const {
+        TextSink<U16> out(buf, size);
         copyUntil(in, 0, copied / 2, out, limit, [&](U32 i) { return ends(in, i); });
+        trim(out);
+        return out.finish();
+    }
+};
+
+struct AtLineBreak {
+    template <class Enc>
+    bool operator()(const WorkText<Enc>& in, U32 i) const {
+        return atLineBreak(in, i);
     }
 };
 
 struct Line : Extraction {
-    U32 operator()(WorkText<Bytes> in) const {
-        TextSink<U8> out(buf, size);
-        return walk(in, out, outputLimit8(size), atLineBreak<Bytes>) ? out.finish() : out.count();
-    }
-    U32 operator()(WorkText<Utf16Le> in) const {
-        TextSink<U16> out(buf, size);
-        walk(in, out, outputLimit16(size), atLineBreak<Utf16Le>);
-        return out.finish();
-    }
+    U32 operator()(WorkText<Bytes> in) const { return walk(in, outputLimit8(size), AtLineBreak{}, [](auto&) {}); }
+    U32 operator()(WorkText<Utf16Le> in) const { return walk(in, outputLimit16(size), AtLineBreak{}, [](auto&) {}); }
     U32 operator()(WorkText<Utf16Be> in) const {
         return copyFirstLine(in, {buf, size}, copied / 2, outputLimit16(size));
     }
 };
 
-/// Digit, digit, ':' three times, digit, digit at `i`.
-template <class Enc>
-bool atTimeStamp(const WorkText<Enc>& in, U32 i) {
-    for (U32 k = 0; k < 11; ++k) {
-        const auto unit = in.at(i + k);
-        if (k % 3 == 2 ? unit != ':' : !isDigit(unit)) return false;
+/// Digit, digit, ':' three times, digit, digit.
+struct AtTimeStamp {
+    template <class Enc>
+    bool operator()(const WorkText<Enc>& in, U32 i) const {
+        for (U32 k = 0; k < 11; ++k) {
+            const auto unit = in.at(i + k);
+            if (k % 3 == 2 ? unit != ':' : !isDigit(unit)) return false;
+        }
+        return true;
     }
-    return true;
-}
+};
 
 /// Takes a line break, of one character or two, from the end of the output.
-template <class Unit>
-void cutLineBreak(TextSink<Unit>& out) {
-    const auto isBreak = [&](U32 fromEnd) { return out.back(fromEnd) == kCr || out.back(fromEnd) == kLf; };
-    if (out.count() < 2 || !isBreak(1)) return;  // kept: a line break alone stays
-    // kept: of two characters one stays, even when both are line breaks
-    out.cut(out.count() - (out.count() > 2 && isBreak(2) ? 2 : 1));
-}
+struct CutLineBreak {
+    template <class Unit>
+    void operator()(TextSink<Unit>& out) const {
+        const auto isBreak = [&](U32 fromEnd) { return out.back(fromEnd) == kCr || out.back(fromEnd) == kLf; };
+        if (out.count() < 2 || !isBreak(1)) return;  // kept: a line break alone stays
+        // kept: of two characters one stays, even when both are line breaks
+        out.cut(out.count() - (out.count() > 2 && isBreak(2) ? 2 : 1));
+    }
+};
 
 struct ToTimeStamp : Extraction {
-    U32 operator()(WorkText<Bytes> in) const {
-        TextSink<U8> out(buf, size);
-        if (!walk(in, out, outputLimit8(size), atTimeStamp<Bytes>)) return out.count();
-        cutLineBreak(out);
-        return out.finish();
-    }
+    U32 operator()(WorkText<Bytes> in) const { return walk(in, outputLimit8(size), AtTimeStamp{}, CutLineBreak{}); }
     U32 operator()(WorkText<Utf16Le> in) const {
-        TextSink<U16> out(buf, size);
         const U32 limit = size >= 6 ? size / 2 - 2 : 0;  // kept: one unit more than the other extractions
-        walk(in, out, limit, atTimeStamp<Utf16Le>);
-        cutLineBreak(out);
-        return out.finish();
+        return walk(in, limit, AtTimeStamp{}, CutLineBreak{});
     }
     U32 operator()(WorkText<Utf16Be>) const { return 0; }
 };

@@ -56,6 +56,11 @@ bool acceptsWith(const SubtitleParser& parser, size_t i) {
 /// it.
 void tellEncoding(SubtitleParser& parser, const TextFormat& format);
 
+/// What the player's thread does with the loaded data before it asks whether the format accepts it.
+inline void prepareScan(SubtitleParser& parser, const TextFormat& format) {
+    if (format.accepts != nullptr) tellEncoding(parser, format);
+}
+
 /// A worker's whole work: the scan, the flag, and what the format does behind it.
 void runScan(SubtitleParser& parser, const TextFormat& format);
 

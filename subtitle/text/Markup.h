@@ -104,7 +104,7 @@ public:
     /// One step of a walk whose unit at `at` does not end the line: a block goes, or one unit is put out with the tag
     /// before it gone. False when the text ends here without a terminating 0.
     template <class Unit>
-    bool step(WorkText<Enc>& in, U32& at, TextSink<Unit>& out) {
+    __attribute__((always_inline)) bool step(WorkText<Enc>& in, U32& at, TextSink<Unit>& out) {
         if (at < mDataBound && in.at(at) == Enc::lit('{')) {
             at = pastBlock(in, at, mDataBound, out);
             return true;

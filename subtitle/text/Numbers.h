@@ -55,15 +55,15 @@ template <class View, size_t N>
 }
 
 /// Reads what stands at `pos` by its columns: any digit where `shape` has a '0', the very character elsewhere, and no
-/// digit behind. What has that shape gives the numbers that `readAll` reads from it, at a fraction of the cost; of
-/// anything else nothing is read. Built into each call, where the shape is a constant: nothing of it is left to look
-/// at.
+/// digit behind. What has that shape gives the numbers that `readAll` reads from it, at a fraction of the cost; false
+/// for anything else, whatever `values` hold then. Built into each call, where the shape is a constant: nothing of it
+/// is left to look at.
 template <class View, size_t kSize, size_t N>
 [[nodiscard]] __attribute__((always_inline)) constexpr bool readColumns(const View& in, size_t pos,
                                                                         const char (&shape)[kSize], U32 (&values)[N]) {
     using Enc = typename View::Encoding;
-    U32 read[N] = {};
     size_t n = 0;
+    U32 number = 0;
 #pragma GCC unroll 64
     for (size_t column = 0; column < kSize - 1; ++column) {
         const auto unit = in.at(pos + column);
@@ -74,13 +74,12 @@ template <class View, size_t kSize, size_t N>
         const U32 digit = U32{Enc::native(unit)} - '0';
         if (digit > 9) return false;
         const bool first = column == 0 || shape[column - 1] != '0';
-        if (first && n == N) return false;
-        if (first) ++n;
-        read[n - 1] = read[n - 1] * 10 + digit;
+        number = first ? digit : number * 10 + digit;
+        if (shape[column + 1] == '0') continue;
+        if (n == N) return false;
+        values[n++] = number;
     }
-    if (n != N || isDigit(Enc::native(in.at(pos + kSize - 1)))) return false;
-    for (size_t i = 0; i < N; ++i) values[i] = read[i];
-    return true;
+    return n == N && !isDigit(Enc::native(in.at(pos + kSize - 1)));
 }
 
 /// Narrows one 16-bit unit as stored: its low byte, and its high byte when that is not 0; for big-endian data the

@@ -72,7 +72,7 @@ struct TimeStamp {
 
     /// Reads a stamp however it is written.
     template <class View>
-    [[nodiscard]] bool read(const View& in, size_t i) {
+    [[nodiscard]] __attribute__((always_inline)) bool read(const View& in, size_t i) {
         return readShape(in, i) || readNarrowed<kLength>(in, i, Spelling::kFormat, v);
     }
 };
