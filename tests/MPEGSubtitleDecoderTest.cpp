@@ -10,69 +10,15 @@
 #include <vector>
 
 #include "tests/support/Interpose.h"
+#include "tests/support/SubpictureUnit.h"
 #include "tools/samples/VobSubMaker.h"
 
 using namespace android;
+using namespace test;
 
 namespace {
 
 using Texts = std::vector<std::string>;
-
-/// "1E F0" as bytes; blanks do not count.
-std::string hex(std::string_view text) {
-    std::string out;
-    int high = -1;
-    for (const char c : text) {
-        if (c == ' ') continue;
-        const int digit = c <= '9' ? c - '0' : (c | 32) - 'a' + 10;
-        if (high >= 0) out.push_back(static_cast<char>(high << 4 | digit));
-        high = high >= 0 ? -1 : digit;
-    }
-    return out;
-}
-
-std::string be16(unsigned value) { return {static_cast<char>(value >> 8), static_cast<char>(value)}; }
-
-/// One control sequence: its commands, and where it leads ("self", or the number of another one, or an offset).
-struct Sequence {
-    std::string commands;
-    int next;  // kSelf, kZero, or the index of a sequence
-};
-constexpr int kSelf = -1;
-constexpr int kZero = -2;
-
-/// A unit: size, offset of the control sequences, data, sequences.
-std::string unitOf(const std::string& data, const std::vector<Sequence>& sequences) {
-    const size_t control = 4 + data.size();
-    std::vector<size_t> at;
-    size_t end = control;
-    for (const Sequence& sequence : sequences) {
-        at.push_back(end);
-        end += 4 + hex(sequence.commands).size();
-    }
-    std::string unit = be16(static_cast<unsigned>(end)) + be16(static_cast<unsigned>(control)) + data;
-    for (size_t i = 0; i < sequences.size(); ++i) {
-        const int next = sequences[i].next;
-        unit += be16(0);
-        unit += be16(next == kZero ? 0 : static_cast<unsigned>(at[next == kSelf ? i : static_cast<size_t>(next)]));
-        unit += hex(sequences[i].commands);
-    }
-    return unit;
-}
-
-std::string unitOf(const std::string& data, const std::string& commands) { return unitOf(data, {{commands, kSelf}}); }
-
-std::string area(unsigned left, unsigned right, unsigned top, unsigned bottom) {
-    char text[32];
-    snprintf(text, sizeof text, "05 %03x%03x %03x%03x ", left, right, top, bottom);
-    return text;
-}
-
-std::string offsets(unsigned top, unsigned bottom) {
-    char text[32];
-    snprintf(text, sizeof text, "06 %04x %04x ", top, bottom);
-    return text;
-}
 
 /// A unit of two fields for a bitmap of this size: the area is one line higher, so that all lines are decoded.
 std::string picture(unsigned width, unsigned height, const std::string& top, const std::string& bottom) {
@@ -106,7 +52,7 @@ U32 testPalette[16] = {0x000000, 0xFF8000, 0x101010, 0x808080, 0x111111, 0x22222
 
 /// Decodes from and into blocks of exactly these sizes, so that a sanitizer sees the first byte too far.
 Decoded decode(MPEGSubtitleDecoder& decoder, const std::string& unit, size_t outSize = 4096) {
-    const test::LogCapture log;
+    const LogCapture log;
     Decoded d;
     std::vector<U8> in(unit.begin(), unit.end());
     in.shrink_to_fit();
@@ -167,14 +113,14 @@ TEST(MPEGSubtitleDecoder, QueueIsFirstInFirstOutAndHoldsThirty) {
     Cmd cmd = {};
     EXPECT_EQ(FALSE, decoder.__cmd_queue_pop(&cmd));
     for (int round = 0; round < 3; ++round) {  // more than once around the ring
-        const test::LogCapture log;
+        const LogCapture log;
         for (U8 i = 0; i < 30; ++i) {
             arguments[0] = i;
             EXPECT_EQ(TRUE, decoder.__cmd_queue_push(i, 3, arguments, 2));
         }
         EXPECT_EQ(Texts(), log.texts());
         EXPECT_EQ(FALSE, decoder.__cmd_queue_push(30, 3, arguments, 2));
-        EXPECT_EQ(std::vector<test::LogLine>({{3, "", "Queue overflow!"}}), log.lines());
+        EXPECT_EQ(std::vector<LogLine>({{3, "", "Queue overflow!"}}), log.lines());
         EXPECT_EQ(30, decoder.m_CmdQueue.size());
         for (U8 i = 0; i < 30; ++i) {
             ASSERT_EQ(TRUE, decoder.__cmd_queue_pop(&cmd));
@@ -594,13 +540,13 @@ TEST(MPEGSubtitleDecoder, SetPaletteCopiesItsEntries) {
 }
 
 TEST(MPEGSubtitleDecoder, WithoutMemoryForTheTable) {
-    if (!test::AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP();
     std::unique_ptr<MPEGSubtitleDecoder> decoder;
     {
-        const test::AllocationFails fails(1024);
+        const AllocationFails fails(1024);
         decoder = std::make_unique<MPEGSubtitleDecoder>();
         EXPECT_EQ(nullptr, decoder->m_pPaletteTable);
-        const test::LogCapture log;
+        const LogCapture log;
         decoder->Set_VobSub_Palette(testPalette, 16);
         EXPECT_EQ(Texts({"Cannot allocate memory for palette table"}), log.texts());
         EXPECT_EQ(FALSE, decoder->m_bVobSubPaletteSetted);
