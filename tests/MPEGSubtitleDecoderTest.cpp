@@ -153,7 +153,7 @@ TEST(MPEGSubtitleDecoder, CommandsOfASequence) {
         {"01 02 FF", TRUE, {"1 000000000000", "2 000000000000"}},
         {"03 3210 04 FFF0 FF", TRUE, {"3 321000000000", "4 fff000000000"}},
         {"05 0002cf 0001df 06 0004 0123 FF", TRUE, {"5 0002cf0001df", "6 000401230000"}},
-        {"01 07 0304 05 FF", TRUE, {"1 000000000000"}},  // what follows 07 is not read
+        {"01 07 0304 05 FF", TRUE, {"1 000000000000"}},  // kept(vob-line-colours): what follows 07 is not read
         {"01 08 01 FF", FALSE, {"1 000000000000"}},
         {"01 FE 01 FF", FALSE, {"1 000000000000"}},
     };
@@ -213,6 +213,7 @@ TEST(MPEGSubtitleDecoder, AUnitIsDecodedWithItsValues) {
     EXPECT_EQ(Texts(), d.log);
 }
 
+// kept(vob-bad-commands)
 TEST(MPEGSubtitleDecoder, OnlyAChainThatEndsOnItselfApplies) {
     const std::string data = hex("4F 4F");
     const std::string commands = "01 " + area(0, 3, 0, 2) + offsets(4, 5) + "FF";
@@ -275,6 +276,20 @@ TEST(MPEGSubtitleDecoder, StepsOfTheWalk) {
     EXPECT_EQ(0, decoder.m_CmdQueue.size());
 }
 
+// kept(vob-start-delay)
+TEST(MPEGSubtitleDecoder, ADelayedSequenceAppliesAtOnce) {
+    std::string unit = unitOf(hex("4F 4F"), "01 " + area(0, 3, 0, 2) + offsets(4, 5) + "FF");
+    unit.replace(6, 2, be16(0x0123));  // 3.2 seconds
+    MPEGSubtitleDecoder decoder;
+    decoder.Set_VobSub_Palette(testPalette, 16);
+    const Decoded d = decode(decoder, unit);
+    EXPECT_EQ(Texts({".333", ".333"}), d.rows());
+    EXPECT_EQ(TRUE, decoder.m_display_param.bDisplayFlag);
+    EXPECT_EQ(0U, decoder.m_u32_SPU_Display_Pts);
+    EXPECT_EQ(6, decoder.__decode_DCSQ(reinterpret_cast<U8*>(&unit[0]), 6));
+    for (Cmd cmd; decoder.__cmd_queue_pop(&cmd) == TRUE;) EXPECT_EQ(0U, cmd.u32Pts) << int{cmd.u8cmdCode};
+}
+
 TEST(MPEGSubtitleDecoder, CommandsApplyInOrder) {
     MPEGSubtitleDecoder decoder;
     decoder.Set_VobSub_Palette(testPalette, 16);
@@ -307,6 +322,7 @@ TEST(MPEGSubtitleDecoder, CommandsApplyInOrder) {
     EXPECT_EQ(0xABC, corners.u16AreaBottom);
 }
 
+// kept(vob-fallback-colours)
 TEST(MPEGSubtitleDecoder, WithoutAPaletteTheColourCommandLeavesFixedIndices) {
     MPEGSubtitleDecoder decoder;
     decode(decoder, unitOf("", "03 FFFF FF"));
@@ -321,10 +337,11 @@ TEST(MPEGSubtitleDecoder, TheHeightIsOneLineShortAndEven) {
         unsigned left, right, top, bottom;
         unsigned width, height;
     } kRows[] = {
-        {0, 719, 0, 479, 720, 478}, {0, 719, 0, 480, 720, 480}, {0, 719, 0, 481, 720, 480},
-        {10, 10, 20, 20, 1, 0},     {10, 10, 20, 21, 1, 0},     {10, 10, 20, 22, 1, 2},
-        {11, 10, 20, 22, 0, 2},     {12, 10, 0, 2, 0xFFFF, 2},  // wraps at 16 bits
-        {0, 0, 2, 0, 1, 0xFFFE},    {0, 0, 1, 0, 1, 0xFFFE},    // an odd height below 0 is lowered, too
+        {0, 719, 0, 479, 720, 478},  // kept(vob-last-rows)
+        {0, 719, 0, 480, 720, 480}, {0, 719, 0, 481, 720, 480}, {10, 10, 20, 20, 1, 0},
+        {10, 10, 20, 21, 1, 0},                                                             // kept(vob-two-rows)
+        {10, 10, 20, 22, 1, 2},     {11, 10, 20, 22, 0, 2},     {12, 10, 0, 2, 0xFFFF, 2},  // wraps at 16 bits
+        {0, 0, 2, 0, 1, 0xFFFE},    {0, 0, 1, 0, 1, 0xFFFE},  // an odd height below 0 is lowered, too
         {0, 4095, 0, 2, 4096, 2},
     };
     for (const auto& row : kRows) {
@@ -337,6 +354,7 @@ TEST(MPEGSubtitleDecoder, TheHeightIsOneLineShortAndEven) {
     }
 }
 
+// kept(vob-field-order)
 TEST(MPEGSubtitleDecoder, LengthsFollowFromOffsetsInOrder) {
     const std::string data(20, '\0');  // control sequences at 24
     const struct {
@@ -361,6 +379,7 @@ TEST(MPEGSubtitleDecoder, LengthsFollowFromOffsetsInOrder) {
 
 // --- output size -----------------------------------------------------------------------------------------------
 
+// kept(vob-area-too-large)
 TEST(MPEGSubtitleDecoder, AQuarterOfThePixelsMustFit) {
     const std::string unit = unitOf("", area(0, 99, 0, 10) + "FF");  // 100 x 10
     EXPECT_EQ(TRUE, decode(unit, 250).result);
@@ -412,7 +431,7 @@ TEST(MPEGSubtitleDecoder, RunLengthData) {
         {"and so is one of a single byte", 4, 2, "00", "01", {"....", "...."}},
         {"the bits of the last byte count", 2, 2, "55", "66", {"11", "22"}},
         {"rows without data stay background", 3, 6, "D0", "E0 E0", {"111", "222", "...", "222", "...", "..."}},
-        {"runs spill into the next row", 5, 2, "1E", "50", {"22222", "12..."}},
+        {"runs spill into the next row", 5, 2, "1E", "50", {"22222", "12..."}},  // kept(vob-long-run)
         {"and into that of the other field", 5, 4, "1E 1E", "0001 50", {"22222", "11111", "22222", "12..."}},
         {"a spill ends the row", 5, 4, "1E 50", "50", {"22222", "12...", "1....", "....."}},
         {"a code crosses bytes, not rows", 5, 4, "1E 50", "50 50", {"22222", "1....", ".....", "....."}},

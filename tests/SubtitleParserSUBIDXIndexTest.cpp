@@ -40,20 +40,21 @@ TEST(SubtitleParserSUBIDX, Timestamps) {
     } kRows[] = {
         {"timestamp: 00:00:01:500, filepos: 000001800\n", {"1500@1800"}},
         {"delay: +00:00:02:000\ntimestamp: 00:00:01:500, filepos: 000001800\n", {"3500@1800"}},
-        {"delay: -00:00:00:500\ntimestamp: 00:00:00:200, filepos: 000000000\n", {"4294966996@0"}},
+        {"delay: -00:00:00:500\ntimestamp: 00:00:00:200, filepos: 000000000\n",
+         {"4294966996@0"}},  // kept(vob-delay-wrap)
         {"delay: 00:00:02:000\ntimestamp: 00:00:01:500, filepos: 000001800\n", {"1500@1800"}},
         {"timestamp:00:00:01:500,filepos: 000001800\n", {"1500@1800"}},
         {"  \t timestamp: \t 00:00:01:500,   filepos:   000001800\n", {"1500@1800"}},
         {"timestamp: 12:34:56:789, filepos: 0FEDCBA98\n", {"45296789@fedcba98"}},
         {"timestamp: 00.00-01x500, filepos: 000001800\n", {"1500@1800"}},  // literals are anything
         {"timestamp: 00:00:01 500, filepos: 000001800\n", {"1000@1800"}},  // but a blank, which is skipped
-        {"timestamp: 00:00:01:500, filepos: 100001800\n", {"1500@1800"}},  // the first digit is not read
+        {"timestamp: 00:00:01:500, filepos: 100001800\n", {"1500@1800"}},  // kept(vob-filepos-digit)
         {"timestamp: 00:00:01:500, filepos:000001800\n", {"1500@1800"}},
         {"timestamp: 00:00:01:500, filepos:12345\n", {"1500@345"}},
         {"timestamp: 00:00:01:500, filepos: 0123456789ABCDEF01\n", {"1500@9abcdef0"}},  // sixteen digits, 32 bits
         // the time counts as twelve characters and a comma
         {"timestamp: 0:00:01:500, filepos: 000001800\n", {"1500@1800"}},
-        {"timestamp: 0:00:01:50, filepos: 000001800\n", {}},
+        {"timestamp: 0:00:01:50, filepos: 000001800\n", {}},  // kept(vob-time-width)
         {"timestamp: 00:00:01:5000, filepos: 000001800\n", {}},
         {"timestamp: 00:00:01:500  filepos: 000001800\n", {"1500@1800"}},
         {"timestamp: 00:00:01, filepos: 000001800\n", {}},
@@ -63,7 +64,7 @@ TEST(SubtitleParserSUBIDX, Timestamps) {
         {"timestamp: 00:00:01:500, filepos: 0xyz\n", {}},
         {"timestamp: 00:00:01:500, filepos: \n" + kFirst, {}},  // the next line's text is no number, and is lost
         {"timestamp: 00:00:01:500, filepos: 0\ndelay: +00:00:00:001\n" + kFirst, {"1500@de", "1000@0"}},
-        {"timestamp:\n" + kFirst + kSecond, {"2000@800"}},  // white space goes across line ends
+        {"timestamp:\n" + kFirst + kSecond, {"2000@800"}},  // kept(vob-blank-value): across line ends
         {"timestamp: \r\n 00:00:01:500,\n filepos: 000001800\n", {"1500@1800"}},
         {"Timestamp: 00:00:01:500, filepos: 000001800\n", {}},
         {"timestamp : 00:00:01:500, filepos: 000001800\n", {}},
@@ -89,7 +90,7 @@ TEST(SubtitleParserSUBIDX, Delays) {
         {" +00:00:02:000", "delay:2000, sign:1, hh:0, mm:0, ss:2, ms:0", 3000},
         {"-00:00:00:500", "delay:-500, sign:-1, hh:0, mm:0, ss:0, ms:500", 500},
         {" +01:02:03:004", "delay:3723004, sign:1, hh:1, mm:2, ss:3, ms:4", 3724004},
-        {" 00:00:02:000", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},
+        {" 00:00:02:000", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},  // kept(vob-delay-sign)
         {" x00:00:02:000", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},
         {" +00:00:02", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},
         {" -", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},
@@ -117,7 +118,7 @@ TEST(SubtitleParserSUBIDX, Tracks) {
     } kRows[] = {
         {"id: en, index: 0\n" + kFirst + kSecond, {"2 0-1"}},
         {"id: ge\n" + kFirst, {"1 0-0"}},
-        {"id: de\n" + kFirst, {"0 0-0"}},
+        {"id: de\n" + kFirst, {"0 0-0"}},  // kept(vob-language)
         {"id: EN\n" + kFirst, {"0 0-0"}},
         {"id: na\n" + kFirst, {"0 0-0"}},
         {"id: bg\n" + kFirst, {"22 0-0"}},
@@ -129,7 +130,7 @@ TEST(SubtitleParserSUBIDX, Tracks) {
         {"id: " + nul + nul + "\n" + kFirst, {"23 0-0"}},  // two zero bytes are Danish
         {"id: " + nul + "\n" + kFirst, {"0 0-0"}},
         {kFirst + "id: en\n" + kSecond, {"0 0-0", "2 1-1"}},  // what precedes the first id is a track, too
-        {"id: en\nid: fr\n" + kFirst, {"5 0-0"}},             // no picture, no track
+        {"id: en\nid: fr\n" + kFirst, {"5 0-0"}},             // kept(vob-empty-track): no picture, no track
         {"id: en\n" + kFirst + "id: fr\nid: ru\n", {"2 0-0"}},
         {"id: en\n" + kFirst + "id: fr\n" + kFirst + kSecond, {"2 0-0", "5 1-2"}},
         {"id: en\n" + kFirst + "id: en\n" + kFirst, {"2 0-0", "2 1-1"}},
@@ -164,7 +165,7 @@ TEST(SubtitleParserSUBIDX, Palettes) {
         {fifteen + "\nsize: 1x1", 0xFF000000, 1, 14, 0},
         {fifteen + "\ndelay: +00:00:00:000", 0x10, 1, 14, 0xDE},  // the line end counts as the comma
         {"palette: \n", 0xFF000000, 0x77, 0x77, 0x77},
-        {"palette: 1, 2, x", 0xFF000000, 2, 0x77, 0x77},
+        {"palette: 1, 2, x", 0xFF000000, 2, 0x77, 0x77},  // kept(vob-palette-short)
     };
     for (const auto& row : kRows) {
         VobSubInMemory files;
@@ -236,7 +237,7 @@ TEST(SubtitleParserSUBIDX, ByteOrderMarks) {
     Scanned utf8("\xEF\xBB\xBF" + kFirst + kSecond);
     EXPECT_EQ(E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8, utf8.parser().m_eCodeType);
     EXPECT_EQ(Texts({kUnknown}), utf8.log);
-    EXPECT_EQ(Texts({"2000@800"}), tagsOf(utf8.parser())) << "the first line is lost";
+    EXPECT_EQ(Texts({"2000@800"}), tagsOf(utf8.parser())) << "the first line is lost";  // kept(vob-mark)
     Scanned comment("\xEF\xBB\xBF# VobSub index file\n" + kSecond);
     EXPECT_EQ(Texts({kUnknown}), comment.log);
 
@@ -290,7 +291,7 @@ TEST(SubtitleParserSUBIDX, SizesOfSixteenBitIndexes) {
         std::string idx;
         U32 width, x;
     } kRows[] = {
-        {utf16le("size: 720x576\norg: 8, 16\n"), 720, 0},  // the origin ends at the blank
+        {utf16le("size: 720x576\norg: 8, 16\n"), 720, 0},  // kept(vob-utf16-values): the origin ends at the blank
         {utf16le("size: 720 x576\norg:8,16"), 0, 8},
         {utf16le("size:\r\n720x576\norg: \t8,16"), 720, 8},
         {utf16be("size: 720x576\n"), 720, 0},  // to the end of the data, where a line end is no white space
@@ -307,6 +308,7 @@ TEST(SubtitleParserSUBIDX, SizesOfSixteenBitIndexes) {
     }
 }
 
+// kept(vob-utf16-values)
 TEST(SubtitleParserSUBIDX, SixteenBitNumbersAreReadInPieces) {
     const struct {
         const char* line;
@@ -420,6 +422,7 @@ TEST(SubtitleParserSUBIDX, WindowsMoveOnWhenLessThan4096BytesAreLeft) {
     EXPECT_EQ(Texts({"1000@0"}), tagsOf(Scanned("#" + std::string(0x10000 - 1, 'x') + kFirst + "\n").parser()));
 }
 
+// kept(vob-mark)
 TEST(SubtitleParserSUBIDX, AMarkWhereAWindowBeginsCountsAsOne) {
     // The scan stands on a multiple of 4096 when the window moves: the mark is looked for again.
     const auto fill = [](size_t size) {

@@ -94,6 +94,7 @@ TEST(SubtitleParserSUBIDX, FieldsStandInTheirOrder) {
     for (size_t i = 1; i < std::size(kDecoder); ++i) EXPECT_LT(kDecoder[i - 1], kDecoder[i]) << i;
 }
 
+// kept(file-long-path)
 TEST(SubtitleParserSUBIDX, KeepsUpTo512BytesOfThePath) {
     for (const size_t length : {0U, 1U, 510U, 511U, 512U, 513U, 600U}) {
         std::string path(length, 'p');
@@ -188,8 +189,10 @@ TEST(SubtitleParserSUBIDX, OpensBothFilesByTheIndexPath) {
         const char *idx, *sub;
         BOOL result;
     } kRows[] = {
-        {"movie.idx", "movie.sub", TRUE}, {"MOVIE.IDX", "MOVIE.sub", TRUE}, {"movie.IDX", "movie.SUB", FALSE},
-        {"movie.txt", "movie.sub", TRUE}, {"movieidx", "moviesub", TRUE},   {"movie.index", "movie.insub", TRUE},
+        {"movie.idx", "movie.sub", TRUE},     {"MOVIE.IDX", "MOVIE.sub", TRUE},
+        {"movie.IDX", "movie.SUB", FALSE},  // kept(vob-no-stream)
+        {"movie.txt", "movie.sub", TRUE},     {"movieidx", "moviesub", TRUE},
+        {"movie.index", "movie.insub", TRUE},
     };
     for (const auto& row : kRows) {
         const samples::VobSub film = smallFilm(2);
@@ -415,6 +418,7 @@ TEST(SubtitleParserSUBIDX, WaitsForAHundredSeconds) {
     }
 }
 
+// kept(worker-fails-late)
 TEST(SubtitleParserSUBIDX, AFullTableEndsTheScanWithoutTheFlag) {
     if (!AllocationFails::supported()) GTEST_SKIP();
     std::string idx = "id: en\n";

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/support/VobSubIndex.h"
+#include "tests/support/VobSubPair.h"
 #include "tools/samples/VobSubMaker.h"
 
 using namespace android;
@@ -31,6 +32,20 @@ TEST(SubtitleParserSUBIDX, FindsTheTagInForce) {
         EXPECT_EQ(row.tag, scanned.parser().GetTag(row.track, row.ms)) << row.track << " " << row.ms;
 }
 
+// kept(vob-end-ignored)
+TEST(SubtitleParserSUBIDX, APictureStaysWhateverEndItNames) {
+    const samples::VobSub film = smallFilm(1);  // two seconds long
+    VobSubInMemory files;
+    files.load(film.idx(), film.sub());
+    ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
+    ST_MEDIA_SUBTITLE_PARSER_TAG tag = {};
+    EXPECT_EQ(TRUE, files.parser.GetTagInfo(0, 0, &tag));
+    EXPECT_EQ(1000U, tag.u32TimeStart);
+    EXPECT_EQ(0xFFFFFFFFU, tag.u32TimeEnd);
+    EXPECT_EQ(0U, files.parser.GetTag(0, 1000000));
+}
+
+// kept(vob-before-track)
 TEST(SubtitleParserSUBIDX, BeforeATracksFirstTagTheTrackBeforeMayAnswer) {
     // its last tag starts in time
     Scanned scanned("id: en\n" + samples::indexLine(100, 0) + "\nid: fr\n" + samples::indexLine(1000, 0) + "\n" +
@@ -67,6 +82,7 @@ TEST(SubtitleParserSUBIDX, LookupsOfNothingAndOfBadTracks) {
     EXPECT_EQ(0U, scanned.parser().GetTag(1, 5000)) << "no table";
 }
 
+// kept(lookup-offset)
 TEST(SubtitleParserSUBIDX, TheTimeOffsetIsSubtracted) {
     Scanned scanned("id: en\n" + kFirst + kSecond);
     SubtitleParserSUBIDX& parser = scanned.parser();
@@ -91,7 +107,7 @@ TEST(SubtitleParserSUBIDX, DescribesItsTracks) {
     EXPECT_EQ(E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_I2, info.eCodeType);
     EXPECT_EQ(100U, info.au32Palette[0]);
     EXPECT_EQ(115U, info.au32Palette[15]);
-    EXPECT_EQ(0x5A5A5A5AU, info.au32Palette[16]);
+    EXPECT_EQ(0x5A5A5A5AU, info.au32Palette[16]);  // kept(vob-track-palette)
     EXPECT_EQ(0x5A5A5A5AU, info.au32Palette[255]);
     EXPECT_EQ(TRUE, parser.GetTrackInfo(2, &info));
     EXPECT_EQ(E_MEDIA_SUBTITLE_PARSER_LANGUAGE_UNDEFINED, info.eLanguage);

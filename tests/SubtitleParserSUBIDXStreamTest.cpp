@@ -69,6 +69,7 @@ TEST(SubtitleParserSUBIDX, GathersAndDecodesASubpicture) {
     EXPECT_EQ(0U, files.parser.GetData(0, nullptr, 0, 1, &info)) << "no such tag";
 }
 
+// kept(vob-top-left)
 TEST(SubtitleParserSUBIDX, TheColourOfTheTopLeftPixelIsBackground) {
     for (U32 code = 0; code < 4; ++code) {
         samples::Subpicture picture = smallPicture();
@@ -92,6 +93,15 @@ TEST(SubtitleParserSUBIDX, TheLastEntryOfThePaletteCounts) {
                samples::packUnit(samples::encodeUnit(picture)));
     ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
     EXPECT_EQ(0xFFABCDEFU, files.parser.m_au32Palette_result[3]);
+}
+
+// kept(vob-no-palette)
+TEST(SubtitleParserSUBIDX, WithoutAPaletteEveryColourIsBlack) {
+    VobSubInMemory files;
+    files.load(kFirst, samples::packUnit(samples::encodeUnit(smallPicture())));
+    ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
+    const U32 colours[] = {0x00000000, 0xFF000000, 0xFF000000, 0xFF000000};
+    for (U32 code = 0; code < 4; ++code) EXPECT_EQ(colours[code], files.parser.m_au32Palette_result[code]) << code;
 }
 
 TEST(SubtitleParserSUBIDX, AUnitThatAppliesNothingIsReadAllTheSame) {
@@ -126,7 +136,7 @@ TEST(SubtitleParserSUBIDX, UnitsOfSeveralPacks) {
     const std::string first = samples::packUnit(unit.substr(0, 1000)).substr(0, 29 + 1000);
     files.load(indexOf({0}), first + samples::packUnit(unit.substr(1000)));
     EXPECT_EQ(0U, files.parser.GetData(0, nullptr, 0, 0, &info));
-    // A first payload of a byte less: the next pack would begin off a boundary.
+    // kept(vob-packs-not-2048): a first payload of a byte less: the next pack would begin off a boundary.
     std::string shifted = packs;
     shifted[19] = static_cast<char>(shifted[19] - 1);
     files.load(indexOf({0}), shifted);
@@ -141,14 +151,14 @@ TEST(SubtitleParserSUBIDX, PackHeaders) {
         int value;
         bool read;
     } kRows[] = {
-        {"first byte", 0, 1, false},
+        {"first byte", 0, 1, false},  // kept(vob-no-pack)
         {"start code", 1, 1, false},
         {"start code", 2, 0, false},
         {"pack start", 3, 0xBB, false},
         {"largest byte 4", 4, 0x7F, true},
         {"byte 4 too large", 4, 0x80, false},
         {"bytes 5 to 13 are not looked at", 9, 0xEE, true},
-        {"stuffing in the pack header is not looked at", 13, 0xFF, true},
+        {"stuffing in the pack header is not looked at", 13, 0xFF, true},  // kept(vob-stuffing)
         {"packet start code", 14, 1, false},
         {"packet start code", 15, 1, false},
         {"packet start code", 16, 2, false},
@@ -157,7 +167,7 @@ TEST(SubtitleParserSUBIDX, PackHeaders) {
         {"MPEG-2 flags", 20, 0xBF, true},
         {"MPEG-1 flags", 20, 0x01, false},
         {"MPEG-1 flags", 20, 0xC1, false},
-        {"the substream, behind five bytes of header data", 28, 0x3F, true},
+        {"the substream, behind five bytes of header data", 28, 0x3F, true},  // kept(vob-substream)
     };
     for (const auto& row : kRows) {
         std::string sub = samples::packUnit(unit);
@@ -178,7 +188,7 @@ TEST(SubtitleParserSUBIDX, UnitSizes) {
     };
     std::string other = unit;
     other[0] = other[1] = 0;
-    EXPECT_EQ(0U, read(other)) << "size 0";
+    EXPECT_EQ(0U, read(other)) << "size 0";  // kept(vob-unit-size-0)
     other[1] = 1;
     EXPECT_EQ(unit.size(), read(other)) << "the count is that of all payload bytes";
     EXPECT_EQ(unit.size() + 100, read(unit + std::string(100, 'x')));
@@ -255,6 +265,7 @@ TEST(SubtitleParserSUBIDX, TheWorkingBlockIsSizedByTheIndex) {
     }
 }
 
+// kept(vob-descending)
 TEST(SubtitleParserSUBIDX, DescendingPositions) {
     const std::string packs = samples::packUnit(samples::encodeUnit(smallPicture()));
     const std::string sub(packs + std::string(100000, '\0') + packs);
@@ -337,6 +348,7 @@ TEST(SubtitleParserSUBIDX, TheWindowStaysWhileEnoughIsLeftOfIt) {
     EXPECT_EQ(0x8000, files.parser.m_s64SubtitleBufferPosition);
 }
 
+// kept(vob-window)
 TEST(SubtitleParserSUBIDX, TheFillOfTheIndexsWindowDecidesWhetherTheOtherMoves) {
     const samples::VobSub film = smallFilm(64);
     VobSubInMemory files;
@@ -380,6 +392,7 @@ TEST(SubtitleParserSUBIDX, AUnitCountsInWholePacks) {
     }
 }
 
+// kept(vob-window)
 TEST(SubtitleParserSUBIDX, AUnitBehindTheWindowIsNotThere) {
     std::string unit(60000, '\0');
     unit[0] = static_cast<char>(60000 >> 8);
@@ -393,6 +406,7 @@ TEST(SubtitleParserSUBIDX, AUnitBehindTheWindowIsNotThere) {
     EXPECT_EQ(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
 }
 
+// kept(vob-no-pack)
 TEST(SubtitleParserSUBIDX, PositionsOutsideTheStream) {
     const std::string packs = samples::packUnit(samples::encodeUnit(smallPicture()));
     VobSubInMemory files;
@@ -410,6 +424,7 @@ TEST(SubtitleParserSUBIDX, PositionsOutsideTheStream) {
 
 // --- areas and bitmap -------------------------------------------------------------------------------------------
 
+// kept(vob-area-too-large)
 TEST(SubtitleParserSUBIDX, APictureThatIsTooLarge) {
     samples::Subpicture picture;
     picture.bitmap = samples::Bitmap(2, 2);
