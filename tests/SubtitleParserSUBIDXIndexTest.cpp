@@ -46,9 +46,10 @@ TEST(SubtitleParserSUBIDX, Timestamps) {
         {"timestamp:00:00:01:500,filepos: 000001800\n", {"1500@1800"}},
         {"  \t timestamp: \t 00:00:01:500,   filepos:   000001800\n", {"1500@1800"}},
         {"timestamp: 12:34:56:789, filepos: 0FEDCBA98\n", {"45296789@fedcba98"}},
-        {"timestamp: 00.00-01x500, filepos: 000001800\n", {"1500@1800"}},  // literals are anything
-        {"timestamp: 00:00:01 500, filepos: 000001800\n", {"1000@1800"}},  // but a blank, which is skipped
-        {"timestamp: 00:00:01:500, filepos: 100001800\n", {"1500@1800"}},  // kept(vob-filepos-digit)
+        {"timestamp: 00.00-01x500, filepos: 000001800\n", {"1500@1800"}},    // literals are anything
+        {"timestamp: 00:00:01 500, filepos: 000001800\n", {"1000@1800"}},    // but a blank, which is skipped
+        {"timestamp: 00:00:01:500, filepos: 100001800\n", {"1500@1800"}},    // one digit too many for 32 bits
+        {"timestamp: 00:00:01:500, filepos: 12345678\n", {"1500@2345678"}},  // kept(vob-filepos-digit)
         {"timestamp: 00:00:01:500, filepos:000001800\n", {"1500@1800"}},
         {"timestamp: 00:00:01:500, filepos:12345\n", {"1500@345"}},
         {"timestamp: 00:00:01:500, filepos: 0123456789ABCDEF01\n", {"1500@9abcdef0"}},  // sixteen digits, 32 bits

@@ -151,10 +151,10 @@ TEST(SubtitleParserSUBIDX, PackHeaders) {
         int value;
         bool read;
     } kRows[] = {
-        {"first byte", 0, 1, false},  // kept(vob-no-pack)
+        {"first byte", 0, 1, false},
         {"start code", 1, 1, false},
         {"start code", 2, 0, false},
-        {"pack start", 3, 0xBB, false},
+        {"pack start", 3, 0xBB, false},  // kept(vob-no-pack)
         {"largest byte 4", 4, 0x7F, true},
         {"byte 4 too large", 4, 0x80, false},
         {"bytes 5 to 13 are not looked at", 9, 0xEE, true},
@@ -406,7 +406,6 @@ TEST(SubtitleParserSUBIDX, AUnitBehindTheWindowIsNotThere) {
     EXPECT_EQ(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
 }
 
-// kept(vob-no-pack)
 TEST(SubtitleParserSUBIDX, PositionsOutsideTheStream) {
     const std::string packs = samples::packUnit(samples::encodeUnit(smallPicture()));
     VobSubInMemory files;
