@@ -128,24 +128,24 @@ TEST(IsUtf8, Rows) {
         {"\xC3\x80", true},
         {"\xC3\xBF", true},
         {"\xC3\xC0", false},
-        {"\xC0\x80", true},  // kept: overlong
+        {"\xC0\x80", true},  // kept(charset-utf8-test): overlong
         {"\xC3\xA9\x80", false},
         {"\xC3\xA9\xC3", true},
         {"\xE4", true},
         {"\xE4\xB8", true},
-        {"\xE4z", true},  // kept: cut off, the byte there is not looked at
+        {"\xE4z", true},  // kept(charset-utf8-test): cut off, the byte there is not looked at
         {"\xE4\xC3", true},
         {"\xE4\xB8\xAD", true},
         {"\xE4z\xAD", false},
         {"\xE4\xB8z", false},
         {"\xE4\xC0\xAD", false},
         {"\xE4\xB8\xC0", false},
-        {"\xE0\x80\x80", true},  // kept: overlong
-        {"\xED\xA0\x80", true},  // kept: a surrogate
+        {"\xE0\x80\x80", true},  // kept(charset-utf8-test): overlong
+        {"\xED\xA0\x80", true},  // kept(charset-utf8-test): a surrogate
         {"\xEF\xBF\xBF", true},
         {"\xE4\xB8\xAD\xE6\x96\x87 \xC3\xA9", true},
         {"\xE4\xB8\xAD\xE6\x96z", false},
-        {"\xF0", false},  // kept: four-byte leads, even at the end
+        {"\xF0", false},  // kept(charset-utf8-test): four-byte leads, even at the end
         {"\xF0\x9F\x98\x80", false},
         {"\xF8", false},
         {"\xFF", false},
@@ -200,7 +200,7 @@ TEST(PossibleEncodings, Rows) {
         {"\xFE\x45", 2},
         {"\xB0\xA1", 6},
         {"\x81\x40", 3},
-        {"\xB0\xA1\x81\x40", 3},  // kept: the last pair counts
+        {"\xB0\xA1\x81\x40", 3},  // kept(charset-last-pair)
         {"\x81\x40\xB0\xA1", 6},
         {"\xB0\xA1 and more", 6},
         {"\xB0\xA1\xA4\x40\xFE\x45", 4},  // the first decisive pair ends the search
@@ -219,7 +219,9 @@ TEST(PossibleEncodings, Rows) {
         {"\xFE\x50", 0},
         {"\xFC\x4B", 3},
         {"\xA3\xE1", 6},
-        {"\xA4", 0},  // kept: a lead byte at the end is a code, A400
+        {"Stra\xC3\x9F\x65", 2},          // kept(utf8-unmarked-as-gbk): C39F
+        {"\xE4\xB8\xAD\xE5\x9B\xBD", 4},  // kept(utf8-unmarked-as-big5): ADE5, behind E4B8 that all three have
+        {"\xA4", 0},                      // kept(charset-last-pair): a lead byte at the end is a code, A400
         {"\xB0\xA1\xA4", 0},
         {"text\x81", 0},
         {"\xA4\x40\x81", 4},  // unless something decided before
@@ -234,7 +236,7 @@ TEST(PossibleEncodings, NothingBehindTheTerminatorIsRead) {
     const U8 direct[] = {'a', 0, 0xA4, 0x40, 0};
     EXPECT_EQ(7u, vxsubtitle::possibleEncodings(direct, sizeof direct));
     EXPECT_EQ(7u, vxsubtitle::possibleEncodings(direct + 1, sizeof direct - 1));
-    const U8 afterLead[] = {0xB0, 0xA1, 0xB0, 0, 0xA4, 0x40, 0};  // kept: the walk does not step over the terminator
+    const U8 afterLead[] = {0xB0, 0xA1, 0xB0, 0, 0xA4, 0x40, 0};  // the walk does not step over the terminator
     EXPECT_EQ(0u, vxsubtitle::possibleEncodings(afterLead, sizeof afterLead));
 }
 
@@ -370,14 +372,14 @@ TEST(Conversions, Rows) {
         {gb, 0xFEA0, 0xE864},    {gb, 0xFEFE, 0xE4C5},    {gb, 0xFEFF, 0xFEFF},
         {gb, 0xFF00, 0xFF00},    {big5, 0x41, 0x41},      {big5, 0xA13F, 0xA13F},
         {big5, 0xA140, 0x3000},  {big5, 0xA141, 0xFF0C},  {big5, 0xA17F, 0xFFFF},
-        {big5, 0xA3E1, 0xFFFF},  // kept: the euro sign is in the ranges, not in the table
+        {big5, 0xA3E1, 0xFFFF},  // the euro sign is in the ranges, not in the table
         {big5, 0xA440, 0x4E00},  {big5, 0xA4A4, 0x4E2D},  {big5, 0xC6A1, 0x30FE},
         {big5, 0xC8FE, 0xFFFF},  {big5, 0xF9D5, 0x9F98},  {big5, 0xF9D6, 0xF9D6},
         {farsi, 0x00, 0x00},     {farsi, 0x7F, 0x7F},     {farsi, 0x80, 0x20AC},
         {farsi, 0x81, 0x067E},   {farsi, 0xFF, 0x06D2},   {spanish, 0x7F, 0x7F},
         {spanish, 0x80, 0x20AC}, {spanish, 0x81, 0xFFFF}, {spanish, 0x83, 0x0192},
         {spanish, 0x8D, 0xFFFF}, {spanish, 0x9D, 0xFFFF}, {spanish, 0xE9, 0x00E9},
-        {spanish, 0xFF, 0x00FF}, {hebrew, 0x41, 0x41},    {hebrew, 0x80, 0x80},  // kept: taken as Latin-1
+        {spanish, 0xFF, 0x00FF}, {hebrew, 0x41, 0x41},    {hebrew, 0x80, 0x80},  // kept(charset-hebrew)
         {hebrew, 0xA4, 0xA4},    {hebrew, 0xA9, 0xA9},    {hebrew, 0xAA, 0x00D7},
         {hebrew, 0xBE, 0x00BE},  {hebrew, 0xBF, 0xFFFF},  {hebrew, 0xC0, 0xFFFF},
         {hebrew, 0xDE, 0xFFFF},  {hebrew, 0xDF, 0x2017},  {hebrew, 0xE0, 0x05D0},
@@ -511,11 +513,11 @@ TEST(Utf8ToUcs2, Rows) {
         {"\xE4\xB8\xAD", 0, {}},
         {"", 8, {}},
         {"a\xC3\xA9\xE4\xB8\xAD\x62", 8, {'a', 0xE9, 0x4E2D, 'b'}},
-        {"ab", 2, {'a'}},  // kept: one unit is held back
+        {"ab", 2, {'a'}},  // kept(charset-last-unit): it is held back
         {"abc", 3, {'a', 'b'}},
         {"a\0b"sv, 8, {'a'}},
         {"\0b"sv, 8, {}},
-        {"\xC3\0b"sv, 8, {0xC0, 'b'}},  // kept: continuation bytes are not checked, not even a 0
+        {"\xC3\0b"sv, 8, {0xC0, 'b'}},  // continuation bytes are not checked, not even a 0
         {"\xC3zb", 8, {0xFA, 'b'}},
         {"\xE4zz", 8, {0x4EBA}},
         {"\xE4\0\0x"sv, 8, {0x4000, 'x'}},
@@ -535,12 +537,12 @@ TEST(Utf8ToUcs2, Rows) {
         {"\xF0\x9F\x98", 8, {}},
         {"\xF0z\x98", 8, {'z'}},
         {"\xF0\xC3\xA9", 8, {0xE9}},
-        {"\xF0\x9F\x98\x80", 8, {0xDE00, 0xFFFD}},  // kept: low half first, the other half is not D83D
+        {"\xF0\x9F\x98\x80", 8, {0xDE00, 0xFFFD}},  // kept(charset-surrogates): the low half first
         {"\xF0\x9F\x98\x80z", 8, {0xDE00, 0xFFFD, 'z'}},
         {"\xF4\x8F\xBF\xBF", 8, {0xDFFF, 0xFFFF}},
         {"\xF0\x90\x80\x80", 8, {0xDC00, 0xFFC0}},
         {"\xF7zzz", 8, {0xDEBA, 0xFFEB}},
-        {"\xF0\x9F\x98\x80", 2, {0xDE00, 0xFFFD}},  // kept: the second half fills the unit that is held back
+        {"\xF0\x9F\x98\x80", 2, {0xDE00, 0xFFFD}},  // kept(charset-last-unit): the second half fills it
         {"a\xF0\x9F\x98\x80", 3, {'a', 0xDE00, 0xFFFD}},
         {"a\xF0\x9F\x98\x80z", 3, {'a', 0xDE00, 0xFFFD}},
         {"a\xF0\x9F\x98\x80", 2, {'a'}},
@@ -578,7 +580,7 @@ TEST(Utf8ToUcs2, AllFourByteForms) {
     }
 }
 
-// kept: the count of bytes wraps at 65536.
+// kept(charset-count-wraps)
 TEST(Utf8ToUcs2, CountOfBytesWraps) {
     const std::vector<U8> text(0xFFFF, 'x');
     Units out(0xFFFF, 0);
@@ -617,7 +619,7 @@ TEST(UnicodeToUtf8, Rows) {
         {{0x4E2D}, "\xE4\xB8\xAD"},
         {{0xFFFF}, "\xEF\xBF\xBF"},
         {{0xFEFF, 'a'}, "\xEF\xBB\xBF\x61"},
-        {{0xD83D, 0xDE00}, "\xED\xA0\xBD\xED\xB8\x80"},  // kept: surrogates one by one
+        {{0xD83D, 0xDE00}, "\xED\xA0\xBD\xED\xB8\x80"},  // kept(charset-surrogates): one by one
     };
     for (const Utf16Row& row : rows) {
         EXPECT_EQ(row.text, toUtf8(row.units, int(2 * row.units.size()))) << &row - rows;

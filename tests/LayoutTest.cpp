@@ -216,7 +216,7 @@ TEST(Enumerators, Format) {
     expectValues({
         VALUE(SMI, 0), VALUE(SRT, 1), VALUE(SSA, 2), VALUE(SUB_VIEWER_10, 3), VALUE(SUB_VIEWER_20, 4),
         VALUE(SUB_MICRO_DVD, 5), VALUE(SUB_DVB_SUBTITLE_SYSTEM, 6), VALUE(TXT, 7), VALUE(LRC, 8), VALUE(SUBIDX, 9),
-        VALUE(SUP, 10), VALUE(INTERNAL, 11), VALUE(NUM, 12), VALUE(INVALID, 12),  // kept: count and invalid coincide
+        VALUE(SUP, 10), VALUE(INTERNAL, 11), VALUE(NUM, 12), VALUE(INVALID, 12),  // count and invalid coincide
     });
 #undef VALUE
 }
@@ -247,7 +247,7 @@ TEST(Enumerators, CodeType) {
 TEST(Enumerators, Language) {
 #define VALUE(name, value) Value{#name, E_MEDIA_SUBTITLE_PARSER_LANGUAGE_##name, value}
     expectValues({
-        VALUE(UNDEFINED, 0),  VALUE(START, 1),    VALUE(GERMAN, 1),  // kept: the first real language is the start
+        VALUE(UNDEFINED, 0),  VALUE(START, 1),    VALUE(GERMAN, 1),  // the first real language is the start
         VALUE(ENGLISH, 2),    VALUE(SPANISH, 3),  VALUE(GREEK, 4),    VALUE(FRENCH, 5),      VALUE(CROATIAN, 6),
         VALUE(ITALIAN, 7),    VALUE(DUTCH, 8),    VALUE(POLISH, 9),   VALUE(PORTUGUESE, 10), VALUE(RUSSIAN, 11),
         VALUE(ROMANIAN, 12),  VALUE(SWEDISH, 13), VALUE(ARABIC, 14),  VALUE(CHINESE, 15),    VALUE(JAPANESE, 16),

@@ -10,69 +10,15 @@
 #include <vector>
 
 #include "tests/support/Interpose.h"
+#include "tests/support/SubpictureUnit.h"
 #include "tools/samples/VobSubMaker.h"
 
 using namespace android;
+using namespace test;
 
 namespace {
 
 using Texts = std::vector<std::string>;
-
-/// "1E F0" as bytes; blanks do not count.
-std::string hex(std::string_view text) {
-    std::string out;
-    int high = -1;
-    for (const char c : text) {
-        if (c == ' ') continue;
-        const int digit = c <= '9' ? c - '0' : (c | 32) - 'a' + 10;
-        if (high >= 0) out.push_back(static_cast<char>(high << 4 | digit));
-        high = high >= 0 ? -1 : digit;
-    }
-    return out;
-}
-
-std::string be16(unsigned value) { return {static_cast<char>(value >> 8), static_cast<char>(value)}; }
-
-/// One control sequence: its commands, and where it leads ("self", or the number of another one, or an offset).
-struct Sequence {
-    std::string commands;
-    int next;  // kSelf, kZero, or the index of a sequence
-};
-constexpr int kSelf = -1;
-constexpr int kZero = -2;
-
-/// A unit: size, offset of the control sequences, data, sequences.
-std::string unitOf(const std::string& data, const std::vector<Sequence>& sequences) {
-    const size_t control = 4 + data.size();
-    std::vector<size_t> at;
-    size_t end = control;
-    for (const Sequence& sequence : sequences) {
-        at.push_back(end);
-        end += 4 + hex(sequence.commands).size();
-    }
-    std::string unit = be16(static_cast<unsigned>(end)) + be16(static_cast<unsigned>(control)) + data;
-    for (size_t i = 0; i < sequences.size(); ++i) {
-        const int next = sequences[i].next;
-        unit += be16(0);
-        unit += be16(next == kZero ? 0 : static_cast<unsigned>(at[next == kSelf ? i : static_cast<size_t>(next)]));
-        unit += hex(sequences[i].commands);
-    }
-    return unit;
-}
-
-std::string unitOf(const std::string& data, const std::string& commands) { return unitOf(data, {{commands, kSelf}}); }
-
-std::string area(unsigned left, unsigned right, unsigned top, unsigned bottom) {
-    char text[32];
-    snprintf(text, sizeof text, "05 %03x%03x %03x%03x ", left, right, top, bottom);
-    return text;
-}
-
-std::string offsets(unsigned top, unsigned bottom) {
-    char text[32];
-    snprintf(text, sizeof text, "06 %04x %04x ", top, bottom);
-    return text;
-}
 
 /// A unit of two fields for a bitmap of this size: the area is one line higher, so that all lines are decoded.
 std::string picture(unsigned width, unsigned height, const std::string& top, const std::string& bottom) {
@@ -106,7 +52,7 @@ U32 testPalette[16] = {0x000000, 0xFF8000, 0x101010, 0x808080, 0x111111, 0x22222
 
 /// Decodes from and into blocks of exactly these sizes, so that a sanitizer sees the first byte too far.
 Decoded decode(MPEGSubtitleDecoder& decoder, const std::string& unit, size_t outSize = 4096) {
-    const test::LogCapture log;
+    const LogCapture log;
     Decoded d;
     std::vector<U8> in(unit.begin(), unit.end());
     in.shrink_to_fit();
@@ -167,14 +113,14 @@ TEST(MPEGSubtitleDecoder, QueueIsFirstInFirstOutAndHoldsThirty) {
     Cmd cmd = {};
     EXPECT_EQ(FALSE, decoder.__cmd_queue_pop(&cmd));
     for (int round = 0; round < 3; ++round) {  // more than once around the ring
-        const test::LogCapture log;
+        const LogCapture log;
         for (U8 i = 0; i < 30; ++i) {
             arguments[0] = i;
             EXPECT_EQ(TRUE, decoder.__cmd_queue_push(i, 3, arguments, 2));
         }
         EXPECT_EQ(Texts(), log.texts());
         EXPECT_EQ(FALSE, decoder.__cmd_queue_push(30, 3, arguments, 2));
-        EXPECT_EQ(std::vector<test::LogLine>({{3, "", "Queue overflow!"}}), log.lines());
+        EXPECT_EQ(std::vector<LogLine>({{3, "", "Queue overflow!"}}), log.lines());
         EXPECT_EQ(30, decoder.m_CmdQueue.size());
         for (U8 i = 0; i < 30; ++i) {
             ASSERT_EQ(TRUE, decoder.__cmd_queue_pop(&cmd));
@@ -207,7 +153,7 @@ TEST(MPEGSubtitleDecoder, CommandsOfASequence) {
         {"01 02 FF", TRUE, {"1 000000000000", "2 000000000000"}},
         {"03 3210 04 FFF0 FF", TRUE, {"3 321000000000", "4 fff000000000"}},
         {"05 0002cf 0001df 06 0004 0123 FF", TRUE, {"5 0002cf0001df", "6 000401230000"}},
-        {"01 07 0304 05 FF", TRUE, {"1 000000000000"}},  // what follows 07 is not read
+        {"01 07 0304 05 FF", TRUE, {"1 000000000000"}},  // kept(vob-line-colours): what follows 07 is not read
         {"01 08 01 FF", FALSE, {"1 000000000000"}},
         {"01 FE 01 FF", FALSE, {"1 000000000000"}},
     };
@@ -267,6 +213,7 @@ TEST(MPEGSubtitleDecoder, AUnitIsDecodedWithItsValues) {
     EXPECT_EQ(Texts(), d.log);
 }
 
+// kept(vob-bad-commands)
 TEST(MPEGSubtitleDecoder, OnlyAChainThatEndsOnItselfApplies) {
     const std::string data = hex("4F 4F");
     const std::string commands = "01 " + area(0, 3, 0, 2) + offsets(4, 5) + "FF";
@@ -329,6 +276,20 @@ TEST(MPEGSubtitleDecoder, StepsOfTheWalk) {
     EXPECT_EQ(0, decoder.m_CmdQueue.size());
 }
 
+// kept(vob-start-delay)
+TEST(MPEGSubtitleDecoder, ADelayedSequenceAppliesAtOnce) {
+    std::string unit = unitOf(hex("4F 4F"), "01 " + area(0, 3, 0, 2) + offsets(4, 5) + "FF");
+    unit.replace(6, 2, be16(0x0123));  // 3.2 seconds
+    MPEGSubtitleDecoder decoder;
+    decoder.Set_VobSub_Palette(testPalette, 16);
+    const Decoded d = decode(decoder, unit);
+    EXPECT_EQ(Texts({".333", ".333"}), d.rows());
+    EXPECT_EQ(TRUE, decoder.m_display_param.bDisplayFlag);
+    EXPECT_EQ(0U, decoder.m_u32_SPU_Display_Pts);
+    EXPECT_EQ(6, decoder.__decode_DCSQ(reinterpret_cast<U8*>(&unit[0]), 6));
+    for (Cmd cmd; decoder.__cmd_queue_pop(&cmd) == TRUE;) EXPECT_EQ(0U, cmd.u32Pts) << int{cmd.u8cmdCode};
+}
+
 TEST(MPEGSubtitleDecoder, CommandsApplyInOrder) {
     MPEGSubtitleDecoder decoder;
     decoder.Set_VobSub_Palette(testPalette, 16);
@@ -361,6 +322,7 @@ TEST(MPEGSubtitleDecoder, CommandsApplyInOrder) {
     EXPECT_EQ(0xABC, corners.u16AreaBottom);
 }
 
+// kept(vob-fallback-colours)
 TEST(MPEGSubtitleDecoder, WithoutAPaletteTheColourCommandLeavesFixedIndices) {
     MPEGSubtitleDecoder decoder;
     decode(decoder, unitOf("", "03 FFFF FF"));
@@ -375,10 +337,11 @@ TEST(MPEGSubtitleDecoder, TheHeightIsOneLineShortAndEven) {
         unsigned left, right, top, bottom;
         unsigned width, height;
     } kRows[] = {
-        {0, 719, 0, 479, 720, 478}, {0, 719, 0, 480, 720, 480}, {0, 719, 0, 481, 720, 480},
-        {10, 10, 20, 20, 1, 0},     {10, 10, 20, 21, 1, 0},     {10, 10, 20, 22, 1, 2},
-        {11, 10, 20, 22, 0, 2},     {12, 10, 0, 2, 0xFFFF, 2},  // wraps at 16 bits
-        {0, 0, 2, 0, 1, 0xFFFE},    {0, 0, 1, 0, 1, 0xFFFE},    // an odd height below 0 is lowered, too
+        {0, 719, 0, 479, 720, 478},  // kept(vob-last-rows)
+        {0, 719, 0, 480, 720, 480}, {0, 719, 0, 481, 720, 480}, {10, 10, 20, 20, 1, 0},
+        {10, 10, 20, 21, 1, 0},                                                             // kept(vob-two-rows)
+        {10, 10, 20, 22, 1, 2},     {11, 10, 20, 22, 0, 2},     {12, 10, 0, 2, 0xFFFF, 2},  // wraps at 16 bits
+        {0, 0, 2, 0, 1, 0xFFFE},    {0, 0, 1, 0, 1, 0xFFFE},  // an odd height below 0 is lowered, too
         {0, 4095, 0, 2, 4096, 2},
     };
     for (const auto& row : kRows) {
@@ -391,6 +354,7 @@ TEST(MPEGSubtitleDecoder, TheHeightIsOneLineShortAndEven) {
     }
 }
 
+// kept(vob-field-order)
 TEST(MPEGSubtitleDecoder, LengthsFollowFromOffsetsInOrder) {
     const std::string data(20, '\0');  // control sequences at 24
     const struct {
@@ -415,6 +379,7 @@ TEST(MPEGSubtitleDecoder, LengthsFollowFromOffsetsInOrder) {
 
 // --- output size -----------------------------------------------------------------------------------------------
 
+// kept(vob-area-too-large)
 TEST(MPEGSubtitleDecoder, AQuarterOfThePixelsMustFit) {
     const std::string unit = unitOf("", area(0, 99, 0, 10) + "FF");  // 100 x 10
     EXPECT_EQ(TRUE, decode(unit, 250).result);
@@ -466,7 +431,7 @@ TEST(MPEGSubtitleDecoder, RunLengthData) {
         {"and so is one of a single byte", 4, 2, "00", "01", {"....", "...."}},
         {"the bits of the last byte count", 2, 2, "55", "66", {"11", "22"}},
         {"rows without data stay background", 3, 6, "D0", "E0 E0", {"111", "222", "...", "222", "...", "..."}},
-        {"runs spill into the next row", 5, 2, "1E", "50", {"22222", "12..."}},
+        {"runs spill into the next row", 5, 2, "1E", "50", {"22222", "12..."}},  // kept(vob-long-run)
         {"and into that of the other field", 5, 4, "1E 1E", "0001 50", {"22222", "11111", "22222", "12..."}},
         {"a spill ends the row", 5, 4, "1E 50", "50", {"22222", "12...", "1....", "....."}},
         {"a code crosses bytes, not rows", 5, 4, "1E 50", "50 50", {"22222", "1....", ".....", "....."}},
@@ -594,13 +559,13 @@ TEST(MPEGSubtitleDecoder, SetPaletteCopiesItsEntries) {
 }
 
 TEST(MPEGSubtitleDecoder, WithoutMemoryForTheTable) {
-    if (!test::AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP();
     std::unique_ptr<MPEGSubtitleDecoder> decoder;
     {
-        const test::AllocationFails fails(1024);
+        const AllocationFails fails(1024);
         decoder = std::make_unique<MPEGSubtitleDecoder>();
         EXPECT_EQ(nullptr, decoder->m_pPaletteTable);
-        const test::LogCapture log;
+        const LogCapture log;
         decoder->Set_VobSub_Palette(testPalette, 16);
         EXPECT_EQ(Texts({"Cannot allocate memory for palette table"}), log.texts());
         EXPECT_EQ(FALSE, decoder->m_bVobSubPaletteSetted);

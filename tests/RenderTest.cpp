@@ -59,14 +59,16 @@ struct Player {
     sp<host::MemoryProducer> producer;
 };
 
+/// Of red, green, blue and alpha, as they lie in a buffer.
+U32 argbOf(const uint8_t* p) { return U32{p[3]} << 24 | U32{p[0]} << 16 | U32{p[1]} << 8 | p[2]; }
+
 /// One character per pixel: the colour code that has its colour, '.' for what is transparent.
 Texts drawing(const host::Picture& picture, bool withPadding = false) {
     Texts rows;
     for (int y = 0; y < picture.height; ++y) {
         std::string row;
         for (int x = 0; x < (withPadding ? picture.stride : picture.width); ++x) {
-            const uint8_t* const p = picture.pixel(x, y);
-            const U32 argb = U32{p[3]} << 24 | U32{p[0]} << 16 | U32{p[1]} << 8 | p[2];
+            const U32 argb = argbOf(picture.pixel(x, y));
             char c = '?';
             for (int code = 0; code < 4; ++code) {
                 if (argb == kColours[code]) c = ".123"[code];
@@ -116,10 +118,7 @@ std::vector<U32> pixelsByTheRules(Size frame, const host::Geometry& buffer, cons
 
 std::vector<U32> pixelsOf(const host::Picture& picture) {
     std::vector<U32> pixels;
-    for (size_t i = 0; i < picture.bytes.size(); i += 4) {
-        const uint8_t* const p = &picture.bytes[i];
-        pixels.push_back(U32{p[3]} << 24 | U32{p[0]} << 16 | U32{p[1]} << 8 | p[2]);
-    }
+    for (size_t i = 0; i < picture.bytes.size(); i += 4) pixels.push_back(argbOf(&picture.bytes[i]));
     return pixels;
 }
 
@@ -273,6 +272,7 @@ TEST(Render, AFailedStepIsLoggedAndTheBufferGivenBack) {
     }
 }
 
+// kept(vob-draw-failure)
 TEST(Render, AFailedDrawingDoesNotFailTheDecoding) {
     const samples::VobSub film = samples::demoVobSub();
     test::VobSubInMemory files;
@@ -359,6 +359,7 @@ TEST(Render, PixelsAreRedGreenBlueAlpha) {
               player.producer->last().bytes);
 }
 
+// kept(vob-position)
 TEST(Render, DrawsTheSubpictureInItsColours) {
     const samples::VobSub film = samples::demoVobSub();
     test::VobSubInMemory files;
@@ -374,8 +375,7 @@ TEST(Render, DrawsTheSubpictureInItsColours) {
     for (int y = 0; y < info.u16Height; ++y) {
         for (int x = 0; x < info.u16Width; ++x) {
             const U8 code = files.parser.m_buffer[static_cast<size_t>(y) * info.u16Width + static_cast<size_t>(x)];
-            const uint8_t* const p = picture.pixel(left + x, 576 - info.u16Height + y);
-            const U32 argb = U32{p[3]} << 24 | U32{p[0]} << 16 | U32{p[1]} << 8 | p[2];
+            const U32 argb = argbOf(picture.pixel(left + x, 576 - info.u16Height + y));
             different += argb != files.parser.m_au32Palette_result[code];
             drawn += argb != 0;
         }
@@ -408,7 +408,7 @@ TEST(Render, Scaling) {
          {16, 6},
          {"....1......2....", ".....1.33.2.....", "......1332......", ".......12.......", "......1..2......",
           ".....1....2....."}},
-        {"enlarged in width alone",
+        {"enlarged in width alone",  // kept(vob-stretch)
          {9, 6},
          {18, 7},
          {"..................", ".11............22.", "...11..3333..22...", ".....11333322.....", ".......1122.......",
@@ -477,6 +477,7 @@ TEST(Render, ASurfaceOfLessThanHalfTheFrameStaysEmpty) {
     EXPECT_EQ(Texts({"the surface is unavaliable"}), log.texts());
 }
 
+// kept(vob-no-size)
 TEST(Render, AFrameWithoutASizeIsEnlarged) {
     Player player({0, 0}, {1, 1});
     EXPECT_EQ(Texts({"1"}), drawing(player.render(samples::Bitmap({"1"}))));
@@ -486,6 +487,7 @@ TEST(Render, AFrameWithoutASizeIsEnlarged) {
 
 // --- edges -----------------------------------------------------------------------------------------------------
 
+// kept(vob-spill)
 TEST(Render, WhatReachesOverAnEdgeLandsInANeighbouringRow) {
     const samples::Bitmap wide({"1111222233", "3.......31"});
     // 10 pixels centred on 6: from column -2 on. Rows written later win.

@@ -91,6 +91,7 @@ TEST(FileSource, ANullPathIsEmpty) {
     }
 }
 
+// kept(file-long-path)
 TEST(FileSource, ALongPathFillsTheFieldWithoutATerminator) {
     for (const size_t length : {1, 510, 511, 512, 513, 600}) {
         SCOPED_TRACE(length);
@@ -181,6 +182,7 @@ TEST(FileSourceByPath, AFileOfNoBytesIsOpenToo) {
     EXPECT_EQ("", read(file, 10));
 }
 
+// kept(file-descriptor-0): and it is never closed
 TEST(FileSourceByPath, ADescriptorOfZeroCountsAsNone) {
     const TempFile temp("content");
     Closed file(bytesOf(temp.path()));
@@ -196,6 +198,7 @@ TEST(FileSourceByPath, ADescriptorOfZeroCountsAsNone) {
 
 // -------------------------------------------------------------------------------------- Open, by descriptor
 
+// kept(file-whole)
 TEST(FileSourceByDescriptor, ReadsTheWholeFileWhateverOffsetAndLength) {
     const std::string content = std::string(100, 'a') + std::string(50, 'b') + std::string(25, 'c');
     const TempFile temp(content);
@@ -203,8 +206,9 @@ TEST(FileSourceByDescriptor, ReadsTheWholeFileWhateverOffsetAndLength) {
     const LogCapture log;
     EXPECT_EQ(1, file.Open());
     EXPECT_EQ((Lines{line("Open fd =" + std::to_string(file.mFd) + "\n")}), log.lines());
+    EXPECT_EQ(content, read(file, 200));
     EXPECT_EQ(175u, file.Length());
-    EXPECT_EQ(content, read(file, 175));
+    EXPECT_EQ(content, read(file, 200));
 }
 
 TEST(FileSourceByDescriptor, IsNotMovedByOpening) {
@@ -239,6 +243,7 @@ TEST(FileSourceByDescriptor, DescriptorOneIsOne) {
     EXPECT_EQ(-1, closed) << "descriptor 1 is closed as any other";
 }
 
+// kept(file-descriptor-0)
 TEST(FileSourceByDescriptor, ADuplicateThatIsZeroOpensTheEmptyPathAndFails) {
     const TempFile temp("content");
     Closed file(temp.fd(), 0, 7);
@@ -433,6 +438,7 @@ TEST(FileSourceBare, DescriptorZeroIsOneHere) {
     }
 }
 
+// kept(file-failure-size)
 TEST(FileSourceBare, AFailureToReadIsAVeryLargeCount) {
     Bare file(-1);
     U8 buffer[4];
@@ -489,6 +495,7 @@ TEST(FileSource, WithoutAStreamNothingIsReadOrMeasured) {
     EXPECT_EQ(0u, part.Read(buffer, sizeof buffer));
 }
 
+// kept(file-failure-size)
 TEST(FileSource, AFailureToMeasureIsTheLargestLength) {
     const TempFile temp("content");
     Closed url(bytesOf(temp.path()));
@@ -505,6 +512,7 @@ TEST(FileSource, AFailureToMeasureIsTheLargestLength) {
     EXPECT_EQ(kFailure, bare.Length());
 }
 
+// kept(file-seek)
 TEST(FileSource, SeekMovesTheDescriptorAlone) {
     const TempFile temp("0123456789");
     Bare bare(temp.fd());

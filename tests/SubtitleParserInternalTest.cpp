@@ -135,6 +135,7 @@ TEST(SubtitleParserInternal, AnswersThroughTheBase) {
 
 // ------------------------------------------------------------------------------------------------------- order
 
+// kept(push-same-start)
 TEST(SubtitleParserInternal, KeepsEntriesByStart) {
     Queue queue;
     queue.push(0, "c", 3000, 4000);
@@ -208,6 +209,7 @@ TEST(SubtitleParserInternal, TellsTheTimesOfATag) {
     EXPECT_TRUE(queue.lockIsFree());
 }
 
+// kept(push-no-terminator)
 TEST(SubtitleParserInternal, CopiesAsMuchTextAsFits) {
     Queue queue;
     queue.push(0, "Hello", 1000, 2000);
@@ -285,7 +287,7 @@ TEST(SubtitleParserInternal, TakesBraceBlocksOut) {
     const TextRow kRows[] = {
         {"Hello", "Hello"},
         {"{\\an8}Hello", "Hello"},
-        {"Hi{unclosed", "Hi"},
+        {"Hi{unclosed", "Hi"},  // kept(push-brace-unclosed)
         {"Hi{", "Hi"},
         {"{", ""},
         {"", ""},
@@ -304,12 +306,12 @@ TEST(SubtitleParserInternal, TakesBraceBlocksOut) {
         {"two\nlines{x}\r\n", "two\nlines\r\n"},
         {"{two\nlines}Hi", "Hi"},
         {"\xE4\xBD\xA0{x}\xE5\xA5\xBD", "\xE4\xBD\xA0\xE5\xA5\xBD"},
-        {"\xA1\x7Bx\x7Dy", "\xA1y"},  // kept: the trail byte of a double-byte character counts as a brace
+        {"\xA1\x7Bx\x7Dy", "\xA1y"},  // kept(trail-byte-brace)
         {"Hi\0{there}"s, "Hi"},       // the text ends at its first zero byte
         {"\0Hi"s, ""},
         {"{a\0}Hi"s, ""},
         {"Hi\0"s, "Hi"},
-        {test::utf16le("Hi", false), "H"},  // kept: 16-bit text ends behind its first letter
+        {test::utf16le("Hi", false), "H"},  // kept(push-zero-byte)
         {test::utf16be("Hi", false), ""},
     };
     for (const TextRow& row : kRows) {
@@ -397,12 +399,12 @@ TEST(SubtitleParserInternal, FlushesOnALatePushAndOnAJumpBack) {
     } kRows[] = {
         {"in time", 500, 500, 5000, 6000, {"1000-9000 old", "5000-6000 new"}},
         {"just in time", 500, 5000, 5000, 6000, {"1000-9000 old", "5000-6000 new"}},
-        {"one millisecond late", 500, 5001, 5000, 6000, {"5000-6000 new"}},
-        {"late, ends now", 500, 6000, 5000, 6000, {"5000-6000 new"}},  // kept: an entry that ends right now stays
+        {"one millisecond late", 500, 5001, 5000, 6000, {"5000-6000 new"}},  // kept(push-late)
+        {"late, ends now", 500, 6000, 5000, 6000, {"5000-6000 new"}},        // kept(push-ends-now)
         {"late and over", 500, 6001, 5000, 6000, {}},
         {"late and over, end before start", 500, 6001, 6000, 10, {}},
         {"the same time again", 500, 500, 5000, 6000, {"1000-9000 old", "5000-6000 new"}},
-        {"one millisecond back", 500, 499, 5000, 6000, {"5000-6000 new"}},
+        {"one millisecond back", 500, 499, 5000, 6000, {"5000-6000 new"}},  // kept(push-late)
         {"back to the start", 500, 0, 5000, 6000, {"5000-6000 new"}},
         {"back and late", 5500, 5400, 5000, 6000, {"5000-6000 new"}},
     };
@@ -432,7 +434,7 @@ TEST(SubtitleParserInternal, DropsEntriesThatAreOver) {
         Entries left;
     } kRows[] = {
         {1999, {"1000-2000 a", "1500-9000 b", "3000-4000 c", "99000-99999 new"}},
-        {2000, {"1000-2000 a", "1500-9000 b", "3000-4000 c", "99000-99999 new"}},  // kept: ends right now, stays
+        {2000, {"1000-2000 a", "1500-9000 b", "3000-4000 c", "99000-99999 new"}},  // kept(push-ends-now)
         {2001, {"1500-9000 b", "3000-4000 c", "99000-99999 new"}},
         {5000, {"1500-9000 b", "3000-4000 c", "99000-99999 new"}},  // c is over, but b stands before it
         {9001, {"99000-99999 new"}},
@@ -447,6 +449,7 @@ TEST(SubtitleParserInternal, DropsEntriesThatAreOver) {
     }
 }
 
+// kept(push-ends-now)
 TEST(SubtitleParserInternal, AnEntryThatEndsNowStaysAndIsNotShown) {
     Queue queue;
     queue.push(0, "a", 1000, 2000);
@@ -526,6 +529,7 @@ TEST(SubtitleParserInternal, LogsToTheLetter) {
     }
 }
 
+// kept(push-no-limit)
 TEST(SubtitleParserInternal, WarnsAboveAThousandAndThirtyTwo) {
     Queue queue;
     const auto warnings = [&queue](U32 now, U32 start) {

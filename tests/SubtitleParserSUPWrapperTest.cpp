@@ -219,7 +219,7 @@ void playSample(SubtitleParserSUPWrapper& parser, const test::LogCapture& log, c
                   kGotInstance,
                   sample(instance),
                   sample(shown),                                                   // the caller's own reference
-                  wrapper("SubtitleParserSUPWrapper::SetIGraphicBufferProducer"),  // kept: behind its call
+                  wrapper("SubtitleParserSUPWrapper::SetIGraphicBufferProducer"),  // behind its call
                   wrapper("SubtitleParserSUPWrapper::BeginParse"),
                   sample("BeginParse"),
                   wrapper("SubtitleParserSUPWrapper::GetTagNum"),
@@ -249,6 +249,7 @@ TEST(SubtitleParserSUPWrapper, PassesCallsOnForAPath) {
     EXPECT_FALSE(isLoaded(SAMPLE_PLUGIN)) << "and its objects with it";
 }
 
+// kept(sup-entry-point)
 TEST(SubtitleParserSUPWrapper, PassesTheDescriptorTriple) {
     const std::string before(5000, '#');
     const test::TempFile file(before + kPictures + "5000 6000 1 1\n", ".sup");
@@ -318,6 +319,7 @@ TEST(SubtitleParserSUPWrapper, BeginParseWithANumberIsTheSameSingleCall) {
     }
 }
 
+// kept(sup-object)
 TEST(SubtitleParserSUPWrapper, NeverDestroysThePluginsObject) {
     const PluginAtPath plugin(PLACES_PLUGIN);
     const test::LogCapture log;

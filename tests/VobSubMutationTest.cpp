@@ -72,10 +72,8 @@ private:
     std::mt19937 mRandom;
 };
 
-samples::VobSub film() { return samples::demoVobSub(); }
-
 std::string longIndex() {
-    std::string idx = film().idx() + "delay: -00:00:01:500\ncustom colors: OFF\nalpha: 100%\n";
+    std::string idx = samples::demoVobSub().idx() + "delay: -00:00:01:500\ncustom colors: OFF\nalpha: 100%\n";
     for (unsigned i = 0; i < 2000; ++i) {
         if (i % 100 == 0) idx += "id: " + std::string(i % 200 == 0 ? "en" : "xx") + "\n";
         idx += samples::indexLine(i * 1000, i % 10 * 0x800) + "\n";
@@ -99,10 +97,10 @@ void useAll(SubtitleParserSUBIDX& parser) {
 }  // namespace
 
 TEST(VobSubMutations, Indexes) {
-    const std::string plain = film().idx();
+    const std::string plain = samples::demoVobSub().idx();
     const std::string kinds[] = {plain,       test::utf16le(plain),      test::utf16be(plain), "\xEF\xBB\xBF" + plain,
                                  longIndex(), test::utf16le(longIndex())};
-    const std::string sub = film().sub();
+    const std::string sub = samples::demoVobSub().sub();
     Mutator mutate(1);
     test::VobSubInMemory files;
     for (unsigned round = 0; round < rounds(); ++round) {
@@ -147,7 +145,7 @@ TEST(VobSubMutations, Units) {
 }
 
 TEST(VobSubMutations, Streams) {
-    const samples::VobSub whole = film();
+    const samples::VobSub whole = samples::demoVobSub();
     Mutator mutate(3);
     test::VobSubInMemory files;
     const sp<host::MemoryProducer> producer = new host::MemoryProducer({64, 48});
