@@ -546,18 +546,29 @@ TEST(Render, AnySizeFollowsTheRules) {
     EXPECT_LT(unavailable, 2000);
 }
 
-TEST(Render, ABitmapLargerThanTheParsersReadsZeroBehindIt) {
-    Player player({4096, 2024}, {2048, 1012});
-    SubtitleParserSUBIDX& parser = *player.parser;
-    memset(parser.m_buffer, 1, 1920 * 1080);
-    EXPECT_EQ(TRUE, parser._render(parser.m_buffer, 4096, 2024));
-    const host::Picture picture = player.producer->last();
-    // every second row and column: row 253 is the bitmap's row 506, in which 1024 bytes are left
-    const std::string row = drawing(picture)[253];
-    EXPECT_EQ(std::string(512, '1') + std::string(2048 - 512, '.'), row);
-    EXPECT_EQ(std::string(2048, '1'), drawing(picture)[252]);
-    EXPECT_EQ(std::string(2048, '.'), drawing(picture)[254]);
-    EXPECT_EQ(TRUE, parser._render(nullptr, 65535, 65535));
+TEST(Render, AnAreaLargerThanTheParsersBitmapReadsZeroBehindIt) {
+    samples::Subpicture picture;
+    picture.bitmap = samples::Bitmap(4096, 2024);  // 4096 x 506 codes and 1024 more are decoded
+    std::fill(picture.bitmap.codes.begin(), picture.bitmap.codes.end(), uint8_t{1});
+    picture.bitmap.at(0, 0) = 2;  // the colour of the first pixel goes
+    picture.spareLines = 1;
+    samples::VobSub film(4096, 2024, {kColours, std::end(kColours)});
+    film.track("en");
+    film.add(0, picture);
+    test::VobSubInMemory files;
+    files.load(film.idx(), film.sub());
+    const sp<host::MemoryProducer> producer(new host::MemoryProducer({2048, 1012}));
+    files.parser.SetIGraphicBufferProducer(producer);
+    stSubDecoderInfo info = {};
+    ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, 0, &info));
+    ASSERT_EQ(4096, info.u16Width);
+    ASSERT_EQ(2024, info.u16Height);
+    // every second row and column: row 253 is the bitmap's row 506, in which 1024 codes are left
+    const Texts rows = drawing(producer->last());
+    EXPECT_EQ(std::string(2048, '1'), rows[252]);
+    EXPECT_EQ(std::string(512, '1') + std::string(2048 - 512, '.'), rows[253]);
+    EXPECT_EQ(std::string(2048, '.'), rows[254]);
+    EXPECT_EQ(TRUE, files.parser._render(nullptr, 65535, 65535));
 }
 
 TEST(Render, EmptyPicturesClearTheSurface) {
