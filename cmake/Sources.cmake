@@ -22,6 +22,7 @@ set(VXSUBTITLE_SOURCES
     subtitle/parser/SubDialect.cpp
     subtitle/parser/TagTable.cpp
     subtitle/parser/TextParser.cpp
+    subtitle/system/Descriptor.cpp
     subtitle/system/LowMemory.cpp
     subtitle/system/Worker.cpp
     subtitle/vobsub/Blit.cpp

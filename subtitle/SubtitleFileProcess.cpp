@@ -3,6 +3,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include "subtitle/system/Descriptor.h"
 #include "subtitle/system/Log.h"
 #include "subtitle/system/PathField.h"
 
@@ -16,7 +17,7 @@ constexpr const char* kTag = "SubtitleFileProcess";
 
 /// A stream on a duplicate, so that closing the descriptor and then the stream closes neither twice.
 FILE* openDuplicate(int fd) {
-    const int copy = dup(fd);
+    const int copy = duplicate(fd);
     if (copy < 0) return nullptr;
     FILE* const stream = fdopen(copy, "rb");
     if (stream == nullptr) close(copy);
@@ -35,7 +36,7 @@ SubtitleFileProcess::SubtitleFileProcess(U8* path)
 
 SubtitleFileProcess::SubtitleFileProcess(int fd, S64 offset, S64 length)
     // kept: not SOURCE_TYPE_FD; the descriptor is opened as a stream, offset and length are kept and not applied
-    : mSourceType(SOURCE_TYPE_URL), fpFile(nullptr), mFd(dup(fd)), mOffset(offset), mLength(length) {
+    : mSourceType(SOURCE_TYPE_URL), fpFile(nullptr), mFd(duplicate(fd)), mOffset(offset), mLength(length) {
     storePath(pFileName, nullptr);
 }
 
@@ -53,7 +54,7 @@ S32 SubtitleFileProcess::Open() {
     switch (mSourceType) {
         case SOURCE_TYPE_URL_OFFSET_LENGTH:
             VX_LOG(kTag, "Open  %s    offset \n", path.text);
-            fpFile = mFd >= 0 ? openDuplicate(mFd) : fopen(path.text, "rb");
+            fpFile = mFd >= 0 ? openDuplicate(mFd) : fopen(path.text, "rbe");
             if (fpFile == nullptr) return 0;
             return fseek(fpFile, low32(mOffset), SEEK_SET) == -1 ? 0 : 1;
         case SOURCE_TYPE_FD:
@@ -63,7 +64,7 @@ S32 SubtitleFileProcess::Open() {
         case SOURCE_TYPE_URL:
             if (mFd < 1) {  // kept: descriptor 0 counts as none
                 VX_LOG(kTag, "Open filename = %s\n", path.text);
-                fpFile = fopen(path.text, "rb");
+                fpFile = fopen(path.text, "rbe");
             } else {
                 VX_LOG(kTag, "Open fd =%d\n", mFd);
                 fpFile = openDuplicate(mFd);

@@ -55,6 +55,12 @@ BOOL copyInCapitals(const Unit* src, U32 count, Unit* dst) {
     return TRUE;
 }
 
+/// Characters that a caller vouches for.
+struct BarePointer {
+    const U8* characters;
+    U8 at(size_t i) const { return characters[i]; }
+};
+
 /// The text of one entry.
 struct Extraction {
     const SubtitleParser& parser;
@@ -128,7 +134,7 @@ BOOL SubtitleParser::Init(U64 size) {
 }
 
 BOOL SubtitleParser::Deinit() {
-    joinWorkerOf(*this);
+    stopWorkerOf(*this);
     release(m_pu8RawBuffer);
     TagTable(*this).release();
     release(m_pu8SubtitleBuffer);
@@ -185,8 +191,7 @@ U32 SubtitleParser::SScanf(const U8* str, const char* format, ...) {
     if (str == nullptr || format == nullptr) return 0;
     va_list arguments;
     va_start(arguments, format);
-    const U32 conversions =
-        readNumbers([str](size_t i) { return str[i]; }, format, [&arguments] { return va_arg(arguments, U32*); });
+    const U32 conversions = readNumbers(BarePointer{str}, 0, format, [&arguments] { return va_arg(arguments, U32*); });
     va_end(arguments);
     return conversions;
 }

@@ -1,7 +1,5 @@
 #include "subtitle/SubtitleParserSSA.h"
 
-#include <stdlib.h>
-
 #include "subtitle/parser/EncodingCheck.h"
 #include "subtitle/parser/TextParser.h"
 #include "subtitle/text/Markup.h"
@@ -102,9 +100,7 @@ struct Scan {
 /// Behind a complete scan the texts tell GBK from Big5, and the table is put in order.
 void checkAndSort(SubtitleParser& parser) {
     parser.GetData2CheckPossibleEncodings();
-    if (parser.m_u32TagNum > 0 && parser.m_pTagBuffer != nullptr) {
-        qsort(parser.m_pTagBuffer, parser.m_u32TagNum, sizeof *parser.m_pTagBuffer, Compare);
-    }
+    TagTable(parser).sort();
 }
 
 /// The text of one Dialogue line.

@@ -13,6 +13,7 @@
 #include "subtitle/MPEGSubtitleDecoder.h"
 #include "subtitle/parser/ParserWorker.h"
 #include "subtitle/parser/TagTable.h"
+#include "subtitle/system/Descriptor.h"
 #include "subtitle/system/Log.h"
 #include "subtitle/system/PathField.h"
 #include "subtitle/vobsub/Blit.h"
@@ -126,7 +127,7 @@ bool allocateBuffers(SubtitleParserSUBIDX& parser) {
 
 /// Closes what an earlier `BeginParse` opened, when its worker no longer reads it.
 void closeFiles(SubtitleParserSUBIDX& parser) {
-    joinWorkerOf(parser);
+    stopWorkerOf(parser);
     for (FILE** const file : {&parser.fpIdx, &parser.fpSub}) {
         if (*file != nullptr) fclose(*file);
         *file = nullptr;
@@ -192,7 +193,7 @@ SubtitleParserSUBIDX::SubtitleParserSUBIDX(int, int, S64, S64)
 }
 
 SubtitleParserSUBIDX::~SubtitleParserSUBIDX() {
-    joinWorkerOf(*this);
+    stopWorkerOf(*this);
     SubtitleParserSUBIDX::Refresh();
     delete m_pDecoder;
     closeFiles(*this);
@@ -215,7 +216,7 @@ BOOL SubtitleParserSUBIDX::Init(U64 size) {
 BOOL SubtitleParserSUBIDX::BeginParse() {
     closeFiles(*this);
     const auto open = [](const Path& path) {
-        FILE* const file = fopen(path.text, "rb");
+        FILE* const file = fopen(path.text, "rbe");
         if (file == nullptr) VX_LOG(kTag, "SubtitleParserSUBIDX could not open subtitle file:%s\n", path.text);
         return file;
     };
@@ -231,7 +232,7 @@ BOOL SubtitleParserSUBIDX::BeginParse() {
 BOOL SubtitleParserSUBIDX::BeginParse(int idxFd, int subFd) {
     closeFiles(*this);
     // One descriptor for both would be closed twice.
-    const int subOwn = subFd == idxFd ? dup(subFd) : subFd;
+    const int subOwn = subFd == idxFd ? duplicate(subFd) : subFd;
     fpIdx = adopt(idxFd);
     fpSub = adopt(subOwn);
     if (fpIdx == nullptr || fpSub == nullptr) {
@@ -251,7 +252,7 @@ void SubtitleParserSUBIDX::ParserThread() {
     // kept: without the flag `BeginParse` fails, when its limit has passed
     const IndexValues values = {m_eCodeType, m_au32Palette, m_u32Width, m_u32Height, m_u32OriginX, m_u32OriginY};
     Table table(*this);
-    IndexScan scan(indexWindow(*this), m_s64DataTotalSize, values, m_au8LanguageCode, table);
+    IndexScan scan(indexWindow(*this), m_s64DataTotalSize, values, m_au8LanguageCode, table, stopOf(*this));
     if (scan.run()) raiseFlag(bParseFinish);
 }
 
@@ -328,7 +329,8 @@ void SubtitleParserSUBIDX::SetIGraphicBufferProducer(const sp<IGraphicBufferProd
         m_NativeWindow = nullptr;
         return;
     }
-    m_NativeWindow = new Surface(producer, false);
+    m_NativeWindow = new (std::nothrow) Surface(producer, false);
+    if (m_NativeWindow == nullptr) return;
     native_window_set_usage(m_NativeWindow.get(), GRALLOC_USAGE_SW_WRITE_OFTEN);
 }
 

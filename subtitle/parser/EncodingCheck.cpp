@@ -5,6 +5,7 @@
 
 #include "subtitle/charset/Charset.h"
 #include "subtitle/system/Log.h"
+#include "subtitle/system/StopRequest.h"
 #include "subtitle/text/WorkText.h"
 
 namespace vxsubtitle {
@@ -14,7 +15,8 @@ void checkEntries(SubtitleParser& parser, const CheckStyle& style) {
     if (style.start != nullptr) VX_LOG(style.tag, "%s", style.start);
     U8* const text = static_cast<U8*>(malloc(kWorkBufferSize));
     if (text == nullptr) return;
-    for (U32 index = 0; index < 100; ++index) {
+    const StopRequest stop(parser.mWorkerState);
+    for (U32 index = 0; index < 100 && !stop.isMade(); ++index) {
         ST_MEDIA_SUBTITLE_PARSER_TAG tag{};
         if (parser.GetTagInfo(0, index, &tag) != TRUE) break;
         memset(text, 0, kWorkBufferSize);

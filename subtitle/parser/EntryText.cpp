@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 namespace vxsubtitle {
 
 void takeDataSize(SubtitleParser& parser) {
@@ -18,11 +20,10 @@ U32 copyUpTo(SubtitleParser& parser, S64 pos, S64 end) {
     parser.m_s64SubtitleBufferPosition = 0;
     const S64 limit = parser.m_pu8RawBuffer != nullptr ? S64{parser.mRawBufferLimit} : 0;
     if (pos < 0 || pos >= limit || end == pos) return 0;
-    S64 count = limit - pos;
-    if (count > S64{kWorkBufferSize}) count = kWorkBufferSize;
-    if (end > pos && end - pos < count) count = end - pos;
-    memcpy(parser.m_pu8SubtitleBuffer, parser.m_pu8RawBuffer + pos, static_cast<size_t>(count));
-    return static_cast<U32>(count);
+    const S64 span = end > pos && end - pos < S64{kWorkBufferSize} ? end - pos : S64{kWorkBufferSize};
+    const S64 available = limit - pos;
+    memcpy(parser.m_pu8SubtitleBuffer, parser.m_pu8RawBuffer + pos, static_cast<size_t>(std::min(span, available)));
+    return static_cast<U32>(span);
 }
 
 U32 copyEntry(SubtitleParser& parser, U32 index) {

@@ -7,12 +7,13 @@
 
 namespace vxsubtitle {
 
-/// The file's data, as far as it may be read.
+/// The file's data, as far as it may be read, and until the parser's worker is asked to stop.
 template <class Enc>
 TextView<Enc> dataOf(const SubtitleParser& parser) {
     const S64 total = parser.m_s64DataTotalSize;
     const U32 limit = parser.mRawBufferLimit;
-    return {parser.m_pu8RawBuffer, total < 1 ? 0 : total < S64{limit} ? static_cast<size_t>(total) : limit};
+    const size_t size = total < 1 ? 0 : total < S64{limit} ? static_cast<size_t>(total) : limit;
+    return {parser.m_pu8RawBuffer, size, StopRequest(parser.mWorkerState)};
 }
 
 /// Calls `use` with the file's data in the encoding of the parser's code type.

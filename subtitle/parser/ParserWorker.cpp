@@ -1,20 +1,25 @@
 #include "subtitle/parser/ParserWorker.h"
 
-#include <unistd.h>
-
 #include "subtitle/system/Log.h"
 
 namespace vxsubtitle {
 
 namespace {
 
-WorkerSlot slotOf(SubtitleParser& parser) { return {parser.m_threadParser, parser.mWorkerState, parser.bParseFinish}; }
+WorkerSlot slotOf(SubtitleParser& parser) { return {parser.m_threadParser, parser.mWorkerState}; }
 
-void waitForWorker(SubtitleParser& parser, const WorkerStyle& style) {
-    headStart(parser.bParseFinish);
+/// Waits until the scan has finished or the limit has passed, and joins a worker that is over. Whether it has finished:
+/// the look that ends the wait decides about the join and the result.
+bool waitForScan(SubtitleParser& parser, const WorkerStyle& style) {
+    const WorkerSlot slot = slotOf(parser);
     const U32 start = parser.GetSystemTime();
-    while (!isRaised(parser.bParseFinish) && parser.GetSystemTime() - start < style.limitMs) usleep(style.periodUs);
-    joinIfOver(slotOf(parser));
+    bool finished = isRaised(parser.bParseFinish);
+    while (!finished && parser.GetSystemTime() - start < style.limitMs) {
+        waitForEnd(slot, style.periodUs);
+        finished = isRaised(parser.bParseFinish);
+    }
+    if (finished || hasEnded(slot)) joinWorker(slot);
+    return finished;
 }
 
 }  // namespace
@@ -23,7 +28,11 @@ void logWords(const WorkerStyle& style, const char* words) {
     if (words != nullptr) VX_LOG(style.tag, "%s", words);
 }
 
-void joinWorkerOf(SubtitleParser& parser) { joinWorker(slotOf(parser)); }
+void stopWorkerOf(SubtitleParser& parser) { stopWorker(slotOf(parser)); }
+
+bool hasWorker(SubtitleParser& parser) { return hasWorker(slotOf(parser)); }
+
+StopRequest stopOf(const SubtitleParser& parser) { return StopRequest(parser.mWorkerState); }
 
 bool mayStart(const SubtitleParser& parser, const WorkerStyle& style) {
     if (style.startsOnce && parser.m_threadParser != 0) return false;
@@ -37,8 +46,7 @@ BOOL runWorker(SubtitleParser& parser, const WorkerStyle& style, void* (*main)(v
         return FALSE;
     }
     logWords(style, style.waiting);
-    waitForWorker(parser, style);
-    const bool finished = isRaised(parser.bParseFinish);
+    const bool finished = waitForScan(parser, style);
     VX_LOG(style.tag, style.waited, style.waitedShowsFlag ? U32{finished} : U32{parser.m_eFlag});
     return finished ? TRUE : FALSE;
 }

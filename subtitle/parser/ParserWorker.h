@@ -22,9 +22,16 @@ struct WorkerStyle {
 /// Logs words without numbers, if there are any.
 void logWords(const WorkerStyle& style, const char* words);
 
-/// Waits for the parser's worker, if it has one that was not joined. Call before anything that it uses is freed,
-/// replaced or destroyed; first thing in every concrete destructor, because workers call virtual operations.
-void joinWorkerOf(SubtitleParser& parser);
+/// Asks the parser's worker to stop and waits for it, if there is one that was not joined. Call before anything that it
+/// uses is freed, replaced or destroyed; first thing in every concrete destructor, because workers call virtual
+/// operations.
+void stopWorkerOf(SubtitleParser& parser);
+
+/// Whether the parser has a worker that was not joined: its limit has passed, and nobody knows how far it is.
+[[nodiscard]] bool hasWorker(SubtitleParser& parser);
+
+/// What the parser's worker looks at.
+StopRequest stopOf(const SubtitleParser& parser);
 
 /// Whether `runWorker` would start a worker: the buffers are there, and it need not be the first.
 [[nodiscard]] bool mayStart(const SubtitleParser& parser, const WorkerStyle& style);

@@ -12,7 +12,7 @@ struct Extraction {
     U8* buf;
     U32 size;
     U32 span;    ///< bytes up to the next entry
-    U32 copied;  ///< bytes in the work buffer; of 16-bit text only whole units count
+    U32 copied;  ///< bytes of the span in the work buffer; of 16-bit text only whole units count
 
     /// 8-bit text without its markup, 16-bit text with it, until `ends`, a 0 or the size limit; `trim` has the last
     /// word. A text that ends behind a tag is neither trimmed nor terminated.
@@ -44,8 +44,12 @@ struct AtLineBreak {
 };
 
 struct Line : Extraction {
-    U32 operator()(WorkText<Bytes> in) const { return walk(in, outputLimit8(size), AtLineBreak{}, [](auto&) {}); }
-    U32 operator()(WorkText<Utf16Le> in) const { return walk(in, outputLimit16(size), AtLineBreak{}, [](auto&) {}); }
+    U32 operator()(WorkText<Bytes> in) const {
+        return walk(in, outputLimit8(size), AtLineBreak{}, [](auto&) {});
+    }
+    U32 operator()(WorkText<Utf16Le> in) const {
+        return walk(in, outputLimit16(size), AtLineBreak{}, [](auto&) {});
+    }
     U32 operator()(WorkText<Utf16Be> in) const {
         return copyFirstLine(in, {buf, size}, copied / 2, outputLimit16(size));
     }

@@ -52,6 +52,7 @@ struct SubDialect {
     const char* announcement;  ///< logged before it is tried
     bool takesFrameRate;       ///< gets the rate that the player set
 
+    // Both answer null when memory is short.
     SubtitleParser* (*fromPath)(U8* path);
     SubtitleParser* (*fromDescriptor)(int fd);
 };
@@ -65,9 +66,9 @@ constexpr SubDialect subDialect(const char* announcement, bool takesFrameRate = 
     return {
         announcement,
         takesFrameRate,
-        [](U8* path) -> SubtitleParser* { return new Parser(path); },
+        [](U8* path) -> SubtitleParser* { return new (std::nothrow) Parser(path); },
         // the whole file, whatever part was asked for
-        [](int fd) -> SubtitleParser* { return new Parser(fd, 0, 0); },
+        [](int fd) -> SubtitleParser* { return new (std::nothrow) Parser(fd, 0, 0); },
     };
 }
 

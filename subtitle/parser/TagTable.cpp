@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "subtitle/system/Log.h"
+#include "subtitle/system/StopRequest.h"
 
 namespace vxsubtitle {
 
@@ -38,6 +39,52 @@ bool TagTable::grow() {
     return true;
 }
 
+namespace {
+
+using Tag = ST_MEDIA_SUBTITLE_PARSER_TAG;
+
+/// Sorts `count` tags by halves, equal starts in the order in which they stand; `spare` has room for as many.
+void sortByStart(Tag* tags, size_t count, Tag* spare, const StopRequest& stop) {
+    if (count < 2 || stop.isMade()) return;
+    const size_t half = count / 2;
+    sortByStart(tags, half, spare, stop);
+    sortByStart(tags + half, count - half, spare, stop);
+    const Tag* left = tags;
+    const Tag* right = tags + half;
+    const Tag* const leftEnd = right;
+    const Tag* const rightEnd = tags + count;
+    Tag* out = spare;
+    while (left != leftEnd && right != rightEnd) *out++ = Compare(left, right) <= 0 ? *left++ : *right++;
+    while (left != leftEnd) *out++ = *left++;
+    memcpy(static_cast<void*>(tags), spare, static_cast<size_t>(out - spare) * sizeof *tags);
+}
+
+/// Whether the tags stand in order by whatever pairs of them are compared: `Compare` takes differences for signed
+/// values, so their sum has to stay below 2^31.
+bool inOrder(const Tag* tags, size_t count) {
+    U64 rise = 0;
+    for (size_t i = 1; i < count; ++i) {
+        const int step = Compare(tags + i, tags + i - 1);
+        if (step < 0) return false;
+        rise += static_cast<U64>(step);
+    }
+    return rise <= 0x7FFFFFFF;
+}
+
+}  // namespace
+
+void TagTable::sort() {
+    const size_t count = mParser.m_u32TagNum;
+    if (mParser.m_pTagBuffer == nullptr || inOrder(mParser.m_pTagBuffer, count)) return;
+    Tag* const spare = static_cast<Tag*>(malloc(count * sizeof(Tag)));
+    if (spare != nullptr) {
+        sortByStart(mParser.m_pTagBuffer, count, spare, StopRequest(mParser.mWorkerState));
+        free(spare);
+    } else {
+        qsort(mParser.m_pTagBuffer, count, sizeof *mParser.m_pTagBuffer, Compare);
+    }
+}
+
 S64 positionOf(const SubtitleParser& parser, U32 index) {
     return index < parser.m_u32TagBufferNum ? parser.m_pTagBuffer[index].s64Pos : 0;
 }
@@ -49,7 +96,8 @@ U32 spanOf(const SubtitleParser& parser, U32 index) {
 void logTags(const SubtitleParser& parser, const char* logTag) {
     constexpr char kRule[] = "\n\n*************************************\n\n";
     VX_LOG(logTag, "%s", kRule);
-    for (U32 i = 0; parser.m_pTagBuffer != nullptr && i < parser.m_u32TagNum; ++i) {
+    const StopRequest stop(parser.mWorkerState);
+    for (U32 i = 0; parser.m_pTagBuffer != nullptr && i < parser.m_u32TagNum && !stop.isMade(); ++i) {
         const ST_MEDIA_SUBTITLE_PARSER_TAG& tag = parser.m_pTagBuffer[i];
         VX_LOG(logTag, "Time = %lu, %lu, %08lx\n", asUnsignedLong(tag.u32TimeStart), asUnsignedLong(tag.u32TimeEnd),
                asUnsignedLong(static_cast<U32>(tag.s64Pos)));

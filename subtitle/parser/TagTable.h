@@ -25,6 +25,10 @@ public:
     /// table nothing is stored, and that is no failure.
     [[nodiscard]] bool add(U32 start, U32 end, S64 pos);
 
+    /// Puts the tags in the order of `Compare`, those that it calls equal in the order in which they stand; ends early
+    /// when the worker is asked to stop.
+    void sort();
+
     /// Of the tags from `first` up to and including `last`, which are searched by halves, the index of the one that
     /// began last at `timeMs` of play time; what lies around them shows at the edges.
     U32 lookUp(U32 timeMs, U32 first, U32 last) const;

@@ -47,7 +47,7 @@ void tellEncoding(SubtitleParser& parser, const TextFormat& format) {
 }
 
 BOOL beginParse(SubtitleParser& parser, const TextFormat& format, void* (*main)(void*), void* argument) {
-    joinWorkerOf(parser);  // of an earlier call
+    stopWorkerOf(parser);  // of an earlier call
     if (format.countsAnew) parser.m_u32TagNum = 0;
     logWords(format.worker, format.enter);
     if (parser.pFileProcess == nullptr) return FALSE;
@@ -65,7 +65,7 @@ void runScan(SubtitleParser& parser, const TextFormat& format) {
         if (format.accepts == nullptr) tellEncoding(parser, format);
         complete = format.scan(parser, firstUnit(parser, format));
     }
-    if (complete) {
+    if (complete && !stopOf(parser).isMade()) {
         if (format.logsTable) logTags(parser, format.worker.tag);
         // kept: after a scan that is not complete the flag stays down, so that `BeginParse` fails at its limit
         raiseFlag(parser.bParseFinish);
@@ -83,7 +83,7 @@ BOOL describeTrack(const SubtitleParser& parser, const TextFormat& format, ST_ME
 }
 
 void releaseFile(SubtitleParser& parser) {
-    joinWorkerOf(parser);
+    stopWorkerOf(parser);
     if (parser.pFileProcess == nullptr) return;
     parser.pFileProcess->Close();
     delete parser.pFileProcess;

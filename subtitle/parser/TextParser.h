@@ -2,6 +2,8 @@
 /// format says what is its own.
 #pragma once
 
+#include <new>
+
 #include "subtitle/SubtitleFileProcess.h"
 #include "subtitle/parser/EntryText.h"
 #include "subtitle/parser/ParserWorker.h"
@@ -78,9 +80,10 @@ BOOL describeTrack(const SubtitleParser& parser, const TextFormat& format, ST_ME
 /// Destroys what every file parser's destructor destroys: waits for the worker, closes and deletes the file source.
 void releaseFile(SubtitleParser& parser);
 
+/// Null when memory is short.
 template <class... Arguments>
 SubtitleFileProcess* makeFileSource(Arguments... arguments) {
-    return new SubtitleFileProcess(arguments...);
+    return new (std::nothrow) SubtitleFileProcess(arguments...);
 }
 
 }  // namespace vxsubtitle

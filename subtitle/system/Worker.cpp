@@ -1,11 +1,45 @@
+// The worker thread, and the one condition by which every worker's end is announced.
 #include "subtitle/system/Worker.h"
 
-#include <sched.h>
+#include <errno.h>
 #include <time.h>
 
 namespace vxsubtitle {
 
+namespace {
+
+pthread_once_t once = PTHREAD_ONCE_INIT;
+pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;  // orders a worker's last store and the waits for it
+pthread_cond_t someoneEnded;                        // by the monotonic clock; never destroyed
+
+void makeCondition() {
+    pthread_condattr_t attributes;
+    pthread_condattr_init(&attributes);
+    pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+    pthread_cond_init(&someoneEnded, &attributes);
+    pthread_condattr_destroy(&attributes);
+}
+
+U8 stateOf(const WorkerSlot& slot) {
+    return static_cast<U8>(__atomic_load_n(&slot.state, __ATOMIC_ACQUIRE) & ~StopRequest::kBit);
+}
+
+timespec fromNow(U32 microseconds) {
+    timespec time;
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    time.tv_sec += static_cast<time_t>(microseconds / 1000000);
+    time.tv_nsec += static_cast<long>(microseconds % 1000000) * 1000;
+    if (time.tv_nsec >= 1000000000) {
+        time.tv_nsec -= 1000000000;
+        ++time.tv_sec;
+    }
+    return time;
+}
+
+}  // namespace
+
 bool startWorker(WorkerSlot slot, void* (*main)(void*), void* argument) {
+    pthread_once(&once, makeCondition);
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, 65536);
@@ -17,29 +51,38 @@ bool startWorker(WorkerSlot slot, void* (*main)(void*), void* argument) {
     return false;
 }
 
+void workerEnded(U8& state) {
+    pthread_mutex_lock(&mutex);
+    __atomic_store_n(&state, U8{kWorkerEnded}, __ATOMIC_RELEASE);
+    pthread_cond_broadcast(&someoneEnded);
+    pthread_mutex_unlock(&mutex);
+}
+
+bool hasWorker(WorkerSlot slot) { return stateOf(slot) == kWorkerRunning || stateOf(slot) == kWorkerEnded; }
+
+bool hasEnded(WorkerSlot slot) { return stateOf(slot) == kWorkerEnded; }
+
+void waitForEnd(WorkerSlot slot, U32 periodUs) {
+    pthread_once(&once, makeCondition);
+    const timespec end = fromNow(periodUs);
+    pthread_mutex_lock(&mutex);
+    const bool running = stateOf(slot) == kWorkerRunning;
+    // the ends of other parsers' workers wake it up, too
+    for (int result = 0; result == 0 && !(running && hasEnded(slot));) {
+        result = pthread_cond_timedwait(&someoneEnded, &mutex, &end);
+    }
+    pthread_mutex_unlock(&mutex);
+}
+
 void joinWorker(WorkerSlot slot) {
-    const U8 state = __atomic_load_n(&slot.state, __ATOMIC_ACQUIRE);
-    if (state != kWorkerRunning && state != kWorkerEnded) return;
+    if (!hasWorker(slot)) return;
     pthread_join(slot.thread, nullptr);
     __atomic_store_n(&slot.state, U8{kWorkerJoined}, __ATOMIC_RELEASE);
 }
 
-void joinIfOver(WorkerSlot slot) {
-    if (isRaised(slot.finished) || __atomic_load_n(&slot.state, __ATOMIC_ACQUIRE) == kWorkerEnded) joinWorker(slot);
-}
-
-void headStart(const U8& finished) {
-    constexpr long kNanoseconds = 2000000;
-    constexpr int kLooks = 20000;  // ends the head start when a test's clock stands still
-    timespec start;
-    clock_gettime(CLOCK_MONOTONIC, &start);
-    for (int look = 0; look < kLooks && !isRaised(finished); ++look) {
-        sched_yield();
-        timespec now;
-        clock_gettime(CLOCK_MONOTONIC, &now);
-        if (now.tv_sec - start.tv_sec > 1) return;
-        if ((now.tv_sec - start.tv_sec) * 1000000000L + (now.tv_nsec - start.tv_nsec) >= kNanoseconds) return;
-    }
+void stopWorker(WorkerSlot slot) {
+    if (stateOf(slot) == kWorkerRunning) __atomic_fetch_or(&slot.state, StopRequest::kBit, __ATOMIC_RELAXED);
+    joinWorker(slot);
 }
 
 }  // namespace vxsubtitle

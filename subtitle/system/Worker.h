@@ -1,14 +1,15 @@
-/// The life of a parser's worker thread: started once, never outlives what it uses.
+/// The life of a parser's worker thread: started once, never outlives what it uses, stops when it is asked to.
 #pragma once
 
 #include <pthread.h>
 
-#include "subtitle/SubtitleTypes.h"
+#include "subtitle/system/StopRequest.h"
 
 namespace vxsubtitle {
 
 using namespace android;
 
+/// The low bits of a worker's state byte; `StopRequest::kBit` is added while it is asked to stop.
 enum WorkerState : U8 {
     kWorkerNone = 0,
     kWorkerRunning,
@@ -19,26 +20,33 @@ enum WorkerState : U8 {
 /// The fields of a parser through which its worker is known.
 struct WorkerSlot {
     pthread_t& thread;
-    U8& state;     ///< a `WorkerState`, accessed atomically
-    U8& finished;  ///< raised by the worker when its scan ended normally, accessed atomically
+    U8& state;  ///< a `WorkerState`, accessed atomically
 };
 
 inline bool isRaised(const U8& flag) { return __atomic_load_n(&flag, __ATOMIC_ACQUIRE) != 0; }
 inline void raiseFlag(U8& flag) { __atomic_store_n(&flag, U8{1}, __ATOMIC_RELEASE); }
-inline void workerEnded(U8& state) { __atomic_store_n(&state, U8{kWorkerEnded}, __ATOMIC_RELEASE); }
 
 /// Starts `main(argument)` on a thread of its own with a stack of 65536 bytes. False when no thread could be
 /// created; the thread handle is 0 then.
-bool startWorker(WorkerSlot slot, void* (*main)(void*), void* argument);
+[[nodiscard]] bool startWorker(WorkerSlot slot, void* (*main)(void*), void* argument);
+
+/// The worker's last call: whoever waits for its end goes on, and may destroy what it used.
+void workerEnded(U8& state);
+
+/// Whether a worker was started, and not joined yet.
+[[nodiscard]] bool hasWorker(WorkerSlot slot);
+
+/// Whether the worker has ended, and was not joined yet.
+[[nodiscard]] bool hasEnded(WorkerSlot slot);
+
+/// Waits until the worker ends, but no longer than `periodUs` microseconds. A worker that had already ended does not
+/// shorten the period.
+void waitForEnd(WorkerSlot slot, U32 periodUs);
 
 /// Waits for a worker that was started and not joined yet; nothing to do otherwise.
 void joinWorker(WorkerSlot slot);
 
-/// Joins the worker when that costs no waiting to speak of: its flag is up, or it has ended without it.
-void joinIfOver(WorkerSlot slot);
-
-/// Gives the worker a head start: yields until the flag is up, 2 ms have passed or 20,000 looks were made, so that
-/// small files never cost a poll period.
-void headStart(const U8& finished);
+/// The same, and asks it to stop first.
+void stopWorker(WorkerSlot slot);
 
 }  // namespace vxsubtitle

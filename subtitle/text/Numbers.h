@@ -6,21 +6,31 @@
 
 namespace vxsubtitle {
 
-/// Reads numbers under `format`: "%u" and "%x" convert, white space in the format is ignored, any other character
-/// takes one input character whatever it is. `read(i)` answers the input character at `i`; `nextSlot()` gives the
-/// `U32*` of the next conversion, null to end. Returns the number of conversions.
-template <class Read, class NextSlot>
-constexpr U32 readNumbers(Read read, const char* format, NextSlot nextSlot) {
+/// Past the blanks of `in` at `i`.
+template <class Characters>
+constexpr size_t skipBlanks(const Characters& in, size_t i) {
+    while (isBlank(in.at(i))) ++i;
+    return i;
+}
+template <class Enc>
+size_t skipBlanks(const TextView<Enc>& in, size_t i) {
+    return in.skipBlanks(i);
+}
+
+/// Reads numbers from `in`, anything that answers `at(i)` in 8-bit characters, from `i` on under `format`: "%u" and
+/// "%x" convert, white space in the format is ignored, any other character takes one input character whatever it is.
+/// `nextSlot()` gives the `U32*` of the next conversion, null to end. Returns the number of conversions.
+template <class Characters, class NextSlot>
+constexpr U32 readNumbers(const Characters& in, size_t i, const char* format, NextSlot nextSlot) {
     const auto digitOf = [](U8 c, U32 base) -> U32 {
         if (isDigit(c)) return c - U32{'0'};
         if (base == 16 && (c | 32) >= 'a' && (c | 32) <= 'f') return (c | 32U) - 'a' + 10;
         return base;
     };
-    size_t i = 0;
     U32 conversions = 0;
     for (const char* f = format; *f != 0; ++f) {
         if (isSpace(static_cast<U8>(*f))) continue;
-        while (isSpace(read(i)) && read(i) != kCr && read(i) != kLf) ++i;
+        if (isBlank(in.at(i))) i = skipBlanks(in, i);
         if (*f != '%') {
             ++i;  // kept: a literal takes any character, a line end and a 0 included; "%u:%u" reads 1.2
             continue;
@@ -32,7 +42,7 @@ constexpr U32 readNumbers(Read read, const char* format, NextSlot nextSlot) {
         *value = 0;
         const U32 base = *f == 'x' ? 16 : 10;
         U32 digits = 0;
-        for (U32 d = 0; digits < 16 && (d = digitOf(read(i), base)) < base; ++digits, ++i) *value = *value * base + d;
+        for (U32 d = 0; digits < 16 && (d = digitOf(in.at(i), base)) < base; ++digits, ++i) *value = *value * base + d;
         if (digits == 0) break;
         ++conversions;
     }
@@ -44,8 +54,7 @@ constexpr U32 readNumbers(Read read, const char* format, NextSlot nextSlot) {
 template <class View, size_t N>
 constexpr U32 readSome(const View& in, size_t pos, const char* format, U32 (&values)[N]) {
     size_t next = 0;
-    const auto read = [&](size_t i) { return in.at(pos + i); };
-    return readNumbers(read, format, [&] { return next < N ? &values[next++] : nullptr; });
+    return readNumbers(in, pos, format, [&] { return next < N ? &values[next++] : nullptr; });
 }
 
 /// The same; true when all of them were converted.

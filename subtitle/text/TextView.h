@@ -8,6 +8,7 @@
 #include <string.h>
 
 #include "subtitle/SubtitleTypes.h"
+#include "subtitle/system/StopRequest.h"
 
 namespace vxsubtitle {
 
@@ -18,6 +19,7 @@ constexpr U8 kLf = 10;
 
 /// White space of every scan: 9 to 13 and 32 on the unit as stored, whatever the locale.
 constexpr bool isSpace(U32 unit) { return unit == ' ' || (unit >= 9 && unit <= 13); }
+constexpr bool isBlank(U32 unit) { return isSpace(unit) && unit != kCr && unit != kLf; }
 constexpr bool isDigit(U32 unit) { return unit >= '0' && unit <= '9'; }
 constexpr bool isLetter(U32 unit) { return (unit | 32) >= 'a' && (unit | 32) <= 'z'; }
 
@@ -115,8 +117,10 @@ public:
     using Unit = typename Enc::Unit;
     static constexpr size_t kWidth = sizeof(Unit);
 
-    /// Views `size` bytes at `data`; an odd last byte of 16-bit text counts as one more unit with high byte 0.
-    TextView(const U8* data, size_t size) : mData(data), mSize(data != nullptr ? size : 0) {}
+    /// Views `size` bytes at `data`; an odd last byte of 16-bit data counts as one more unit with high byte 0. Once
+    /// `stop` is made nothing is inside any more, and searches end early.
+    TextView(const U8* data, size_t size, StopRequest stop = {})
+        : mData(data), mSize(data != nullptr ? size : 0), mStop(stop) {}
 
     /// The unit at `i`, 0 behind the data.
     Unit at(size_t i) const {
@@ -126,21 +130,32 @@ public:
 
     size_t wholeUnits() const { return mSize / kWidth; }
     size_t end() const { return mSize / kWidth + mSize % kWidth; }  ///< the index behind the last unit
-    bool inside(size_t i) const { return i < end(); }
+    bool inside(size_t i) const { return i < end() && !mStop.isMade(); }
     static S64 byteOffset(size_t i) { return static_cast<S64>(i) * static_cast<S64>(kWidth); }
 
     // The skips move forward and never past the end; an index already behind it stays.
 
     size_t skipSpace(size_t i) const {
-        while (i < end() && isSpace(at(i))) ++i;
-        return i;
+        return search(i, end(), [this](size_t from, size_t to) {
+            while (from < to && isSpace(at(from))) ++from;
+            return from;
+        });
+    }
+
+    /// The same within the line.
+    size_t skipBlanks(size_t i) const {
+        return search(i, end(), [this](size_t from, size_t to) {
+            while (from < to && isBlank(at(from))) ++from;
+            return from;
+        });
     }
 
     /// To the first CR or LF at or after `i`.
     size_t toLineEnd(size_t i) const {
         if constexpr (kWidth == 1) {
-            if (i >= mSize) return i;
-            return static_cast<size_t>(bytes::findLineEnd(mData + i, mData + mSize) - mData);
+            return search(i, mSize, [this](size_t from, size_t to) {
+                return static_cast<size_t>(bytes::findLineEnd(mData + from, mData + to) - mData);
+            });
         } else {
             i = find(i, isLineEnd<Enc>);
             return i < end() && !isLineEnd<Enc>(at(i)) ? end() : i;
@@ -149,21 +164,26 @@ public:
 
     /// Past the whole run of CR and LF at `i`: blank lines vanish.
     size_t pastLineEnds(size_t i) const {
-        while (i < end() && isLineEnd<Enc>(at(i))) ++i;
-        return i;
+        return search(i, end(), [this](size_t from, size_t to) {
+            while (from < to && isLineEnd<Enc>(at(from))) ++from;
+            return from;
+        });
     }
 
     /// The first whole unit at or after `i` for which `is` holds. Not below `wholeUnits()` when there is none.
     template <class Is>
     size_t find(size_t i, Is is) const {
-        while (i < wholeUnits() && !is(Enc::load(mData + i * kWidth))) ++i;
-        return i;
+        return search(i, wholeUnits(), [this, is](size_t from, size_t to) {
+            while (from < to && !is(Enc::load(mData + from * kWidth))) ++from;
+            return from;
+        });
     }
     size_t findUnit(size_t i, Unit unit) const {
         if constexpr (kWidth == 1) {
-            if (i >= mSize) return i;
-            const void* const found = memchr(mData + i, unit, mSize - i);
-            return found != nullptr ? static_cast<size_t>(static_cast<const U8*>(found) - mData) : mSize;
+            return search(i, mSize, [this, unit](size_t from, size_t to) {
+                const void* const found = memchr(mData + from, unit, to - from);
+                return found != nullptr ? static_cast<size_t>(static_cast<const U8*>(found) - mData) : to;
+            });
         } else {
             return find(i, [unit](Unit u) { return u == unit; });
         }
@@ -187,10 +207,24 @@ public:
     }
 
 private:
+    /// `hit(from, to)` answers the first hit in a stretch of units, or `to`: asked for one stretch after the other of
+    /// those from `i` up to `limit`. An index that is not below the limit stays.
+    template <class Hit>
+    size_t search(size_t i, size_t limit, Hit hit) const {
+        while (i < limit) {
+            const size_t to = limit - i > kStopStretch / kWidth ? i + kStopStretch / kWidth : limit;
+            i = hit(i, to);
+            if (i < to) return i;
+            if (mStop.isMade()) return limit;
+        }
+        return i;
+    }
+
     size_t past(size_t i) const { return i < end() ? i + 1 : i; }
 
     const U8* mData;
     size_t mSize;
+    StopRequest mStop;
 };
 
 /// What the byte-order mark of `in` tells: FF FE: UTF-16 LE, FE FF: UTF-16 BE, EF BB BF: UTF-8, anything else: NATIVE.

@@ -85,7 +85,7 @@ bool IndexScan::run() {
     while (position() < mSize && moveWindow()) {
         // kept: the mark is looked for wherever a window begins at the scan, not only at the file's start
         if (mAt == 0) tellEncoding();
-        if (!scanLine()) return false;
+        if (!scanLine() || mStop.isMade()) return false;
     }
     return closeTrack();
 }
@@ -135,7 +135,7 @@ bool IndexScan::handleLine(const TextView<Enc>& in, size_t* i) {
         {"custom colors:", &IndexScan::onCustomColors<Enc>},
     };
     const IndexText<Enc> line(in, *i, kLongestKeyword);
-    if (line.at(0) == '#' || in.at(*i) == 0) return true;
+    if (line.at(0) == '#' || in.at(*i) == 0 || isLineEnd<Enc>(in.at(*i))) return true;
     for (const Keyword<Enc>& keyword : kKeywords) {
         if (const size_t length = lengthOf(keyword.word, line)) return (this->*keyword.handle)(in, i, length);
     }

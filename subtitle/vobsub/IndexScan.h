@@ -34,13 +34,13 @@ class IndexScan {
 public:
     /// `size`: length of the file, bytes.
     IndexScan(const FileWindow& window, S64 size, const IndexValues& values, const LanguageCodes& codes,
-              IndexTarget& target)
-        : mWindow(window), mSize(size), mValues(values), mCodes(codes), mTarget(target) {
+              IndexTarget& target, StopRequest stop)
+        : mWindow(window), mSize(size), mValues(values), mCodes(codes), mTarget(target), mStop(stop) {
         mWindow.position = 0;
         mWindow.filled = 0;
     }
 
-    /// False when a picture or a track could not be stored.
+    /// False when a picture or a track could not be stored, and when it was asked to stop.
     [[nodiscard]] bool run();
 
 private:
@@ -83,6 +83,7 @@ private:
     const IndexValues mValues;
     const LanguageCodes& mCodes;
     IndexTarget& mTarget;
+    const StopRequest mStop;
     size_t mAt = 0;  // scan position in the window, bytes
     S64 mDelayMs = 0;
     EN_MEDIA_SUBTITLE_PARSER_LANGUAGE mLanguage = E_MEDIA_SUBTITLE_PARSER_LANGUAGE_UNDEFINED;

@@ -126,12 +126,15 @@ struct Clock {
 
 std::atomic<bool> clockIsVirtual{false};
 
-/// The sleeping thread's part of a virtual `usleep`.
-void virtualSleep(unsigned microseconds) {
+/// The waiting thread's part of a virtual wait: the clock goes to its end.
+void virtualWait(const timespec& end) {
     Clock& clock = immortal<Clock>();
     std::vector<std::function<void()>> actions;
     {
         const std::lock_guard<std::mutex> guard(clock.lock);
+        const auto until =
+            static_cast<unsigned long long>(end.tv_sec) * 1000000 + static_cast<unsigned long long>(end.tv_nsec) / 1000;
+        const auto microseconds = static_cast<unsigned>(until > clock.microseconds ? until - clock.microseconds : 0);
         clock.microseconds += microseconds;
         clock.sleeps.push_back(microseconds);
         const auto due = clock.actions.equal_range(clock.sleeps.size());
@@ -339,6 +342,7 @@ unsigned openDescriptors() {
 extern "C" {
 __attribute__((weak)) int __interceptor_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 __attribute__((weak)) int __interceptor_pthread_join(pthread_t, void**);
+__attribute__((weak)) int __interceptor_pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, const timespec*);
 __attribute__((weak)) int __interceptor_pthread_detach(pthread_t);
 }
 
@@ -357,10 +361,13 @@ TEST_INTERPOSED int __android_log_print(int priority, const char* tag, const cha
     return 1;
 }
 
-TEST_INTERPOSED int usleep(useconds_t microseconds) {
-    if (test::clockIsVirtual) test::virtualSleep(microseconds);
+TEST_INTERPOSED int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex, const timespec* end) {
+    if (!test::clockIsVirtual) return TEST_NEXT(pthread_cond_timedwait)(condition, mutex, end);
+    pthread_mutex_unlock(mutex);
+    test::virtualWait(*end);
     sched_yield();
-    return 0;
+    pthread_mutex_lock(mutex);
+    return ETIMEDOUT;
 }
 
 TEST_INTERPOSED TEST_UNINSTRUMENTED int clock_gettime(clockid_t clock, timespec* time) noexcept {

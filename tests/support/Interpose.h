@@ -1,9 +1,9 @@
 /// A test's hands on what the library asks of the platform: log, clock, sleep, threads, files and memory.
 ///
-/// The functions themselves (`__android_log_print`, `usleep`, `clock_gettime`, `pthread_create`, `dup` ...) are
-/// defined by every program that links this support and so come before the platform's. They behave like the
-/// platform's except while one of the objects below lives; `usleep` yields and never sleeps. All objects are
-/// RAII, may be used from any thread and end their effect when they are destroyed.
+/// The functions themselves (`__android_log_print`, `pthread_cond_timedwait`, `clock_gettime`, `pthread_create`, `dup`
+/// ...) are defined by every program that links this support and so come before the platform's. They behave like the
+/// platform's except while one of the objects below lives. All objects are RAII, may be used from any thread and end
+/// their effect when they are destroyed.
 #pragma once
 
 #include <stddef.h>
@@ -45,7 +45,8 @@ private:
     std::shared_ptr<State> mState;
 };
 
-/// CLOCK_MONOTONIC stands still and moves only by `usleep` and `advance`. One at a time.
+/// CLOCK_MONOTONIC stands still and moves only by `advance` and by waits with a time limit: `pthread_cond_timedwait`
+/// takes no time, runs out, and the clock stands at its end. One at a time.
 class VirtualClock {
 public:
     explicit VirtualClock(unsigned startMs = 0);
@@ -55,10 +56,10 @@ public:
 
     void advance(unsigned ms);
 
-    /// Every `usleep` so far, in microseconds.
+    /// Every wait so far, in microseconds.
     std::vector<unsigned> sleeps() const;
 
-    /// Runs `action` inside the `count`-th `usleep` (counted from 1), on the sleeping thread.
+    /// Runs `action` inside the `count`-th wait (counted from 1), on the waiting thread.
     void atSleep(size_t count, std::function<void()> action);
 };
 
