@@ -48,7 +48,8 @@ const std::vector<TextRow> kLines8 = {
     {"Hi{y:i}\rmore\r\n", "Hi\0"s},
     {"{a}{b}\r\nmore\r\n", "\0"s},
     {"Hi{across\r\nlines}more\r\n", "Himore"},
-    {"Hi{never closed\r\nmore\r\n", "Hi"},  // kept(text-brace-unclosed)
+    {"Hi{never closed\r\nmore\r\n", "Hi"},   // kept(text-brace-unclosed)
+    {"Hi\xB5{there\r\nmore\r\n", "Hi\xB5"},  // kept(trail-byte-brace): 0xB57B is one character in Big5 and GBK
     {"Hi}there\r\n", "Hi}there"},
     {"{a}<b>Hi\r\n", "Hi"},
     {"{a}<b>{c}<d>Hi\r\n", "Hi"},

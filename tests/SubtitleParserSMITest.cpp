@@ -52,7 +52,7 @@ const ScanRow kScanRows[] = {
     // The Start value.
     {"0", "<SYNC Start=0><P>x", "0- x"},
     {"ten digits", "<SYNC Start=4294967295><P>x", "4294967295- x"},
-    {"eleven digits", "<SYNC Start=12345678901><P>x", "3755744309- x", "1234567890- x"},  // kept: ten units are read
+    {"eleven digits", "<SYNC Start=12345678901><P>x", "3755744309- x", "1234567890- x"},  // ten units are read
     {"the first digit is elsewhere", "<SYNC Start=><P Class=1>Hello<b>2", "1- 2"},
     {"the first digit is in the next line", "<SYNC Start=>\r\n<P 77><b>x\r\n" + kHello, "77- x; 1000- Hello"},
     {"no digit at all", "<SYNC Start=><P Class=ENCC>Hello", ""},
@@ -64,7 +64,7 @@ const ScanRow kScanRows[] = {
     {"text before the paragraph element", "<SYNC Start=1000>a<P>Hello", "1000- Hello"},
     {"a third element", kHello.substr(0, 31) + "<B>Hello", "1000- Hello", "1000- <B>Hello"},
     {"the paragraph element in the next line", "<SYNC Start=1000>\r\n<P Class=ENCC>Hello", "1000- Hello"},
-    // kept: one line-end byte is stepped over in 8-bit text, none in 16-bit text
+    // One line-end byte is stepped over in 8-bit text, none in 16-bit text
     // kept(smi-leading-break)
     {"the text in the next line", "<SYNC Start=1000>\r\n<P Class=ENCC>\r\nHello", "1000- \nHello", "1000- \nHello",
      "1000- "},
@@ -74,7 +74,7 @@ const ScanRow kScanRows[] = {
      "1000- \rHello"},
     {"the scan stays on that line end", "<SYNC Start=1000><P>\r\n<SYNC Start=2000><P>Bye", "1000- \n\0; 2000- Bye"s,
      "1000- ; 2000- Bye"},
-    // kept: the two differ where the second '>' ends the data
+    // The two differ where the second '>' ends the data
     // kept(smi-last-element)
     {"no character behind the second '>'", "<SYNC Start=1000><P>", "", "1000- "},
     {"one character behind it", "<SYNC Start=1000><P>\n", "1000- ", "1000- \n"},

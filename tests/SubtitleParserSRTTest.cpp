@@ -85,7 +85,8 @@ const TimingLine kTimingLines[] = {
     {"000:00:01,500 --> 00:00:03,250", true, 1500, 3250},
 
     {"00:00:01,500 ---> 00:00:03,250", false, 0, 0},
-    {"00:00:01 --> 00:00:03", false, 0, 0},  // kept(srt-no-fraction)
+    {"00:00:01 --> 00:00:03", false, 0, 0},    // kept(srt-no-fraction)
+    {"00:01,500 --> 00:03,250", false, 0, 0},  // kept(srt-no-hours)
     {"00:00:01,500", false, 0, 0},
     {"00:00:01,500 --> 00:00:03,", false, 0, 0},
     {"-00:00:01,500 --> 00:00:03,250", false, 0, 0},
@@ -176,6 +177,7 @@ TEST(SrtScan, CodeTypes) {
         {"\xEF\xBB\xBF"
          "1\n",
          kUtf8},
+        {"\xC3\xA9\n", kNative},  // kept(utf8-unmarked-native)
         {"\xEF\xBB"
          "1\n",
          kNative},
@@ -214,6 +216,29 @@ TEST(SrtScan, WithLfAloneAnEntryWithoutTextShowsWhatFollows) {
     Srt parser("1\n"s + kT + "\n\n2\n" + kT2 + "\nBye\n");
     EXPECT_EQ("1000-2000 @33; 3000-4000 @65", tagsOf(parser));
     EXPECT_EQ("2\n"s + kT2 + "\n", textOf(parser, 0));
+}
+
+// kept(srt-no-blank-line), kept(srt-blank-line-blanks)
+TEST(SrtScan, OnlyAnEmptyLineKeepsTheNextEntryOutOfAText) {
+    for (const std::string between : {"", " \r\n", "\t \r\n"}) {
+        Srt parser("1\r\n"s + kT + "\r\nHello\r\n" + between + "2\r\n" + kT2 + "\r\nBye\r\n");
+        std::string blanks = between;
+        if (!blanks.empty()) blanks.erase(blanks.size() - 2, 1);  // CR LF comes out as LF
+        EXPECT_EQ("1000-2000 Hello\n" + blanks + "2\n" + kT2 + "; 3000-4000 Bye", shownOf(parser));
+    }
+    Srt parser("1\r\n"s + kT + "\r\nHello\r\n\r\n2\r\n" + kT2 + "\r\nBye\r\n");
+    EXPECT_EQ("1000-2000 Hello; 3000-4000 Bye", shownOf(parser));
+}
+
+// kept(utf32)
+TEST(SrtScan, FindsNothingInUtf32) {
+    std::string little("\xFF\xFE\0\0", 4), big("\0\0\xFE\xFF", 4);
+    for (const char c : "1\r\n"s + kT + "\r\nHello\r\n") {
+        little += std::string{c, 0, 0, 0};
+        big += std::string{0, 0, 0, c};
+    }
+    EXPECT_EQ("", tagsOf(Srt(little)));
+    EXPECT_EQ("", tagsOf(Srt(big)));
 }
 
 // ---------------------------------------------------------------------------------------------------- UTF-16
@@ -271,7 +296,7 @@ const TimingLine kWideTimingLines[] = {
     {"99:99:99.999 --> 00:00:00.001", true, 362439999, 1},
     {"00x00y01z500 abc 00x00y03z250", true, 1500, 3250},  // separators may be anything
     {"00:00:01,500 ->> 00:00:03,250", true, 1500, 3250},
-    {"0:00:01,000 --> 0:00:02,000", false, 0, 0},  // one-digit hours
+    {"0:00:01,000 --> 0:00:02,000", false, 0, 0},  // kept(srt-utf16-shape): one-digit hours
     {"100:00:01,000 --> 100:00:02,000", false, 0, 0},
     {"00:00:01,50 --> 00:00:03,25", false, 0, 0},
     {"00:00:01,5000 --> 00:00:03,2500", false, 0, 0},

@@ -57,7 +57,7 @@ const ScanRow kScanRows[] = {
     {"minutes and seconds above 59", dialogue("0:99:99.99", "9:99:99.99", "x"), "6039990-38439990 x"},
     {"seven numbers", dialogue("0:00:01.50", "0:00:03:xx", "Hello") + "\r\n" + kHello, "1500-3000 Hello"},
     {"a letter in the start", dialogue("a:00:01.50", "0:00:03.00", "Hello") + "\r\n" + kHello, "1500-3000 Hello"},
-    // kept: three digits are hundredths too, and the End field's comma is counted: the text begins with Effect
+    // Three digits are hundredths too, and the End field's comma is counted: the text begins with Effect
     // kept(ssa-fraction)
     {"three digits in the fraction", dialogue("0:00:00.500", "0:00:03.00", "Hello"), "5000-3000 ,Hello",
      "5000-3000 ,Hello"},  // the end's last digit does not count in 16-bit text
@@ -65,7 +65,7 @@ const ScanRow kScanRows[] = {
      "1050-3000 Hello"},  // the skip ends behind the End field's comma, one character into Style
     // kept(ssa-time-width)
     {"two-digit hours twice", dialogue("00:00:01.50", "00:00:03.00", "Hello") + "\r\n" + kHello,
-     "1500-3000 ,Hello; 1500-3000 Hello", "1500-3000 Hello"},  // kept: no fraction digit is left within 21 units
+     "1500-3000 ,Hello; 1500-3000 Hello", "1500-3000 Hello"},  // no fraction digit is left within 21 units
     {"two-digit hours at the end", dialogue("0:00:01.50", "00:00:03.25", "Hello"), "1500-3250 ,Hello",
      "1500-3020 ,Hello"},
     {"two-digit hours at the start", dialogue("00:00:01.50", "0:00:03.25", "Hello"), "1500-3250 ,Hello",
@@ -87,7 +87,7 @@ const ScanRow kScanRows[] = {
     {"the data ends right behind the times", "Dialogue: 0,0:00:01.50,0:00:03.00", ""},
     {"a comma in the text", dialogue("0:00:01.50", "0:00:03.00", "Hello, you") + "\r\n", "1500-3000 Hello, you"},
 
-    // Order. kept: only 8-bit text drops the lines that go back; the others are sorted.
+    // Order. Only 8-bit text drops the lines that go back; the others are sorted.
     // kept(ssa-out-of-order)
     {"going back in time",
      dialogue("0:00:05.00", "0:00:06.00", "5") + "\r\n" + dialogue("0:00:01.00", "0:00:02.00", "1") + "\r\n" +
@@ -101,7 +101,7 @@ const ScanRow kScanRows[] = {
     // Line ends.
     {"LF", dialogue("0:00:01.50", "0:00:03.00", "Hello") + "\n" + dialogue("0:00:04.00", "0:00:05.00", "Bye") + "\n",
      "1500-3000 Hello; 4000-5000 Bye", std::nullopt,
-     // kept: a big-endian file without CR is one line, and none of its LFs ends the text
+     // A big-endian file without CR is one line, and none of its LFs ends the text
      "1500-3000 Hello\nDialogue: 0,0:00:04.00,0:00:05.00,Default,,0,0,0,,Bye\n"},
     {"CR", dialogue("0:00:01.50", "0:00:03.00", "Hello") + "\r" + dialogue("0:00:04.00", "0:00:05.00", "Bye") + "\r",
      "1500-3000 Hello\rDialogue: 0,0:00:04.00,0:00:05.00,Default,,0,0,0,,; 4000-5000 Bye\r", std::nullopt,
@@ -126,7 +126,7 @@ TEST(SubtitleParserSSA, PositionsAreBytesBehindTheNinthComma) {
     EXPECT_EQ(kWhole, Script(kHello).m_pTagBuffer[0].eDataType);
 }
 
-// kept: one byte of the mark is stepped over, so the first line is never a Dialogue line.
+// kept(utf8-mark): one byte of the mark is stepped over, so the first line is never a Dialogue line.
 TEST(SubtitleParserSSA, AMarkSpoilsTheFirstLineOfUtf8) {
     Script script("\xEF\xBB\xBF" + kHello + kHello);
     EXPECT_EQ(kUtf8, script.m_eCodeType);
@@ -265,7 +265,9 @@ const TextRow kTextRows[] = {
     {"<a<b>c", "c", "<a<b>c"},
     {"a>b", "a>b"},
     // Nothing else is touched.
-    {"Line1\\NLine2\\nx\\h", "Line1\\NLine2\\nx\\h"},  // kept(break-N)
+    {"Line1\\NLine2\\nx\\h", "Line1\\NLine2\\nx\\h"},              // kept(break-N)
+    {"{\\p1}m 0 0 l 10 0", "m 0 0 l 10 0", "{\\p1}m 0 0 l 10 0"},  // kept(ssa-drawing)
+    {"a\xB5{b", "a\xB5", "a\xB5{b"},  // kept(trail-byte-brace): 0xB57B is one character in Big5 and GBK
     {"a&nbsp;b|c", "a&nbsp;b|c"},
 };
 
@@ -405,6 +407,16 @@ TEST(SubtitleParserSSA, TheCheckSettlesOnBig5OrGbk) {
          inChinese("{\xA4\x40}x") + inChinese("\xFE\x45"),
          kGbk,
          {"u32CurTagEncoding[0] = 7\n", "u32CurTagEncoding[1] = 2\n"}},
+        // kept(utf8-unmarked-as-big5)
+        {"UTF-8 without a mark, two Chinese characters",
+         inChinese("\xE4\xB8\xAD\xE6\x96\x87"),
+         kBig5,
+         {"u32CurTagEncoding[0] = 4\n"}},
+        // kept(utf8-unmarked-as-gbk)
+        {"UTF-8 without a mark, three Cyrillic letters",
+         inChinese("\xD0\x9F\xD1\x80\xD0\xB8"),
+         kGbk,
+         {"u32CurTagEncoding[0] = 2\n"}},
         {"what an earlier text left is not taken for one without a 0",  // else 6 for the second one
          inChinese("x\xB0\xA1") + inChinese("<b>\r\n\r\n") + inChinese("\xFE\x45"),
          kGbk,

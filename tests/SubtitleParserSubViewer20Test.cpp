@@ -79,6 +79,7 @@ TEST(SubViewer20, RefusesWhatTheFirstLinesSay) {
         {"{1}{25}Hello" + entry, "refused"},
         {"[00:00:01]" + entry, "refused"},
         {"x1" + entry, "refused"},
+        {"-00:00:01.00,00:00:04.50" + entry, "refused"},  // kept(sv2-negative-first)
         {"x" + entry, "1000-4050 @26 A"},
         {"x\n1" + entry, "3600001-4 @28 A"},  // line ends as separators
         {"x\n1 of 2" + entry, "refused"},     // a digit opens the first time line, whatever it is

@@ -39,7 +39,7 @@ struct TimedRow : ScanRow {
 };
 
 const TimedRow kScanRows[] = {
-    // One line for each entry. kept: 16-bit text knows the long forms alone
+    // One line for each entry. 16-bit text knows the long forms alone
     // kept(txt-utf16-short)
     {"one-digit hours", "0:00:01:Hello\r\n0:00:04:\r\n0:00:05:World\r\n0:00:07:\r\n", 8,
      "1000-4000 Hello; 5000-7000 World", ""},
@@ -66,10 +66,13 @@ const TimedRow kScanRows[] = {
      "1000-3000 Top\r\nBottom; 3605000-3606000 A\r\nB"},
     {"the last closing line stands alone", "00:00:01,1=Top|Line\r\n00:00:01,2=Bottom\r\n00:00:03,1=\r\n", 0,
      "1000-3000 Top\r\nLine\r\nBottom", "1000-3000 Top|Line\r\nBottom"},
+    // kept(txt-second-line-missing)
+    {"an entry without a second line: the next one is taken for it",
+     "00:00:01,1=A\r\n00:00:03,1=B\r\n00:00:03,2=C\r\n00:00:05,1=D\r\n00:00:05,2=\r\n", 0, "1000-3000 A\r\nB"},
     {"an empty second line", "00:00:01,1=Top\r\n00:00:01,2=\r\n00:00:03,1=\r\n", 0, "1000-3000 Top\r\n"},
     {"behind blanks", "  " + kTwoLines, 0, "1000-3000 Top\r\nBottom", std::nullopt,
      "1000-3000 Bottom\r\n"},  // as stored, they are none: the second line opens an entry
-    // kept: three characters and eight numbers make a time range, also when two of the three end the line
+    // Three characters and eight numbers make a time range, also when two of the three end the line
     // kept(txt-empty-first-line)
     {"an empty first line", "00:00:01,1=\r\n00:00:01,2=Bottom\r\n00:00:03,1=\r\n00:00:03,2=\r\n", 0,
      "1000-3000 Bottom\r\n", "1000-3000 \r\nBottom"},
@@ -86,7 +89,7 @@ const TimedRow kScanRows[] = {
     {"the end time of a range is too far right for 16-bit text",
      "00:00:01,1=T\r\n00:00:01,2=B\r\n00:00:03,1 --> 0:0:0,0\r\n", 0, "1000-3000 T\r\nB"},
 
-    // Pairs. kept: a closing line opens nothing, whatever text it has
+    // Pairs. A closing line opens nothing, whatever text it has
     // kept(txt-no-closing-lines)
     {"every second line closes", "0:00:01:One\r\n0:00:02:Two\r\n0:00:03:Three\r\n", 8, "1000-2000 One", ""},
     {"the last line has no partner", "0:00:01:One\r\n0:00:02:\r\n0:00:03:Three", 8, "1000-2000 One", ""},
@@ -122,17 +125,18 @@ const TimedRow kScanRows[] = {
      0, "1000-3000 A\r\nB; 5000-6000 E\r\nF", "4000-5000 C\r\nD"},
     {"an indented closing line", "00:00:01,1=Top\r\n00:00:01,2=Bottom\r\n  00:00:03,1=\r\n", 0,
      "1000-3000 Top\r\nBottom", std::nullopt, ""},
-    // kept: a number first in the text makes the stamp a long one, and the entry one of two lines
+    // A number first in the text makes the stamp a long one, and the entry one of two lines
     // kept(txt-number-first)
     {"a text that begins with a number", "0:00:01:5 apples\r\n0:00:04:\r\n0:00:05:World\r\n0:00:07:\r\n", 0,
      "1000-5000 pples\r\n:00:05:World", ""},
 
     // Line ends.
+    // kept(txt-lf)
     {"LF", "0:00:01:Hello\n0:00:04:\n0:00:05:World\n0:00:07:\n", 8,
      "1000-4000 Hello\n0:00:04:\n0:00:05:\0\0; 5000-7000 World\n0:00:07:\n\0\0"s, ""},
     {"LF, two lines", "00:00:01,1=Top\n00:00:01,2=Bot\n00:00:03,1=\n", 0,
      "1000-3000 Top\n00:00:01,2=Bot\n00:00:03,1=\n\0\0\0\0"s,
-     "1000-3000 Top\n00:00:01,2=Bot\n00:00:03,1=", ""},  // kept: a big-endian file without CR is one line
+     "1000-3000 Top\n00:00:01,2=Bot\n00:00:03,1=", ""},  // a big-endian file without CR is one line
     {"blank lines", "0:00:01:Hello\r\n\r\n\r\n0:00:04:\r\n\r\n" + kHello, 8, "1000-4000 Hello; 1000-4000 Hello", ""},
     {"blank lines between two lines", "00:00:01,1=Top\r\n\r\n00:00:01,2=Bottom\r\n\r\n00:00:03,1=\r\n", 0,
      "1000-3000 Top\r\n2=Bottom", std::nullopt, "1000-1000 Top\r\n2=Bottom"},  // big-endian: a blank line is a line
@@ -280,7 +284,7 @@ const TextRow kTwo[] = {
     {"Top\r\n", "Top\r\n\0\0"s},
     {"Top", "Top\0\0\0\0"s},
     // kept(txt-utf16-two-lines)
-    // kept: eleven characters are skipped, whatever they are
+    // Eleven characters are skipped, whatever they are
     {"Top\r\n0:00:01:Bottom\r\n", "Top\r\ntom"},
     {"{a}T<b>op\r\n00:00:01,2={c}Bot<d>tom\r\n", "Top\r\nBottom"},
     // A line that ends at a 0 is left one byte behind it, so of the second line's stamp one character remains.
@@ -315,7 +319,7 @@ const WideRow kWide[] = {
     {"Top\r\n", "Top"},
     {"Top", "Top"},
     {"", ""},
-    {"a{b}<c>|d\r\n00:00:01,2={e}<f>|g\r\n", "a{b}<c>|d\r\n{e}<f>|g"},  // kept: no markup goes
+    {"a{b}<c>|d\r\n00:00:01,2={e}<f>|g\r\n", "a{b}<c>|d\r\n{e}<f>|g"},  // no markup goes
     // Little-endian text loses any two line-end units, big-endian text only CR LF.
     {"Top\r\n00:00:01,2=b\n", "Top\r\nb", "Top\r\nb\n"},
     {"Top\r\n00:00:01,2=b\r", "Top\r\nb", "Top\r\nb\r"},
@@ -348,7 +352,7 @@ TEST(SubtitleParserTXT, StopsBeforeTheBufferIsFull) {
         {0, "!untouched", "!untouched"},
         {1, "", ""},
         {2, "", ""},
-        {3, "", "0"},  // kept: eleven bytes are skipped from wherever the first line stopped
+        {3, "", "0"},  // eleven bytes are skipped from wherever the first line stopped
         {4, "T", "T1"},
         {5, "To", "To,"},
         {6, "Top", "Top2"},

@@ -431,6 +431,19 @@ TEST(GetTag, FindsOneOfTwoThatBeganTogether) {
     EXPECT_EQ(3u, parser.GetTag(0, 30));
 }
 
+// kept(overlap)
+TEST(GetTag, OfOverlappingEntriesFindsTheOneThatBeganLast) {
+    SubtitleParser parser;
+    parser.Init(0);
+    parser.AddTag(10, 100, 0, kWhole);
+    parser.AddTag(20, 30, 0, kWhole);
+    parser.AddTag(40, 90, 0, kWhole);
+    EXPECT_EQ(0u, parser.GetTag(0, 19));
+    EXPECT_EQ(1u, parser.GetTag(0, 20));
+    EXPECT_EQ(1u, parser.GetTag(0, 35)) << "over, while the first one still lasts";
+    EXPECT_EQ(2u, parser.GetTag(0, 95)) << "whatever still lasts";
+}
+
 TEST(GetTag, WithoutATableIsZero) {
     SubtitleParser parser;
     parser.m_u32TagNum = 5;
@@ -622,7 +635,7 @@ TEST(GetData2CheckPossibleEncodings, EndsWhereTheTableDoes) {
     EXPECT_EQ(kNative, tableless.m_eCodeType);
 }
 
-// kept: an entry that ends behind a tag has no 0 of its own; what an earlier one left must not be taken for its text
+// An entry that ends behind a tag has no 0 of its own; what an earlier one left must not be taken for its text
 TEST(GetData2CheckPossibleEncodings, EveryEntryIsReadIntoAClearedBuffer) {
     Unmarked parser({"xx\xB0\xA1", "<b>\r\n\r\n", "\xFE\x45"});
     parser.GetData2CheckPossibleEncodings();  // each round looks at the buffer that it is given

@@ -99,6 +99,8 @@ const Row kPlain[] = {
     // kept(srt-utf16be-zero)
     {"A\r\n0B", "A\n0B", kSame, "A"},  // big-endian: the digit 0 in the next line ends the text
     {"A\r\n1B", "A\n1B", kSame, kSame},
+    {"a &amp; b &lt;c", "a &amp; b &lt;c", kSame, kSame},  // kept(srt-entity)
+    {"A\r\n \r\nB", "A\n \nB", kSame, kSame},
     {"\xE4\xFF\x80 \t", "\xE4\xFF\x80 \t", kSame, kSame},
 };
 
@@ -174,7 +176,7 @@ const Row kBraces[] = {
     // A group that closes its line: two 0 units, counted, and the walk goes on.
     {"A{y}\nB", "A\0\0\nB"s, kSame, kVerbatim},  // kept(srt-brace-at-line-end)
     {"A{y}\r\nB", "A\0\0\nB"s, kSame, "A{y}\nB"},
-    {"A{y}\r\n\r\nB", "A\0\0"s, kSame, "A{y}"},
+    {"A{y}\r\n\r\nB", "A\0\0"s, kSame, "A{y}"},  // kept(text-past-zero)
     {"A{y}\r", "A\0\0\r"s, kSame, kVerbatim},
     {"{y}\n{z}\nB", "\0\0\n\0\0\nB"s, kSame, kVerbatim},
     {"{y}{z}\nB", "{z}\nB", "\0\0\nB"s, kVerbatim},
