@@ -20,6 +20,7 @@ using namespace test;
 using Sami = Scanned<SubtitleParserSMI>;
 
 const std::string kHello = "<SYNC Start=1000><P Class=ENCC>Hello";
+
 using ByHand = PutByHand<SubtitleParserSMI>;
 
 // ------------------------------------------------------------------------------------------------------ scan

@@ -144,14 +144,11 @@ TEST(DvbSubtitleSystem, ListsItsTags) {
     Loaded<Parser> loaded("00:00:05:00 00:00:06:00 A\r\n00:00:01:00 00:00:04:00 B\r\n0:0:0:4294967295 0:0:0:0 C");
     const LogCapture log;
     loaded.parser.ParserThread();
-    Lines expected;
-    for (const std::string& text :
-         {std::string(kRule), "Time = 5000, 6000, 00000018\n"s, "Time = 1000, 4000, 00000033\n"s,
-          "Time = 4294967295, 0, 0000004e\n"s, std::string(kRule),
-          "SubtitleParserSubDvbSubtitleSystem::ParserThread -> Finished : Tag num = 3, 1\n"s}) {
-        expected.push_back({3, "SubtitleParserSubDvbSubtitleSystem", text});
-    }
-    EXPECT_EQ(expected, log.lines());
+    EXPECT_EQ(linesFrom("SubtitleParserSubDvbSubtitleSystem",
+                        {kRule, "Time = 5000, 6000, 00000018\n", "Time = 1000, 4000, 00000033\n",
+                         "Time = 4294967295, 0, 0000004e\n", kRule,
+                         "SubtitleParserSubDvbSubtitleSystem::ParserThread -> Finished : Tag num = 3, 1\n"}),
+              log.lines());
 }
 
 TEST(DvbSubtitleSystem, ListsNothingOfAnEmptyFile) {

@@ -316,11 +316,7 @@ TEST(MicroDvd, CountsAHeaderThatIsNeverClosedToTheEnd) {
 
 // --------------------------------------------------------------------------------------------------------- logs
 
-Lines from(const std::vector<std::string>& texts) {
-    Lines lines;
-    for (const std::string& text : texts) lines.push_back({3, "SubtitleParserSubMicroDVD", text});
-    return lines;
-}
+Lines from(const Messages& texts) { return linesFrom("SubtitleParserSubMicroDVD", texts); }
 
 TEST(MicroDvd, LogsARateLineAndEntries) {
     Loaded<Parser> loaded(kMark + "{1}{1}23.976\r\n{2397}{4294967295}Hi\r\n{x}\r\n", kUtf8);
@@ -340,6 +336,17 @@ TEST(MicroDvd, LogsAFirstLineOnlyWithBothNumbers) {
     loaded.parser.ParserThread();
     EXPECT_EQ(from({"ParserThread::m_u64NanoSecPerFrame = 40000000, u32Frames1= 5,u32Frames2= 0,u32Time1= 200, "
                     "u32Time2 = 0\n",
+                    "SubtitleParserSubMicroDVD::ParserThread -> Finished : Tag num = 1, 1\n"}),
+              log.lines());
+}
+
+TEST(MicroDvd, LogsTheRateOfAPlayerThatSetsNone) {
+    Loaded<Parser> loaded("{100}{150}Hello\r\n", kNative);
+    const LogCapture log;
+    loaded.parser.ParserThread();
+    EXPECT_EQ(from({"ParserThread first line::u32Frames1= 100, u32Frames2 = 150\n",
+                    "ParserThread::m_u64NanoSecPerFrame = 34482758, u32Frames1= 100,u32Frames2= 150,u32Time1= 3448, "
+                    "u32Time2 = 5172\n",
                     "SubtitleParserSubMicroDVD::ParserThread -> Finished : Tag num = 1, 1\n"}),
               log.lines());
 }

@@ -68,18 +68,6 @@ void expectFiles(const std::vector<FileRow>& rows) {
     }
 }
 
-/// Files and the code types that a track's info says.
-template <class Parser>
-void expectCodeTypes(const std::vector<std::pair<std::string, EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE>>& rows) {
-    for (const auto& [content, codeType] : rows) {
-        Parsed<Parser> parsed(content);
-        EXPECT_EQ(TRUE, parsed.result) << show(content);
-        ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO info{};
-        parsed.parser.GetTrackInfo(0, &info);
-        EXPECT_EQ(codeType, info.eCodeType) << show(content);
-    }
-}
-
 // ------------------------------------------------------------------------------------------------------ texts
 
 /// A text between two tags, and what an extraction makes of it. Behind it stands the next entry's "[next]".
