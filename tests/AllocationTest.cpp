@@ -5,8 +5,9 @@
 #include <vector>
 
 #include "subtitle/SubtitleParserSRT.h"
-#include "tests/ParserTools.h"
 #include "tests/support/Interpose.h"
+#include "tests/support/Parsers.h"
+#include "tests/support/Texts.h"
 
 namespace {
 

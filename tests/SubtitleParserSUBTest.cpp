@@ -6,11 +6,16 @@
 #include <unistd.h>
 
 #include "subtitle/SubtitleParserSubMicroDVD.h"
-#include "tests/SubDialects.h"
+#include "tests/support/Cuts.h"
+#include "tests/support/Logs.h"
+#include "tests/support/Parsers.h"
+#include "tests/support/Rows.h"
 
 namespace {
 
 using namespace test;
+
+U8* pathOf(const char* path) { return pathFor<SubtitleParserSUB>(path); }
 
 constexpr char kViewer20[] = "00:00:01.00,00:00:04.50\r\nHello\r\n\r\n";
 constexpr char kViewer10[] = "[00:00:01]\r\nHello\r\n[00:00:04]\r\n\r\n";
@@ -37,6 +42,7 @@ std::string outcomeOf(SubtitleParserSUB& parser) {
 
 // -------------------------------------------------------------------------------------------------- trial order
 
+// kept(sub-order)
 TEST(Sub, OpensTheFirstDialectThatAccepts) {
     const struct {
         std::string content;
@@ -55,8 +61,8 @@ TEST(Sub, OpensTheFirstDialectThatAccepts) {
         {kMicroDvd + "\r\n"s + kViewer10, "SubViewer 1.0 4: 1000-4000 @34 Hello"},
         {kMicroDvd + "\r\n"s + kViewer20, "MicroDVD 4: 4000-6000 @10 Hello", 25},
         {kUtf8Mark + "\r\n"s + kViewer20, "SubViewer 2.0 3: 1000-4050 @30 Hello"},
-        {utf16le(kViewer20), "SubViewer 2.0 1: 1000-4050 @48 \\nHello"},
-        {utf16be(kViewer20), "SubViewer 2.0 1: 1000-4050 @48 \\nHello"},
+        {utf16le(kViewer20), "SubViewer 2.0 1: 1000-4050 @48 \nHello"},
+        {utf16be(kViewer20), "SubViewer 2.0 1: 1000-4050 @48 \nHello"},
         {utf16le("x\r\n"s + kViewer10), "refused"},
         {utf16be("x\r\n"s + kViewer10), "SubViewer 1.0 2: 1000-4000 @32 Hello"},
         {utf16le("x\r\n{100}{150}Hello\r\n"), "MicroDVD 1: 4000-6000 @28 Hello", 25},
@@ -64,8 +70,10 @@ TEST(Sub, OpensTheFirstDialectThatAccepts) {
         {utf16le(kDvb), "DVB 1: 1000-4000 @50 Hello"},
         {utf16be(kDvb), "refused"},
         // what a file's author may not expect
+        // kept(dvb-as-sv2-colon)
         {"00:00:01:06 00:00:04:05 Hello\r\n00:00:05:00 00:00:06:00 World\r\n",
          "SubViewer 2.0 4: 1006-4005 @31 00:00:05:00 00:00:06:00 World"},
+        // kept(dvb-as-sv2-numbered)
         {"12 00:00:01,500 00:00:04,000 Hello\r\n", "SubViewer 2.0 4: 43200001-1800000004 @36 "},
         {"{100}{150}A\r\n{200}{250}B\r\n", "MicroDVD 3: 0-0 @23 B", 25},
         {"[00:00:01]Hello\r\n[00:00:04]\r\n\r\n[00:00:05]World\r\n", "SubViewer 1.0 4: 1000-5000 @17 [00:00:04]"},
@@ -76,12 +84,12 @@ TEST(Sub, OpensTheFirstDialectThatAccepts) {
             const TempFile file(row.content);
             int left = -1;
             {
-                const std::unique_ptr<SubtitleParserSUB> parser(byPath ? new SubtitleParserSUB(bytesOf(file.path()))
+                const std::unique_ptr<SubtitleParserSUB> parser(byPath ? new SubtitleParserSUB(pathOf(file.path()))
                                                                        : new SubtitleParserSUB(file.fd(), 5, 6));
                 left = parser->u32FileFD;
                 parser->SetFrameRate(row.rate);
                 EXPECT_EQ(row.outcome == "refused"s ? FALSE : TRUE, parser->BeginParse());
-                EXPECT_EQ(row.outcome, outcomeOf(*parser)) << visible(row.content);
+                EXPECT_EQ(row.outcome, outcomeOf(*parser)) << show(row.content);
                 EXPECT_EQ(row.outcome == "refused"s, parser->m_pParser == nullptr);
                 EXPECT_EQ(parser->m_pParser != nullptr ? parser->m_pParser->GetTagNum() : 0, parser->GetTagNum());
                 EXPECT_EQ(1u, threadCount());
@@ -93,7 +101,7 @@ TEST(Sub, OpensTheFirstDialectThatAccepts) {
 
 TEST(Sub, HandsItsFrameRateToMicroDvdAlone) {
     const TempFile file(kMicroDvd);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     parser.SetFrameRate(23976);
     ASSERT_EQ(TRUE, parser.BeginParse());
     EXPECT_EQ("MicroDVD 4: 4166-6249 @10 Hello", outcomeOf(parser));
@@ -101,7 +109,7 @@ TEST(Sub, HandsItsFrameRateToMicroDvdAlone) {
     EXPECT_EQ(23976u, parser.m_u32FrameRrate);
 
     const TempFile other(kViewer20);
-    SubtitleParserSUB viewer(bytesOf(other.path()));
+    SubtitleParserSUB viewer(pathOf(other.path()));
     viewer.SetFrameRate(25);
     ASSERT_EQ(TRUE, viewer.BeginParse());
     EXPECT_EQ(0u, viewer.m_pParser->m_u32FrameRrate);
@@ -169,7 +177,7 @@ TEST(Sub, LogsWholeRuns) {
             int left = 0;
             {
                 const std::unique_ptr<SubtitleParserSUB> parser(run == Call::kPath
-                                                                    ? new SubtitleParserSUB(bytesOf(file.path()))
+                                                                    ? new SubtitleParserSUB(pathOf(file.path()))
                                                                     : new SubtitleParserSUB(file.fd(), 0, 0));
                 left = parser->u32FileFD;
                 parser->SetFrameRate(25);
@@ -187,17 +195,17 @@ TEST(Sub, LogsNothingElse) {
     const TempFile file(kViewer20);
     const LogCapture log;
     {
-        SubtitleParserSUB parser(bytesOf(file.path()));
+        SubtitleParserSUB parser(pathOf(file.path()));
         parser.Deinit();
         parser.StopParse();
         parser.GetTag(0, 0);
-        shownText(parser, 0);
+        textOf(parser, 0);
     }
     EXPECT_EQ(Lines{}, log.lines());
 }
 
 TEST(Sub, ReportsEachTrialThatCannotOpen) {
-    SubtitleParserSUB parser(bytesOf("/nowhere"));
+    SubtitleParserSUB parser(pathOf("/nowhere"));
     const LogCapture log;
     EXPECT_EQ(FALSE, parser.BeginParse());
     Lines expected = {sub("Enter")};
@@ -224,7 +232,7 @@ public:
 
 TEST(Sub, KeepsItsDelegateAtASecondCall) {
     const TempFile file(kViewer20);
-    CountingSub parser(bytesOf(file.path()));
+    CountingSub parser(pathOf(file.path()));
     ASSERT_EQ(TRUE, parser.BeginParse());
     EXPECT_EQ(0, parser.deinits);
     SubtitleParser* const delegate = parser.m_pParser;
@@ -239,7 +247,7 @@ TEST(Sub, KeepsItsDelegateAtASecondCall) {
 
 TEST(Sub, TriesAgainAfterARefusal) {
     const TempFile file(kNothing);
-    CountingSub parser(bytesOf(file.path()));
+    CountingSub parser(pathOf(file.path()));
     EXPECT_EQ(FALSE, parser.BeginParse());
     EXPECT_EQ(1, parser.deinits);
     EXPECT_EQ(nullptr, parser.m_pParser);
@@ -294,9 +302,10 @@ private:
     std::vector<std::string>& mCalls;
 };
 
+// kept(sub-five-arguments)
 TEST(Sub, ForwardsItsQueries) {
     std::vector<std::string> calls;
-    SubtitleParserSUB parser(bytesOf("/nowhere"));
+    SubtitleParserSUB parser(pathOf("/nowhere"));
     parser.m_pParser = new Delegate(calls);
     parser.m_u32TagNum = 5;
     U8 text[2] = {};
@@ -330,7 +339,7 @@ TEST(Sub, ForwardsItsQueries) {
 TEST(Sub, ReleasesItsDelegateWhenItIsDestroyed) {
     std::vector<std::string> calls;
     {
-        SubtitleParserSUB parser(bytesOf("/nowhere"));
+        SubtitleParserSUB parser(pathOf("/nowhere"));
         parser.m_pParser = new Delegate(calls);
         parser.Deinit();
         EXPECT_EQ(std::vector<std::string>{}, calls);
@@ -340,7 +349,7 @@ TEST(Sub, ReleasesItsDelegateWhenItIsDestroyed) {
 
 TEST(Sub, AnswersWithoutADelegate) {
     TempFile file(kNothing);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     for (const char* const when : {"before", "after a refusal"}) {
         U8 text[2] = {7, 7};
         ST_MEDIA_SUBTITLE_PARSER_TAG tag{};
@@ -360,13 +369,14 @@ TEST(Sub, AnswersWithoutADelegate) {
     }
 }
 
+// kept(sub-deinit)
 TEST(Sub, AnswersForItsDelegateAfterDeinit) {
     const TempFile file(kViewer20);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     ASSERT_EQ(TRUE, parser.BeginParse());
     EXPECT_EQ(TRUE, parser.StopParse());
     EXPECT_EQ(TRUE, parser.Deinit());
-    EXPECT_EQ("Hello", shownText(parser, 0));
+    EXPECT_EQ("Hello", textOf(parser, 0));
     EXPECT_EQ(0u, parser.GetTag(0, 2000));
     U8 text[8];
     EXPECT_EQ(0u, parser.GetData(0, text, sizeof text, 0, nullptr));
@@ -388,7 +398,7 @@ TEST(Sub, Keeps512BytesOfThePath) {
     for (const size_t length : {40U, 510U, 511U, 512U, 513U, 600U}) {
         std::string path = longPath(file, length);
         ASSERT_EQ(length, path.size());
-        SubtitleParserSUB parser(bytesOf(path.c_str()));
+        SubtitleParserSUB parser(pathOf(path.c_str()));
         path.resize(512, '\0');
         EXPECT_EQ(path, std::string(reinterpret_cast<char*>(parser.m_pSubtitleName), 512));
         EXPECT_EQ(0, parser.u32FileFD);
@@ -401,6 +411,7 @@ TEST(Sub, Keeps512BytesOfThePath) {
     EXPECT_EQ(FALSE, none.BeginParse());
 }
 
+// kept(sub-descriptor-open)
 TEST(Sub, KeepsADuplicateOfTheDescriptor) {
     const TempFile file(kDvb);  // the fourth trial reads from the start too
     const unsigned before = openDescriptors();
@@ -433,30 +444,32 @@ TEST(Sub, RefusesADescriptorThatCannotBeDuplicated) {
     }
 }
 
+// kept(file-descriptor-0)
 TEST(Sub, TakesDescriptor0ForNone) {
     const TempFile file(kViewer20);
     const TempFile other(kViewer10);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     parser.u32FileFD = 0;
     EXPECT_EQ(TRUE, parser.BeginParse());
     EXPECT_EQ("SubViewer 2.0 4: 1000-4050 @25 Hello", outcomeOf(parser));
-    SubtitleParserSUB both(bytesOf(file.path()));
+    SubtitleParserSUB both(pathOf(file.path()));
     both.u32FileFD = other.fd();
     EXPECT_EQ(TRUE, both.BeginParse());
     EXPECT_EQ("SubViewer 1.0 4: 1000-4000 @12 Hello", outcomeOf(both)) << "any other descriptor goes first";
 }
 
+// kept(sub-begin-argument)
 TEST(Sub, ReadsTheDescriptorWhateverItIsInItsOwnBeginParse) {
     const TempFile file(kViewer20);
     const TempFile other(kViewer10);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     parser.u32FileFD = other.fd();
     EXPECT_EQ(TRUE, parser.BeginParse(-5));
     EXPECT_EQ("SubViewer 1.0 4: 1000-4000 @12 Hello", outcomeOf(parser));
 
     const int input = dup(0);
     ASSERT_EQ(0, dup2(other.fd(), 0));
-    SubtitleParserSUB fromZero(bytesOf(file.path()));
+    SubtitleParserSUB fromZero(pathOf(file.path()));
     EXPECT_EQ(TRUE, fromZero.BeginParse(1));
     EXPECT_EQ("SubViewer 1.0 4: 1000-4000 @12 Hello", outcomeOf(fromZero));
     if (input >= 0) {
@@ -475,7 +488,7 @@ TEST(Sub, GoesOnWhenATrialFailsAtItsLimit) {
     while (content.size() < 8300 * 26) content += "00:00:01.00,00:00:02.00\nA\n";
     content += "[00:00:01]\r\nHello\r\n[00:00:04]\r\n";  // for the second trial
     const TempFile file(content);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     VirtualClock clock;
     const ThreadsEndFirst order;
     unsigned most = 0;
@@ -500,7 +513,7 @@ TEST(Sub, GoesOnWhenATrialFailsAtItsLimit) {
 
 TEST(Sub, NeedsAThreadForEachTrial) {
     const TempFile file("title\r\n"s + kViewer20 + kViewer10);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     const ThreadCreateFails fails;
     EXPECT_EQ(FALSE, parser.BeginParse());
     EXPECT_EQ(nullptr, parser.m_pParser);
@@ -508,7 +521,7 @@ TEST(Sub, NeedsAThreadForEachTrial) {
 
 TEST(Sub, StopsTheWorkerOfATrialBeforeTheNext) {
     const TempFile file("title\r\n"s + kViewer20 + kViewer10);
-    SubtitleParserSUB parser(bytesOf(file.path()));
+    SubtitleParserSUB parser(pathOf(file.path()));
     VirtualClock clock;
     ThreadGate gate;
     std::vector<unsigned> threads;
@@ -527,7 +540,7 @@ TEST(Sub, LeavesNothingOpenOnPaths) {
     const unsigned before = openDescriptors();
     for (unsigned round = 0; round < scaled(10000); ++round) {
         const size_t which = round % 5;
-        SubtitleParserSUB parser(bytesOf(files[which].path()));
+        SubtitleParserSUB parser(pathOf(files[which].path()));
         ASSERT_EQ(which < 4 ? TRUE : FALSE, parser.BeginParse());
         ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO info{};
         info.eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_INVALID;
@@ -542,7 +555,7 @@ TEST(Sub, AnswersEveryBeginningOfEverySample) {
     for (const std::string sample : kSamples) {
         for (const std::string& content : {"title\r\n" + sample, kUtf8Mark + sample + sample, utf16le("x\r\n" + sample),
                                            utf16be("x\r\n" + sample)}) {
-            forEachPrefix(content, [](const std::string& part) {
+            forEachCut(content, [](const std::string& part) {
                 Parsed<SubtitleParserSUB> parsed(part);
                 EXPECT_EQ(parsed.result == TRUE, parsed.parser.m_pParser != nullptr);
                 readEverything(parsed.parser);

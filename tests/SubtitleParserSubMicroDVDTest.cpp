@@ -2,7 +2,9 @@
 // the other dialects'.
 #include "subtitle/SubtitleParserSubMicroDVD.h"
 
-#include "tests/SubDialects.h"
+#include "tests/support/Logs.h"
+#include "tests/support/Parsers.h"
+#include "tests/support/Rows.h"
 
 namespace {
 
@@ -21,11 +23,11 @@ TEST(MicroDvd, DerivesTheDurationFromThePlayersRate) {
         U64 nanoseconds;
         U32 stored;
     } rows[] = {
-        {0, 34482758, 0},  // 29 frames per second
+        {0, 34482758, 0},  // kept(mdvd-rate-29): 29 frames per second
         {1, 1000000000, 1},     {24, 41666666, 24},          {25, 40000000, 25},
         {99, 10101010, 99},     {100, 34482758, 100},        {120, 34482758, 120},
         {999, 34482758, 999},   {1000, 34482758, 1000},      {1001, 1000000000, 1},
-        {1499, 1000000000, 1},  {1500, 500000000, 2},        {23976, 41666666, 24},
+        {1499, 1000000000, 1},  {1500, 500000000, 2},        {23976, 41666666, 24},  // kept(mdvd-rate-rounded)
         {25000, 40000000, 25},  {29970, 33333333, 30},       {99499, 10101010, 99},
         {99500, 10000000, 100}, {4294967295u, 232, 4294967},
     };
@@ -72,7 +74,7 @@ TEST(MicroDvd, TakesTheRateFromTheFirstLine) {
         {"29.97", 33366700},
         {"23.9", 41841004},
         {"23.5", 42553191},
-        {"23.05", 42553191},  // the fraction's value has one digit
+        {"23.05", 42553191},  // kept(mdvd-rate-zeros): the fraction's value has one digit
         {"23.10", 43290043},
         {"23.999", 41668402},
         {"23.9999", 41668402},  // cut to thousandths
@@ -81,7 +83,7 @@ TEST(MicroDvd, TakesTheRateFromTheFirstLine) {
         {"25,5", 39215686},  // any separator
         {"25 . 5", 39215686},
         {" 25.5 frames per second", 39215686},
-        {"12:30, a quarter to one", 81300813},  // and any text that begins with two numbers
+        {"12:30, a quarter to one", 81300813},  // kept(mdvd-text-as-rate): and any text that begins with two numbers
         {"25.4294967295", 39325179},
         {"4294967295.5", 0},
         {"4294967.296", 232},
@@ -121,6 +123,7 @@ TEST(MicroDvd, GoesByTheIndexOfTheFirstLine) {
         {"\n\n\n{100}{150}Hi"s + kNotUtf8, "4000-6000 @13 Hi", 25},
         {"x\r\n{100}{150}Hi"s + kNotUtf8, "4000-6000 @13 Hi", 25},
         {"x\n{1}{1}20.0\n{100}{150}Hi"s + kNotUtf8, "5000-7500 @23 Hi", 25},
+        // kept(mdvd-first-line)
         {"\n\n\n\n{100}{150}Hi"s + kNotUtf8, "0-0 @14 Hi", 25},  // behind it, no rate is ever derived
         {"xx\r\n{100}{150}Hi"s + kNotUtf8, "0-0 @14 Hi", 25},
         {"xx\r\n{1}{1}25.0\r\n{100}{150}Hi"s + kNotUtf8, "0-0 @10 25.0; 0-0 @26 Hi", 25},
@@ -132,16 +135,18 @@ TEST(MicroDvd, GoesByTheIndexOfTheFirstLine) {
 
 TEST(MicroDvd, LosesThreeBytesOfUtf8WithoutAMark) {
     expectFiles<Parser>({
-        {"{100}{150}A\r\n{200}{250}B", "0-0 @23 B", 25},
+        {"{100}{150}A\r\n{200}{250}B", "0-0 @23 B", 25},  // kept(mdvd-unmarked-zero)
         {"\xC3\xA9\r\n{200}{250}B", "0-0 @14 B", 25},
+        // kept(mdvd-unmarked-rate-line)
         {"{1}{1}23.976\r\n{2397}{2400}Hi", "40-120 @20 Hi", 25},  // "{1}23" is taken for two frames
-        {"{0}{100}A\r\n{200}{250}B", "4000-0 @16 B", 25},         // "{100}A" for one, with the next line's text
+        // kept(mdvd-unmarked-first-two)
+        {"{0}{100}A\r\n{200}{250}B", "4000-0 @16 B", 25},  // "{100}A" for one, with the next line's text
         {"\n\n\n{100}{150}A", "4000-6000 @13 A", 25},
         {"x\r\n{100}{150}A", "4000-6000 @13 A", 25},
     });
     // the last byte is not looked at
-    expectFiles<Parser>({{"{100}{150}A\r\n{200}{250}B\xFF", "0-0 @23 B\\xFF", 25},
-                         {"{100}{150}A\r\n{200}{250}B\xFF.", "4000-6000 @10 A; 8000-10000 @23 B\\xFF.", 25}});
+    expectFiles<Parser>({{"{100}{150}A\r\n{200}{250}B\xFF", "0-0 @23 B\xFF", 25},
+                         {"{100}{150}A\r\n{200}{250}B\xFF.", "4000-6000 @10 A; 8000-10000 @23 B\xFF.", 25}});
 }
 
 TEST(MicroDvd, ReadsTheFirstLineWhateverItsScanGives) {
@@ -159,14 +164,15 @@ TEST(MicroDvd, ReadsTheFirstLineWhateverItsScanGives) {
 
 // ------------------------------------------------------------------------------------------------- other lines
 
+// kept(mdvd-lf)
 TEST(MicroDvd, ReadsAnEntryOfEachLine) {
     expectFiles<Parser>({
-        {"{1}{2}A\n{3}{4}B\n\n\n{5}{6}C\r\n"s + "\xFF.", "40-80 @6 A\\n; 120-160 @14 B; 200-240 @24 C", 25},
-        {"{1}{2}A\r{3}{4}B\r"s + "\xFF.", "40-80 @6 A\\r; 120-160 @14 B\\r\\xFF.", 25},
+        {"{1}{2}A\n{3}{4}B\n\n\n{5}{6}C\r\n"s + "\xFF.", "40-80 @6 A\n; 120-160 @14 B; 200-240 @24 C", 25},
+        {"{1}{2}A\r{3}{4}B\r"s + "\xFF.", "40-80 @6 A\r; 120-160 @14 B\r\xFF.", 25},
         {"{1}{2}A\r\n \t{3}{4}B"s + kNotUtf8, "40-80 @6 A; 120-160 @17 B", 25},
         {"{1}{2}A\r\nmore\r\n{3}{4}B"s + kNotUtf8, "40-80 @6 A; 120-160 @21 B", 25},
         {"{1}{2}A\r\n{3}B\r\n{}{}\r\n{5}{6}C"s + kNotUtf8, "40-80 @6 A; 200-240 @27 C", 25},
-        {"{1}{2}a|b"s + kNotUtf8, "40-80 @6 a|b", 25},
+        {"{1}{2}a|b"s + kNotUtf8, "40-80 @6 a|b", 25},  // kept(break-bar)
         {"{1}{2}\r\n{3}{4}B"s + kNotUtf8, "40-80 @6 ; 120-160 @14 B", 25},
         {"{ 1 } { 2 }A"s + kNotUtf8, "40-80 @11 A", 25},
         {"{1}{2}A\r\n{3}{4"s + kNotUtf8, "40-80 @6 A; 120-160 @19 ", 25},  // one brace: the data's end
@@ -180,7 +186,7 @@ TEST(MicroDvd, RefusesWhatSpeaksForAnotherDialect) {
     const std::string entry = "\r\n{100}{150}Hi";
     expectFiles<Parser>({
         {"x" + entry + kNotUtf8, "4000-6000 @13 Hi", 25},
-        {"x1" + entry, "refused"},
+        {"x1" + entry, "refused"},  // kept(sub-second-digit)
         {"[00:00:01]" + entry, "refused"},
         {"00:00:01.00,00:00:04.50" + entry, "refused"},
         {"12" + entry, "refused"},
@@ -221,10 +227,10 @@ TEST(MicroDvd, TellsTheEncodingByMarkAndContent) {
     for (const auto& [content, codeType] : rows) {
         const LogCapture log;
         Parsed<Parser> parsed(content);
-        EXPECT_EQ(TRUE, parsed.result) << visible(content);
+        EXPECT_EQ(TRUE, parsed.result) << show(content);
         ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO info{};
         parsed.parser.GetTrackInfo(0, &info);
-        EXPECT_EQ(codeType, info.eCodeType) << visible(content);
+        EXPECT_EQ(codeType, info.eCodeType) << show(content);
         EXPECT_EQ("m_eCodeType = " + std::to_string(codeType) + " \n", log.texts()[2]);
         EXPECT_EQ(0, memcmp(content.data(), parsed.parser.m_pu8RawBuffer, content.size())) << "nothing is swapped";
     }
@@ -239,7 +245,7 @@ TEST(MicroDvd, Reads16BitText) {
         {"{100}{150}A\r\n{200}{250}B\r\n", "4000-6000 @22 A; 8000-10000 @48 B", 25},
         {"{100}{150}A\r\n", "refused", 25},                    // the mark hides the only entry
         {"xxxx\r\n{100}{150}Hi\r\n", "4000-6000 @34 Hi", 25},  // a rate is derived for every line
-        {"x\r\n{1}{1}23.976\r\n{100}{150}Hi\r\n", "40-40 @20 23.976; 4000-6000 @56 Hi", 25},
+        {"x\r\n{1}{1}23.976\r\n{100}{150}Hi\r\n", "40-40 @20 23.976; 4000-6000 @56 Hi", 25},  // kept(mdvd-utf16)
         {"x\r\n{100}{150}A\r\n{y:i}\r\n{1}B\r\nmore\r\n{200}{250}C\r\n", "4000-6000 @28 A; 8000-10000 @92 C", 25},
         {"x\r\n{1}{2}A\r\n{3}{4", "40-80 @20 A; 120-160 @36 ", 25},
         {"x\r\n{1}{2}A\r\n{3x{4\r\n{5}C", "40-80 @20 A; 120-160 @48 ", 25},
@@ -256,7 +262,7 @@ TEST(MicroDvd, Reads16BitText) {
             {{utf16le(row.content), row.expected, row.rate}, {utf16be(row.content), row.expected, row.rate}});
     }
     expectFiles<Parser>({
-        {utf16le("x\n{100}{150}A\n{200}{250}B\n"), "4000-6000 @26 A\\n{200}{250}; 8000-10000 @50 B\\n", 25},
+        {utf16le("x\n{100}{150}A\n{200}{250}B\n"), "4000-6000 @26 A\n{200}{250}; 8000-10000 @50 B\n", 25},
         {utf16be("x\n{100}{150}A\n{200}{250}B\n"), "refused", 25},  // LF alone ends no line
         {utf16le("x\r\n \t{100}{150}A\r\n"), "4000-6000 @32 A", 25},
         {utf16be("x\r\n {100}{150}A\r\n"), "refused", 25},  // a blank is no white space as it is stored
@@ -310,11 +316,7 @@ TEST(MicroDvd, CountsAHeaderThatIsNeverClosedToTheEnd) {
 
 // --------------------------------------------------------------------------------------------------------- logs
 
-Lines from(const std::vector<std::string>& texts) {
-    Lines lines;
-    for (const std::string& text : texts) lines.push_back({3, "SubtitleParserSubMicroDVD", text});
-    return lines;
-}
+Lines from(const Messages& texts) { return linesFrom("SubtitleParserSubMicroDVD", texts); }
 
 TEST(MicroDvd, LogsARateLineAndEntries) {
     Loaded<Parser> loaded(kMark + "{1}{1}23.976\r\n{2397}{4294967295}Hi\r\n{x}\r\n", kUtf8);
@@ -334,6 +336,17 @@ TEST(MicroDvd, LogsAFirstLineOnlyWithBothNumbers) {
     loaded.parser.ParserThread();
     EXPECT_EQ(from({"ParserThread::m_u64NanoSecPerFrame = 40000000, u32Frames1= 5,u32Frames2= 0,u32Time1= 200, "
                     "u32Time2 = 0\n",
+                    "SubtitleParserSubMicroDVD::ParserThread -> Finished : Tag num = 1, 1\n"}),
+              log.lines());
+}
+
+TEST(MicroDvd, LogsTheRateOfAPlayerThatSetsNone) {
+    Loaded<Parser> loaded("{100}{150}Hello\r\n", kNative);
+    const LogCapture log;
+    loaded.parser.ParserThread();
+    EXPECT_EQ(from({"ParserThread first line::u32Frames1= 100, u32Frames2 = 150\n",
+                    "ParserThread::m_u64NanoSecPerFrame = 34482758, u32Frames1= 100,u32Frames2= 150,u32Time1= 3448, "
+                    "u32Time2 = 5172\n",
                     "SubtitleParserSubMicroDVD::ParserThread -> Finished : Tag num = 1, 1\n"}),
               log.lines());
 }

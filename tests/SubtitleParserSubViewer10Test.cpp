@@ -2,7 +2,9 @@
 // tested with the other dialects'.
 #include "subtitle/SubtitleParserSubViewer10.h"
 
-#include "tests/SubDialects.h"
+#include "tests/support/Logs.h"
+#include "tests/support/Parsers.h"
+#include "tests/support/Rows.h"
 
 namespace {
 
@@ -16,15 +18,17 @@ TEST(SubViewer10, ReadsStartTextAndEnd) {
         {"[TITLE]\r\nx\r\n[DELAY]\r\n0\r\n[00:00:01]\r\nHello\r\n[00:00:04]\r\n", "1000-4000 @36 Hello"},
         {" \t[00:00:01]\r\nHello\r\n  [00:00:04]\r\n", "1000-4000 @14 Hello"},
         {"[00:00:01]\r\n\r\n\n\rHello\r\n\r\n[00:00:04]\r\n", "1000-4000 @16 Hello"},
-        {"[00:00:01]\rHello\r[00:00:04]\r", "1000-4000 @11 Hello\\r[00:00:04]\\r"},
+        {"[00:00:01]\rHello\r[00:00:04]\r", "1000-4000 @11 Hello\r[00:00:04]\r"},
+        // kept(sv1-lf)
         // in a file of LF the text does not end before the end line
         {"[00:00:01]\nHello\n[00:00:04]\n\n[00:00:05]\nB\n[00:00:06]",
-         "1000-4000 @11 Hello\\n[00:00:04]; 5000-6000 @40 B\\n[00:00:06]"},
+         "1000-4000 @11 Hello\n[00:00:04]; 5000-6000 @40 B\n[00:00:06]"},
         {"[01:02:03]\r\nA\r\n[99:59:59]\r\n", "3723000-359999000 @12 A"},
         {"[4294967295:0:0]\r\nA\r\n[0:0:4294967296]\r\n", "4291367296-0 @18 A"},  // 32 bits, and no more
     });
 }
 
+// kept(sv1-end-line-missing)
 TEST(SubViewer10, TakesTheLineBehindTheTextAsTheEnd) {
     expectFiles<Parser>({
         // without an end line, the next entry is lost
@@ -48,9 +52,9 @@ TEST(SubViewer10, TakesTheLineBehindTheTextAsTheEnd) {
 TEST(SubViewer10, LooksForTheLineEndFrom10CharactersOn) {
     expectFiles<Parser>({
         {"[00:00:01]text on the time line\r\nA\r\n[00:00:04]\r\n", "1000-4000 @33 A"},
-        {"[00:00:01]\r\n  A\r\n[00:00:04]\r\n", "1000-4000 @12   A"},  // with the blanks in front of it
-        {"[0:0:1]\r\nlost\r\nshown\r\n[0:0:4]\r\n", "1000-4000 @15 shown"},
-        {"[0:00:01]\r\nA\r\n[0:00:04]\r\n", "1000-4000 @11 A"},  // the line end is long enough
+        {"[00:00:01]\r\n  A\r\n[00:00:04]\r\n", "1000-4000 @12   A"},        // with the blanks in front of it
+        {"[0:0:1]\r\nlost\r\nshown\r\n[0:0:4]\r\n", "1000-4000 @15 shown"},  // kept(sv1-time-width)
+        {"[0:00:01]\r\nA\r\n[0:00:04]\r\n", "1000-4000 @11 A"},              // the line end is long enough
         {"[0:00:01]\nA\n[0:00:04]\n", ""},
         {"[0:0:1]\n", ""},
         // the text on the start line: the end line is taken for the text, the next start line for the end
@@ -62,7 +66,7 @@ TEST(SubViewer10, AcceptsAFileThatHasAStartLine) {
     const std::string entry = "\r\n[00:00:01]\r\nA\r\n[00:00:04]\r\n";
     expectFiles<Parser>({
         {"{1}{25}Hello" + entry, "1000-4000 @26 A"},  // 8-bit text is never refused early
-        {"x1" + entry, "1000-4000 @16 A"},
+        {"x1" + entry, "1000-4000 @16 A"},            // kept(sub-second-digit)
         {"00:00:01.00,00:00:04.50" + entry, "1000-4000 @37 A"},
         {"[00:00]" + entry, "1000-4000 @21 A"},
         {"[1072][1092]x" + entry, "1000-4000 @27 A"},
@@ -80,6 +84,7 @@ TEST(SubViewer10, AcceptsAFileThatHasAStartLine) {
     });
 }
 
+// kept(sub-mark)
 TEST(SubViewer10, LosesAStartLineBehindTheUtf8Mark) {
     expectFiles<Parser>({
         {kUtf8Mark + "[00:00:01]\r\nA\r\n[00:00:04]\r\n\r\n"s, ""},  // the end line is taken for a start line
@@ -96,14 +101,15 @@ TEST(SubViewer10, TellsTheEncodingByTheMark) {
     };
     for (const auto& [content, codeType] : rows) {
         Parsed<Parser> parsed(content);
-        EXPECT_EQ(TRUE, parsed.result) << visible(content);
+        EXPECT_EQ(TRUE, parsed.result) << show(content);
         ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO info{};
         parsed.parser.GetTrackInfo(0, &info);
-        EXPECT_EQ(codeType, info.eCodeType) << visible(content);
+        EXPECT_EQ(codeType, info.eCodeType) << show(content);
         EXPECT_EQ(0, memcmp(content.data(), parsed.parser.m_pu8RawBuffer, content.size())) << "nothing is swapped";
     }
 }
 
+// kept(sv1-utf16le)
 TEST(SubViewer10, LooksForBracesInLittleEndianText) {
     const std::string entry = "\r\nA\r\n[00:00:04]\r\n";
     expectFiles<Parser>({
@@ -130,11 +136,12 @@ TEST(SubViewer10, LooksForBracketsInBigEndianText) {
         {utf16be("x\r\n{00:00:01}\r\nA\r\n{00:00:04}\r\n"), "refused"},
         {utf16be("x\r\n [00:00:01]\r\nA\r\n [00:00:04]\r\n"), "refused"},  // nor is a blank white space
         {utf16be("x\n[00:00:01]\nA\n[00:00:04]\n"), "refused"},            // LF alone ends no line
-        {utf16be("x\r\n[00:00:01]\r\nA\nB\r\n[00:00:04]\r\n"), "1000-4000 @32 A\\nB"},
+        {utf16be("x\r\n[00:00:01]\r\nA\nB\r\n[00:00:04]\r\n"), "1000-4000 @32 A\nB"},
         {utf16be(""), "refused"},
     });
 }
 
+// kept(sv1-utf16-bracket)
 TEST(SubViewer10, NeedsNoBracketIn16BitScans) {
     expectFiles<Parser>({
         {utf16le("x\r\n{00:00:01}\r\nA\r\n(00:00:02)\r\n(00:00:03)\r\nB\r\n 00:00:04\r\n"),

@@ -10,8 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/ParserTools.h"
 #include "tests/support/Interpose.h"
+#include "tests/support/Parsers.h"
+#include "tests/support/Texts.h"
 
 namespace {
 
@@ -225,6 +226,7 @@ TEST(SubtitleParser, CanBeDerivedFrom) {
 
 // ------------------------------------------------------------------------------------------------- tag table
 
+// kept(tag-without-table)
 TEST(AddTag, WithoutATableReportsSuccessAndStoresNothing) {
     SubtitleParser parser;
     EXPECT_EQ(TRUE, parser.AddTag(1, 2, 3, kWhole));
@@ -239,7 +241,7 @@ TEST(AddTag, StoresTimesAndPositionInOrder) {
     EXPECT_EQ(TRUE, parser.AddTag(1000, 0xFFFFFFFF, (S64{1} << 40) + 1, kWhole));
     EXPECT_EQ(TRUE, parser.AddTag(0, 0, -1, kWhole));
     EXPECT_EQ(3u, parser.GetTagNum());
-    EXPECT_EQ((std::vector<Tag>{{5000, 6000, 70}, {1000, 0xFFFFFFFF, (S64{1} << 40) + 1}, {0, 0, -1}}), tagsOf(parser));
+    EXPECT_EQ("5000-6000 @70; 1000- @1099511627777; 0-0 @-1", tagsOf(parser));
 }
 
 TEST(AddTag, DoesNotWriteTheDataType) {
@@ -260,8 +262,10 @@ TEST(AddTag, GrowsAWholeStepAsSoonAsTheTableIsFull) {
     EXPECT_EQ(TRUE, parser.AddTag(kStep - 1, kStep, kStep + 1, kWhole));
     EXPECT_EQ(kStep, parser.m_u32TagNum);
     EXPECT_EQ(2 * kStep, parser.m_u32TagBufferNum);
-    const std::vector<Tag> tags = tagsOf(parser);
-    for (U32 i = 0; i < kStep; ++i) ASSERT_EQ((Tag{i, i + 1, i + 2}), tags[i]);
+    for (U32 i = 0; i < kStep; ++i) {
+        const ST_MEDIA_SUBTITLE_PARSER_TAG& tag = parser.m_pTagBuffer[i];
+        ASSERT_TRUE(tag.u32TimeStart == i && tag.u32TimeEnd == i + 1 && tag.s64Pos == i + 2) << i;
+    }
     EXPECT_TRUE(allZero(parser.m_pTagBuffer + kStep, kStep * sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG)));
 }
 
@@ -289,6 +293,7 @@ TEST(GetTagInfo, CopiesTheTimesAlone) {
     EXPECT_EQ(kPart, tag.eDataType);
 }
 
+// kept(tag-behind-count)
 TEST(GetTagInfo, IsBoundedByTheCapacity) {
     SubtitleParser parser;
     parser.Init(0);
@@ -342,7 +347,7 @@ const Search kSearches[] = {
     // starts, offset, time, index found
     {{}, 0, 5, 0},
     {{10}, 0, 0, 0},
-    {{10}, 0, 9, 0},  // before the first: 0, as for the first
+    {{10}, 0, 9, 0},  // kept(before-first): before the first: 0, as for the first
     {{10}, 0, 10, 0},
     {{10}, 0, 0xFFFFFFFF, 0},
     {{10, 20}, 0, 9, 0},
@@ -361,8 +366,9 @@ const Search kSearches[] = {
     {{10, 0x80000000, 0xF0000000}, 0, 0xFFFFFFFF, 2},
 
     // the offset
-    {{10, 20, 30}, 5, 24, 0},                // 19
-    {{10, 20, 30}, 5, 25, 1},                // 20
+    {{10, 20, 30}, 5, 24, 0},  // 19
+    {{10, 20, 30}, 5, 25, 1},  // 20
+    // kept(lookup-offset)
     {{10, 20, 30}, 25, 24, 1},               // below the offset: the time as it is, 24
     {{10, 20, 30}, 25, 25, 0},               // at the offset: 0, before the first
     {{10, 20, 30}, 25, 35, 0},               // 10
@@ -377,6 +383,7 @@ const Search kSearches[] = {
     {{10, 20, 30}, INT_MIN, 0x80000014, 1},  // 20
 
     // Tables out of order: the halving decides, and it is part of the contract.
+    // kept(not-ascending)
     {{30, 10}, 0, 20, 1},              // 20 >= 10, the last
     {{30, 10}, 0, 5, 0},               // 5 < 10, 5 < 30
     {{30, 20, 10}, 0, 15, 0},          // 15 < 20, 15 < 30
@@ -413,6 +420,7 @@ TEST(GetTag, AgreesWithASimpleSearchOnAscendingStarts) {
     }
 }
 
+// kept(same-start)
 TEST(GetTag, FindsOneOfTwoThatBeganTogether) {
     SubtitleParser parser;
     parser.Init(0);
@@ -421,6 +429,19 @@ TEST(GetTag, FindsOneOfTwoThatBeganTogether) {
     EXPECT_TRUE(found == 1 || found == 2) << found;
     EXPECT_EQ(0u, parser.GetTag(0, 19));
     EXPECT_EQ(3u, parser.GetTag(0, 30));
+}
+
+// kept(overlap)
+TEST(GetTag, OfOverlappingEntriesFindsTheOneThatBeganLast) {
+    SubtitleParser parser;
+    parser.Init(0);
+    parser.AddTag(10, 100, 0, kWhole);
+    parser.AddTag(20, 30, 0, kWhole);
+    parser.AddTag(40, 90, 0, kWhole);
+    EXPECT_EQ(0u, parser.GetTag(0, 19));
+    EXPECT_EQ(1u, parser.GetTag(0, 20));
+    EXPECT_EQ(1u, parser.GetTag(0, 35)) << "over, while the first one still lasts";
+    EXPECT_EQ(2u, parser.GetTag(0, 95)) << "whatever still lasts";
 }
 
 TEST(GetTag, WithoutATableIsZero) {
@@ -557,9 +578,6 @@ struct Unmarked : SubtitleParser {
     BOOL refusal = FALSE;
 };
 
-constexpr auto kBig5 = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_BIG5;
-constexpr auto kGbk = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_GBK;
-
 TEST(GetData2CheckPossibleEncodings, TheFirstDecisiveEntrySettlesTheCodeType) {
     const std::vector<std::string> ninetyNine(99, "x");
     std::vector<std::string> hundred = ninetyNine, more = ninetyNine;
@@ -617,7 +635,7 @@ TEST(GetData2CheckPossibleEncodings, EndsWhereTheTableDoes) {
     EXPECT_EQ(kNative, tableless.m_eCodeType);
 }
 
-// kept: an entry that ends behind a tag has no 0 of its own; what an earlier one left must not be taken for its text
+// An entry that ends behind a tag has no 0 of its own; what an earlier one left must not be taken for its text
 TEST(GetData2CheckPossibleEncodings, EveryEntryIsReadIntoAClearedBuffer) {
     Unmarked parser({"xx\xB0\xA1", "<b>\r\n\r\n", "\xFE\x45"});
     parser.GetData2CheckPossibleEncodings();  // each round looks at the buffer that it is given
