@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <random>
 
+#include "tests/support/DialectFilm.h"
+
 namespace bench {
 
 namespace {
@@ -90,34 +92,12 @@ std::string txtFilm(size_t size) {
     });
 }
 
-std::string subViewer20Film(size_t size) {
-    return makeFilm(size, [](const Entry& entry, std::string* film) {
-        *film += clock(entry.startMs, '.').substr(0, 11) + "," + clock(entry.endMs, '.').substr(0, 11) + "\r\n" +
-                 entry.firstLine + "\r\n\r\n";
-    });
-}
-
-std::string subViewer10Film(size_t size) {
-    return makeFilm(size, [](const Entry& entry, std::string* film) {
-        *film += "[" + clock(entry.startMs, '.').substr(0, 8) + "]\r\n" + entry.firstLine + "\r\n[" +
-                 clock(entry.endMs, '.').substr(0, 8) + "]\r\n\r\n";
-    });
-}
-
-std::string microDvdFilm(size_t size) {
-    return "{1}{1}25.0\r\n" + makeFilm(size, [](const Entry& entry, std::string* film) {
-               *film += "{" + std::to_string(entry.startMs / 40) + "}{" + std::to_string(entry.endMs / 40) + "}" +
-                        entry.firstLine;
-               if (!entry.secondLine.empty()) *film += "|" + entry.secondLine;
-               *film += "\r\n";
+std::string dialectFilm(std::string_view pattern, size_t size) {
+    // no file of ASCII alone: a dialect may take that for UTF-8
+    return test::dialectEntry(pattern, 1000, 2000, "caf\xE9") +
+           makeFilm(size, [pattern](const Entry& entry, std::string* film) {
+               *film += test::dialectEntry(pattern, entry.startMs, entry.endMs, entry.firstLine);
            });
-}
-
-std::string dvbFilm(size_t size) {
-    return makeFilm(size, [](const Entry& entry, std::string* film) {
-        *film += clock(entry.startMs, ':').substr(0, 11) + " " + clock(entry.endMs, ':').substr(0, 11) + " " +
-                 entry.firstLine + "\r\n";
-    });
 }
 
 }  // namespace bench
