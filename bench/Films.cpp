@@ -27,10 +27,9 @@ std::string makeLine(std::minstd_rand& random, bool italic) {
     return italic ? line + "</i>" : line;
 }
 
-std::string clock(U32 ms, char point) {
+std::string clock(U32 ms) {
     char text[32];
-    snprintf(text, sizeof text, "%02u:%02u:%02u%c%03u", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60, point,
-             ms % 1000);
+    snprintf(text, sizeof text, "%02u:%02u:%02u,%03u", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60, ms % 1000);
     return text;
 }
 
@@ -54,7 +53,7 @@ std::string makeFilm(size_t size, const std::function<void(const Entry&, std::st
 std::string srtFilm(size_t size) {
     return makeFilm(size, [](const Entry& entry, std::string* film) {
         *film += std::to_string(entry.number) + "\r\n";
-        *film += clock(entry.startMs, ',') + " --> " + clock(entry.endMs, ',') + "\r\n" + entry.firstLine + "\r\n";
+        *film += clock(entry.startMs) + " --> " + clock(entry.endMs) + "\r\n" + entry.firstLine + "\r\n";
         if (!entry.secondLine.empty()) *film += entry.secondLine + "\r\n";
         *film += "\r\n";
     });
@@ -84,7 +83,7 @@ std::string smiFilm(size_t size) {
 }
 
 std::string txtFilm(size_t size) {
-    const auto stamp = [](U32 ms, int line) { return clock(ms, ',').substr(0, 8) + "," + std::to_string(line) + "="; };
+    const auto stamp = [](U32 ms, int line) { return clock(ms).substr(0, 8) + "," + std::to_string(line) + "="; };
     return makeFilm(size, [&](const Entry& entry, std::string* film) {
         *film +=
             stamp(entry.startMs, 1) + entry.firstLine + "\r\n" + stamp(entry.startMs, 2) + entry.secondLine + "\r\n";

@@ -82,7 +82,7 @@ record() {
                 END {
                     for (target in executions)
                         printf "| `%s` | %d s | %d | %d | %d | %s |\n", target, seconds, executions[target],
-                            rate[target], inputs[target], finding[target] > 0 ? finding[target] : "none"
+                            rate[target], inputs[target], (finding[target] ? finding[target] : "none")
                 }' "$findings/figures"
             sed -n '/^<!-- table: fuzz -->$/,/^<!-- end -->$/p' docs/quality.md | grep '^| `'
         } | LC_ALL=C sort -s -u -t '`' -k 2,2
