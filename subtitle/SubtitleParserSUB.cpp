@@ -18,7 +18,7 @@ namespace {
 
 constexpr char kTag[] = "SubtitleParserSUB";
 
-/// Tried in this order: the first that accepts the file has it, however well a later one would fit.
+/// What is tried, in this order.
 constexpr const SubDialect& (*kDialects[])() = {
 #define VX_SUB_DIALECT(name, ...) &subDialectOf<SubtitleParser##name>,
 #include "subtitle/parser/SubDialects.def"
@@ -42,7 +42,7 @@ void dropDelegate(SubtitleParserSUB& sub) {
 BOOL tryDialects(SubtitleParserSUB& sub, bool byDescriptor, Announced how) {
     VX_LOG(kTag, "SubtitleParserSUB::BeginParse - Enter\n");
     if (sub.m_pParser == nullptr) {
-        for (const auto dialectOf : kDialects) {
+        for (const auto dialectOf : kDialects) {  // kept(sub-order): the first that accepts the file keeps it
             const SubDialect& dialect = dialectOf();
             if (how == Announced::kWithLine && dialectOf == kDialects[0]) {
                 VX_LOG(kTag, kFirstWithLine, kLine);
@@ -73,21 +73,21 @@ SubtitleParserSUB::SubtitleParserSUB(int fd, S64, S64) : m_pParser(nullptr), u32
 
 SubtitleParserSUB::~SubtitleParserSUB() {
     if (m_pParser != nullptr) dropDelegate(*this);
-    // kept: u32FileFD stays open
+    // kept(sub-descriptor-open): u32FileFD stays open
 }
 
-BOOL SubtitleParserSUB::Deinit() { return TRUE; }  // kept: the delegate outlives it
+BOOL SubtitleParserSUB::Deinit() { return TRUE; }  // kept(sub-deinit): the delegate outlives it
 
 U32 SubtitleParserSUB::GetData(const U32 track, U8* buf, const U32 size, const U32 index) {
     return m_pParser != nullptr ? m_pParser->GetData(track, buf, size, index) : 0;
 }
 
 U32 SubtitleParserSUB::GetData(const U32, U8*, const U32, const U32, stSubDecoderInfo*) {
-    return 0;  // kept: not forwarded
+    return 0;  // kept(sub-five-arguments): not forwarded
 }
 
 BOOL SubtitleParserSUB::BeginParse() {
-    const bool byDescriptor = u32FileFD != 0;  // kept: descriptor 0 counts as none
+    const bool byDescriptor = u32FileFD != 0;  // kept(file-descriptor-0): descriptor 0 counts as none
     return tryDialects(*this, byDescriptor, byDescriptor ? Announced::kWithLine : Announced::kPlain);
 }
 
@@ -106,7 +106,8 @@ BOOL SubtitleParserSUB::GetTrackInfo(const U32 track, ST_MEDIA_SUBTITLE_PARSER_T
 }
 
 BOOL SubtitleParserSUB::BeginParse(int) {
-    return tryDialects(*this, true, Announced::kPlain);  // kept: the descriptor, be it 0 or none, never the argument
+    // kept(sub-begin-argument): the descriptor, be it 0 or none, never the argument
+    return tryDialects(*this, true, Announced::kPlain);
 }
 
 }  // namespace android

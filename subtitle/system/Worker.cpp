@@ -1,3 +1,4 @@
+// The thread of a worker: created, joined, and given a head start.
 #include "subtitle/system/Worker.h"
 
 #include <sched.h>
@@ -10,7 +11,7 @@ bool startWorker(WorkerSlot slot, void* (*main)(void*), void* argument) {
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, 65536);
     __atomic_store_n(&slot.state, U8{kWorkerRunning}, __ATOMIC_RELEASE);
-    // kept: the attributes are not destroyed afterwards; they hold no memory
+    // the attributes are not destroyed afterwards; they hold no memory
     if (pthread_create(&slot.thread, &attributes, main, argument) == 0) return true;
     slot.thread = 0;
     __atomic_store_n(&slot.state, U8{kWorkerNone}, __ATOMIC_RELEASE);

@@ -22,7 +22,8 @@ constexpr U32 readNumbers(Read read, const char* format, NextSlot nextSlot) {
         if (isSpace(static_cast<U8>(*f))) continue;
         while (isSpace(read(i)) && read(i) != kCr && read(i) != kLf) ++i;
         if (*f != '%') {
-            ++i;  // kept: a literal takes any character, a line end and a 0 included; "%u:%u" reads 1.2
+            // kept(scan-separators): a literal takes any character, a line end and a 0 included; "%u:%u" reads 1.2
+            ++i;
             continue;
         }
         ++f;

@@ -28,7 +28,7 @@ constexpr Unit upperCase(Unit unit) {
 }
 
 /// An encoding: its unit, how a unit lies in memory and how an ASCII character reads. Units stay as stored (read
-/// little-endian); big-endian text differs in its literals alone.
+/// little-endian); big-endian data differs in its literals alone.
 struct Bytes {
     using Unit = U8;
     static constexpr bool kBigEndian = false;
@@ -115,7 +115,7 @@ public:
     using Unit = typename Enc::Unit;
     static constexpr size_t kWidth = sizeof(Unit);
 
-    /// Views `size` bytes at `data`; an odd last byte of 16-bit text counts as one more unit with high byte 0.
+    /// Views `size` bytes at `data`; an odd last byte of 16-bit data counts as one more unit with high byte 0.
     TextView(const U8* data, size_t size) : mData(data), mSize(data != nullptr ? size : 0) {}
 
     /// The unit at `i`, 0 behind the data.
@@ -180,7 +180,7 @@ public:
         if constexpr (!Enc::kBigEndian) {
             return pastLineEnds(toLineEnd(i));
         } else {
-            // kept: big-endian lines end with CR and the next LF, however far; LF alone ends none
+            // kept(utf16be-lf): big-endian lines end with CR and the next LF, however far; LF alone ends none
             i = past(toUnit(i, Enc::lit('\r')));
             return past(toUnit(i, Enc::lit('\n')));
         }
@@ -195,9 +195,12 @@ private:
 
 /// What the byte-order mark of `in` tells: FF FE: UTF-16 LE, FE FF: UTF-16 BE, EF BB BF: UTF-8, anything else: NATIVE.
 inline EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeTypeOf(const TextView<Bytes>& in) {
+    // kept(utf32): its little-endian mark begins as that of UTF-16, and is read as one
     if (in.at(0) == 0xFF && in.at(1) == 0xFE) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE;
     if (in.at(0) == 0xFE && in.at(1) == 0xFF) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
     if (in.at(0) == 0xEF && in.at(1) == 0xBB && in.at(2) == 0xBF) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8;
+    // kept(utf16-no-mark): the mark alone tells UTF-16
+    // kept(utf8-unmarked-native): UTF-8 without a mark is not told from a code page
     return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;
 }
 
