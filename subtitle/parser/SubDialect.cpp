@@ -47,8 +47,12 @@ struct AtLineBreak {
 };
 
 struct Line : Extraction {
-    U32 operator()(WorkText<Bytes> in) const { return walk(in, outputLimit8(size), AtLineBreak{}, [](auto&) {}); }
-    U32 operator()(WorkText<Utf16Le> in) const { return walk(in, outputLimit16(size), AtLineBreak{}, [](auto&) {}); }
+    U32 operator()(WorkText<Bytes> in) const {
+        return walk(in, outputLimit8(size), AtLineBreak{}, [](auto&) {});
+    }
+    U32 operator()(WorkText<Utf16Le> in) const {
+        return walk(in, outputLimit16(size), AtLineBreak{}, [](auto&) {});
+    }
     U32 operator()(WorkText<Utf16Be> in) const {
         // kept(sub-utf16be-first-line): one line, with its markup
         return copyFirstLine(in, {buf, size}, copied / 2, outputLimit16(size));

@@ -21,15 +21,9 @@ bool load(SubtitleParser& parser, const TextFormat& format) {
 
 /// The first unit by the encoding that was told: the scan begins there.
 size_t firstUnit(const SubtitleParser& parser, const TextFormat& format) {
-    switch (parser.m_eCodeType) {
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
-            return 1;
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8:
-            return format.utf8FirstUnit;
-        default:
-            return 0;
-    }
+    if (parser.m_eCodeType == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8) return format.utf8FirstUnit;
+    const bool wide = withEncoding(parser.m_eCodeType, [](auto encoding) { return sizeof encoding.lit(' ') == 2; });
+    return wide ? 1 : 0;
 }
 
 /// Whether the loaded data is of this format, where that is asked.
