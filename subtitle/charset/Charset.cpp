@@ -73,12 +73,8 @@ U32 possibleEncodings(const U8* text, U64 capacity) {
     for (U64 at = 0; at < capacity && text[at] != 0;) {
         const U8 lead = text[at++];
         if (lead < 0x80) continue;
-<<<<<<< HEAD
         // kept(charset-last-pair): a lead byte at the end is a code, with the trail byte 0, and as the last one it
         // decides
-=======
-        // kept(charset-last-pair): a lead byte at the end is a code with the trail byte 0, and the last one decides
->>>>>>> k
         const U8 trail = at < capacity ? text[at] : U8(0);
         result = encodingsOf(U16(lead << 8 | trail));
         if (result == kMaybeGbk || result == kMaybeBig5 || trail == 0) return result;
