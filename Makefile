@@ -13,6 +13,7 @@ TIDIED = $(filter-out %/empty_7z.cpp,$(shell find subtitle platform tools -name 
 
 SECONDS ?= 60
 TARGET ?=
+RECORD ?=
 
 # $(call build,preset)
 build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
@@ -27,7 +28,8 @@ help:
 	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
 	@echo 'make tsan     the tests under the thread sanitizer'
 	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
-	@echo 'make bench    the benchmarks'
+	@echo '              (RECORD=1: the figures become rows of docs/quality.md)'
+	@echo 'make bench    the benchmarks; their table goes into docs/performance.md'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make format   clang-format on every source'
 	@echo 'make tidy     clang-tidy on the library and the tools'
@@ -74,15 +76,16 @@ arm: arm-build
 
 .PHONY: fuzz
 fuzz:
-	@$(SETUP) build fuzz
-	$(call build,fuzz)
-	@tools/fuzz.sh $(SECONDS) $(TARGET)
+	@RECORD=$(RECORD) tools/fuzz.sh $(SECONDS) $(TARGET)
 
 .PHONY: bench
+bench: SHELL := /bin/bash
+bench: .SHELLFLAGS := -o pipefail -c
 bench:
 	@$(SETUP) build bench
 	$(call build,bench)
-	@build/bench/bench/vxsubtitle_bench
+	@build/bench/bench/vxsubtitle_bench | tee build/bench/table.txt
+	@sed 's/./    &/' build/bench/table.txt | tools/write_table.sh docs/performance.md bench
 
 .PHONY: format
 format:

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <random>
 
+#include "tests/support/DialectFilm.h"
+
 namespace bench {
 
 namespace {
@@ -25,10 +27,9 @@ std::string makeLine(std::minstd_rand& random, bool italic) {
     return italic ? line + "</i>" : line;
 }
 
-std::string clock(U32 ms, char point) {
+std::string clock(U32 ms) {
     char text[32];
-    snprintf(text, sizeof text, "%02u:%02u:%02u%c%03u", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60, point,
-             ms % 1000);
+    snprintf(text, sizeof text, "%02u:%02u:%02u,%03u", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60, ms % 1000);
     return text;
 }
 
@@ -52,7 +53,7 @@ std::string makeFilm(size_t size, const std::function<void(const Entry&, std::st
 std::string srtFilm(size_t size) {
     return makeFilm(size, [](const Entry& entry, std::string* film) {
         *film += std::to_string(entry.number) + "\r\n";
-        *film += clock(entry.startMs, ',') + " --> " + clock(entry.endMs, ',') + "\r\n" + entry.firstLine + "\r\n";
+        *film += clock(entry.startMs) + " --> " + clock(entry.endMs) + "\r\n" + entry.firstLine + "\r\n";
         if (!entry.secondLine.empty()) *film += entry.secondLine + "\r\n";
         *film += "\r\n";
     });
@@ -82,7 +83,7 @@ std::string smiFilm(size_t size) {
 }
 
 std::string txtFilm(size_t size) {
-    const auto stamp = [](U32 ms, int line) { return clock(ms, ',').substr(0, 8) + "," + std::to_string(line) + "="; };
+    const auto stamp = [](U32 ms, int line) { return clock(ms).substr(0, 8) + "," + std::to_string(line) + "="; };
     return makeFilm(size, [&](const Entry& entry, std::string* film) {
         *film +=
             stamp(entry.startMs, 1) + entry.firstLine + "\r\n" + stamp(entry.startMs, 2) + entry.secondLine + "\r\n";
@@ -90,34 +91,12 @@ std::string txtFilm(size_t size) {
     });
 }
 
-std::string subViewer20Film(size_t size) {
-    return makeFilm(size, [](const Entry& entry, std::string* film) {
-        *film += clock(entry.startMs, '.').substr(0, 11) + "," + clock(entry.endMs, '.').substr(0, 11) + "\r\n" +
-                 entry.firstLine + "\r\n\r\n";
-    });
-}
-
-std::string subViewer10Film(size_t size) {
-    return makeFilm(size, [](const Entry& entry, std::string* film) {
-        *film += "[" + clock(entry.startMs, '.').substr(0, 8) + "]\r\n" + entry.firstLine + "\r\n[" +
-                 clock(entry.endMs, '.').substr(0, 8) + "]\r\n\r\n";
-    });
-}
-
-std::string microDvdFilm(size_t size) {
-    return "{1}{1}25.0\r\n" + makeFilm(size, [](const Entry& entry, std::string* film) {
-               *film += "{" + std::to_string(entry.startMs / 40) + "}{" + std::to_string(entry.endMs / 40) + "}" +
-                        entry.firstLine;
-               if (!entry.secondLine.empty()) *film += "|" + entry.secondLine;
-               *film += "\r\n";
+std::string dialectFilm(std::string_view pattern, size_t size) {
+    // no file of ASCII alone: a dialect may take that for UTF-8
+    return test::dialectEntry(pattern, 1000, 2000, "caf\xE9") +
+           makeFilm(size, [pattern](const Entry& entry, std::string* film) {
+               *film += test::dialectEntry(pattern, entry.startMs, entry.endMs, entry.firstLine);
            });
-}
-
-std::string dvbFilm(size_t size) {
-    return makeFilm(size, [](const Entry& entry, std::string* film) {
-        *film += clock(entry.startMs, ':').substr(0, 11) + " " + clock(entry.endMs, ':').substr(0, 11) + " " +
-                 entry.firstLine + "\r\n";
-    });
 }
 
 }  // namespace bench

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "subtitle/SubtitleTypes.h"
 
@@ -24,9 +25,8 @@ std::string srtFilm(size_t size);
 std::string ssaFilm(size_t size);
 std::string smiFilm(size_t size);
 std::string txtFilm(size_t size);
-std::string subViewer20Film(size_t size);
-std::string subViewer10Film(size_t size);
-std::string microDvdFilm(size_t size);
-std::string dvbFilm(size_t size);
+
+/// Every first line as an entry of a .sub dialect, in the pattern of its row in the list.
+std::string dialectFilm(std::string_view pattern, size_t size);
 
 }  // namespace bench

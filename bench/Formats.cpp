@@ -1,5 +1,6 @@
 #include "bench/Formats.h"
 
+#include <SubDialectHeaders.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -7,10 +8,6 @@
 #include "subtitle/SubtitleParserSMI.h"
 #include "subtitle/SubtitleParserSRT.h"
 #include "subtitle/SubtitleParserSSA.h"
-#include "subtitle/SubtitleParserSubDvbSubtitleSystem.h"
-#include "subtitle/SubtitleParserSubMicroDVD.h"
-#include "subtitle/SubtitleParserSubViewer10.h"
-#include "subtitle/SubtitleParserSubViewer20.h"
 #include "subtitle/SubtitleParserTXT.h"
 #include "tests/support/Interpose.h"
 
@@ -21,10 +18,10 @@ const std::vector<Format> formats = {
     row<SubtitleParserSSA>("SSA", ssaFilm),
     row<SubtitleParserSMI>("SAMI", smiFilm),
     row<SubtitleParserTXT>("TXT", txtFilm),
-    row<SubtitleParserSubViewer20>("SubViewer 2.0", subViewer20Film, kEightBit | kUtf16Le),
-    row<SubtitleParserSubViewer10>("SubViewer 1.0", subViewer10Film),
-    row<SubtitleParserSubMicroDVD>("MicroDVD", microDvdFilm),
-    row<SubtitleParserSubDvbSubtitleSystem>("DVB subtitle system", dvbFilm, kEightBit | kUtf16Le),
+#define VX_SUB_DIALECT(name, type, target, people, pattern) \
+    row<SubtitleParser##name>(people, [](size_t size) { return dialectFilm(pattern, size); }),
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
 };
 
 std::string encode(const Format& format, Encoding encoding, size_t size) {
@@ -44,6 +41,10 @@ std::unique_ptr<SubtitleParser> loadAndScan(const Format& format, const std::str
     std::unique_ptr<SubtitleParser> parser = load(format, data);
     format.scan(*parser);
     return parser;
+}
+
+bool reads(const Format& format, Encoding encoding) {
+    return loadAndScan(format, encode(format, encoding, 1000))->GetTagNum() > 0;
 }
 
 }  // namespace bench

@@ -140,7 +140,7 @@ void memory(benchmark::State& state, const Format& format, size_t size) {
 void registerTextFormats() {
     for (const Format& format : formats) {
         for (const auto& [encoding, title] : kEncodings) {
-            if ((format.encodings & encoding) == 0) continue;
+            if (!reads(format, encoding)) continue;
             add(kScanGroup, format.name + std::string(", ") + title, [&format, e = encoding](benchmark::State& state) {
                 scan(state, format, e);
             })->Repetitions(5);
@@ -163,7 +163,7 @@ void registerTextFormats() {
     }
     for (const Format& format : formats) {
         for (const auto& [encoding, title] : kEncodings) {
-            if ((format.encodings & encoding) == 0) continue;
+            if (!reads(format, encoding)) continue;
             add("GetData, each", format.name + std::string(", ") + title,
                 [&format, e = encoding](benchmark::State& state) { getData(state, format, e); });
         }

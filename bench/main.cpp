@@ -61,14 +61,14 @@ void Table::ReportRuns(const std::vector<Run>& runs) {
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    // The table goes where standard output goes; what a worker prints there does not.
+    FILE* const out = fdopen(dup(STDOUT_FILENO), "w");
+    if (out == nullptr || freopen("/dev/null", "w", stdout) == nullptr) return 1;
     bench::registerTextFormats();
     bench::registerDispatcher();
     bench::registerCharset();
     bench::registerVobSub();
     bench::registerPushedQueue();
-    // The table goes where standard output goes; what a worker prints there does not.
-    FILE* const out = fdopen(dup(STDOUT_FILENO), "w");
-    if (out == nullptr || freopen("/dev/null", "w", stdout) == nullptr) return 1;
     bench::Table table(out);
     benchmark::RunSpecifiedBenchmarks(&table);
     return table.failed() ? 1 : 0;

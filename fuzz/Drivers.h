@@ -1,6 +1,7 @@
 /// The two ways in which fuzz targets drive a parser, and what both then ask of it.
 ///
-/// A target is a file that defines `fuzz::drivers`; for a parser of one text file that is one line:
+/// A target is a file that defines `fuzz::drivers`; for a parser of one text file that is one line (and CMake writes it
+/// for the dialects of .sub):
 ///
 ///     const std::vector<fuzz::Driver> fuzz::drivers = fuzz::bothDrivers<android::SubtitleParserSRT>();
 ///

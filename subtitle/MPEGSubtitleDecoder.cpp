@@ -12,7 +12,7 @@ using namespace vxsubtitle;
 
 namespace {
 
-constexpr const char* kTag = nullptr;  // kept: this class logs without a tag
+constexpr const char* kTag = nullptr;  // this class logs without a tag
 
 constexpr size_t kPaletteEntries = 256;
 
@@ -74,7 +74,7 @@ bool queueCommands(MPEGSubtitleDecoder& decoder, const Unit& unit, size_t at) {
     for (;;) {
         const U8 code = unit.at(at++);
         if (code == kEnd) return true;
-        if (code == kLineColours) return true;  // kept: colours per line are not read, and end the sequence
+        if (code == kLineColours) return true;  // kept(vob-line-colours): not read, they end the sequence
         if (code > kLineColours) return false;
         U8 arguments[sizeof Cmd::extendField];
         const U8 count = kArgumentBytes[code];
@@ -88,7 +88,7 @@ bool queueCommands(MPEGSubtitleDecoder& decoder, const Unit& unit, size_t at) {
 
 /// Queues the commands of the sequence at `offset` and answers the offset of the next; 0 when they failed.
 U16 queueSequence(MPEGSubtitleDecoder& decoder, const Unit& unit, U16 offset) {
-    // kept: the delay in the first two bytes is not used, all commands apply at once
+    // kept(vob-start-delay): the delay in the first two bytes is not used, all commands apply at once
     if (!queueCommands(decoder, unit, offset + size_t{4})) return 0;
     return wordAt(unit, offset + size_t{2});
 }
@@ -109,7 +109,7 @@ void queueUnit(MPEGSubtitleDecoder& decoder, const Unit& unit) {
     decoder.__cmd_queue_reset();
     decoder.m_display_param = {};
     readHeader(decoder, unit);
-    // kept: a broken chain drops all of its commands, and this still counts as success
+    // kept(vob-bad-commands): a broken chain drops all of its commands, and this still counts as success
     if (!queueTable(decoder, unit)) decoder.__cmd_queue_reset();
 }
 
@@ -197,7 +197,7 @@ void setColours(DisplayParam& display, const U8 (&a)[6], bool paletteSet) {
         display.u8Emp1Color = low(a[0]);
         display.u8PatternColor = high(a[1]);
         display.u8BkgrdColor = low(a[1]);
-    } else {  // kept: fixed places, whatever the bytes say; the fallback palette has its colours there
+    } else {  // kept(vob-fallback-colours): fixed places; the guessed palette has its colours there
         display.u8PatternColor = 1;
         display.u8Emp1Color = 2;
         display.u8Emp2Color = 3;
@@ -217,7 +217,8 @@ void setArea(DisplayParam& display, const U8 (&a)[6]) {
     const int right = low(a[1]) << 8 | a[2];
     const int top = a[3] << 4 | high(a[4]);
     const int bottom = low(a[4]) << 8 | a[5];
-    // kept: one line short of the area and even, so that both fields have the same number of lines
+    // kept(vob-last-rows): one line short of the area and even, so that both fields have the same number of lines
+    // kept(vob-two-rows): of one or two rows nothing is left
     const int height = (bottom - top) & ~1;
     display.u16AreaLeft = static_cast<U16>(left);
     display.u16AreaRight = static_cast<U16>(right);
@@ -230,7 +231,7 @@ void setArea(DisplayParam& display, const U8 (&a)[6]) {
 void setOffsets(DisplayParam& display, const U8 (&a)[6], U16 tableOffset) {
     display.u16RLTopField = word(a[0], a[1]);
     display.u16RLBottomField = word(a[2], a[3]);
-    // kept: lengths are taken only from offsets in this order; otherwise the earlier ones stay
+    // kept(vob-field-order): lengths are taken only from offsets in this order; otherwise the earlier ones stay
     if (display.u16RLTopField < display.u16RLBottomField && display.u16RLBottomField < tableOffset) {
         display.u16RLTopLen = static_cast<U16>(display.u16RLBottomField - display.u16RLTopField);
         display.u16RLBottomLen = static_cast<U16>(tableOffset - display.u16RLBottomField);
@@ -266,7 +267,7 @@ BOOL MPEGSubtitleDecoder::DecodeUnit(U8* unit, U32 unitSize, U8* out, U32 outSiz
     queueUnit(*this, data);
     __cmd_queue_exec();
     const DisplayParam& display = m_display_param;
-    // kept: a quarter of the pixels is compared although each takes a byte; what does not fit is not written
+    // kept(vob-area-too-large): a quarter of the pixels is compared, each takes a byte; the rest is not written
     const U32 needed = U32{display.u16Width} * display.u16Height / 4;
     if (needed > outSize) {
         VX_LOG(kTag, "[error] not enough RL decode buffer len, need %lx, now %lx", asUnsignedLong(needed),
@@ -340,7 +341,7 @@ BOOL MPEGSubtitleDecoder::__cmd_queue_exec() {
                 display.bDisplayFlag = TRUE;
                 break;
             case kStop:
-                display.bDisplayFlag = FALSE;
+                display.bDisplayFlag = FALSE;  // kept(vob-end-ignored): nobody looks at it
                 break;
             case kColours:
                 setColours(display, cmd.extendField, m_bVobSubPaletteSetted == TRUE);
@@ -372,7 +373,7 @@ void MPEGSubtitleDecoder::Set_VobSub_Palette(U32* palette, U8 count) {
         m_pPaletteTable[i] = {static_cast<U8>(colour >> 24), static_cast<U8>(colour >> 16),
                               static_cast<U8>(colour >> 8), static_cast<U8>(colour)};
     }
-    m_bVobSubPaletteSetted = TRUE;  // kept: also for a count of 0
+    m_bVobSubPaletteSetted = TRUE;  // kept(vob-fallback-colours): gone with any palette, be its count 0
 }
 
 }  // namespace android

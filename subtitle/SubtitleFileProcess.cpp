@@ -35,7 +35,7 @@ SubtitleFileProcess::SubtitleFileProcess(U8* path)
 }
 
 SubtitleFileProcess::SubtitleFileProcess(int fd, S64 offset, S64 length)
-    // kept: not SOURCE_TYPE_FD; the descriptor is opened as a stream, offset and length are kept and not applied
+    // kept(file-whole): not SOURCE_TYPE_FD; the descriptor is opened as a stream, offset and length are not applied
     : mSourceType(SOURCE_TYPE_URL), fpFile(nullptr), mFd(duplicate(fd)), mOffset(offset), mLength(length) {
     storePath(pFileName, nullptr);
 }
@@ -62,7 +62,7 @@ S32 SubtitleFileProcess::Open() {
             if (mFd < 0) return 0;
             return lseek(mFd, low32(mOffset), SEEK_SET) == -1 ? 0 : 1;
         case SOURCE_TYPE_URL:
-            if (mFd < 1) {  // kept: descriptor 0 counts as none
+            if (mFd < 1) {  // kept(file-descriptor-0): descriptor 0 counts as none
                 VX_LOG(kTag, "Open filename = %s\n", path.text);
                 fpFile = fopen(path.text, "rbe");
             } else {
@@ -80,8 +80,8 @@ S32 SubtitleFileProcess::Open() {
 S32 SubtitleFileProcess::Close() {
     const bool streamed = mSourceType == SOURCE_TYPE_URL || mSourceType == SOURCE_TYPE_URL_OFFSET_LENGTH;
     if (!streamed && mSourceType != SOURCE_TYPE_FD) return 0;
-    // kept: the descriptor goes first, the stream after it
-    if (mFd >= 1) {  // kept: a duplicate that came out as 0 is never closed
+    // the descriptor goes first, the stream after it
+    if (mFd >= 1) {  // kept(file-descriptor-0): a duplicate that came out as 0 is never closed
         close(mFd);
         mFd = -1;
     }
@@ -110,14 +110,15 @@ U64 SubtitleFileProcess::Length() {
         default:
             return 0;
     }
-    return static_cast<U64>(S64{length});  // kept: a failure, -1, becomes the largest value
+    return static_cast<U64>(S64{length});  // kept(file-failure-size): a failure, -1, becomes the largest value
 }
 
 U64 SubtitleFileProcess::Read(U8* buf, U64 n) {
     if (buf == nullptr) return 0;
     switch (mSourceType) {
         case SOURCE_TYPE_FD:
-            return static_cast<U32>(read(mFd, buf, static_cast<U32>(n)));  // kept: a failure, -1, becomes 4294967295
+            // kept(file-failure-size): a failure, -1, becomes 4294967295
+            return static_cast<U32>(read(mFd, buf, static_cast<U32>(n)));
         case SOURCE_TYPE_URL:
         case SOURCE_TYPE_URL_OFFSET_LENGTH:
             return fpFile == nullptr ? 0 : fread(buf, 1, static_cast<size_t>(n), fpFile);
@@ -127,7 +128,7 @@ U64 SubtitleFileProcess::Read(U8* buf, U64 n) {
 }
 
 S64 SubtitleFileProcess::Seek(U32 offset, U32 whence) {
-    // kept: the stream is not touched, and nobody learns how it went
+    // kept(file-seek): the stream is not touched, and nobody learns how it went
     (void)lseek(mFd, low32(offset), static_cast<int>(whence));
     return 0;
 }

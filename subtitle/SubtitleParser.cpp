@@ -73,7 +73,7 @@ struct Extraction {
         return BaseWalk<Bytes>(in, buf, size, span, outputLimit8(size)).run8(big5);
     }
     U32 operator()(WorkText<Utf16Le> in) const {
-        // kept: the brace bound is the raw byte count, taken as units
+        // kept(srt-brace-unclosed): the brace bound is the raw byte count, taken as units
         return BaseWalk<Utf16Le>(in, buf, size, span, outputLimit16(size))
             .runLe(units(), parser.m_u32RawBufferDataSize);
     }
@@ -143,7 +143,7 @@ BOOL SubtitleParser::Deinit() {
 }
 
 U32 SubtitleParser::GetData(const U32, U8* buf, const U32 size, const U32 index) {
-    const bool big5 = languageIsBig5();
+    const bool big5 = languageIsBig5();  // kept(property-big5): decided by the device, not by the file
     takeDataSize(*this);
     if (!canExtract(*this, buf, index)) return 0;
     copyEntry(*this, index);
@@ -166,7 +166,7 @@ U32 SubtitleParser::GetTag(const U32, const U32 timeMs) {
 }
 
 BOOL SubtitleParser::GetTagInfo(U32, U32 index, ST_MEDIA_SUBTITLE_PARSER_TAG* tag) {
-    // kept: the bound is the capacity; entries behind the count read as times 0
+    // kept(tag-behind-count): the bound is the capacity; entries behind the count read as times 0
     if (tag == nullptr || m_pTagBuffer == nullptr || index >= m_u32TagBufferNum) return FALSE;
     tag->u32TimeStart = m_pTagBuffer[index].u32TimeStart;
     tag->u32TimeEnd = m_pTagBuffer[index].u32TimeEnd;
@@ -253,7 +253,7 @@ int Compare(const void* a, const void* b) {
 
 void ChangeUnicodeBigToUnicode(U8* buf, U32 len) {
     if (buf == nullptr) {
-        VX_LOG("SubtitleParserSubViewer20", "Buffer is NULL !!!\n");  // kept: logged under that parser's name
+        VX_LOG("SubtitleParserSubViewer20", "Buffer is NULL !!!\n");  // logged under that parser's name
         return;
     }
     swapUnits(buf, len);

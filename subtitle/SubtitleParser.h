@@ -54,7 +54,7 @@ public:
     virtual BOOL StopParse();
 
     /// Whether `length` bytes are UTF-8 of at most three bytes a character. A sequence cut off by the end counts
-    /// as valid, and so does no text at all.
+    /// as valid, and so do no bytes at all.
     virtual BOOL IsUTF8Encode(const void* data, const U64 length);
 
     /// Index of the tag that began last at `timeMs` milliseconds of play time; 0 also when none has begun yet

@@ -55,7 +55,7 @@ U32 removeBraceBlocks(U8* text, U32 length) {
         const U8* const open = std::find(in, static_cast<const U8*>(end), U8{'{'});
         out = std::copy(in, open, out);
         const U8* const close = std::find(open, static_cast<const U8*>(end), U8{'}'});
-        if (close == end) break;  // kept: a brace that is never closed swallows the rest of the text
+        if (close == end) break;  // kept(push-brace-unclosed): it swallows the rest of the text
         in = close + 1;
     }
     std::fill(out, end, U8{0});
@@ -63,7 +63,7 @@ U32 removeBraceBlocks(U8* text, U32 length) {
 }
 
 bool insertByStart(Queue& queue, const Entry& entry) {
-    // kept: in front of the entries with the same start, so that a text pushed again is the one that is found
+    // kept(push-same-start): in front of those with the same start, so that a text pushed again is the one found
     const auto place = std::find_if(queue.begin(), queue.end(),
                                     [&entry](const Entry& other) { return other.u32PTSStart >= entry.u32PTSStart; });
     try {
@@ -77,7 +77,7 @@ bool insertByStart(Queue& queue, const Entry& entry) {
 /// Drops the entries at the front that are over. One behind an entry that is not over stays, however old.
 void expire(Queue& queue, U32 curTimeMs) {
     const auto firstToStay = std::find_if(queue.begin(), queue.end(), [curTimeMs](const Entry& entry) {
-        // kept: an entry that ends right now stays, although no time is left at which it would be shown
+        // kept(push-ends-now): an entry that ends right now stays, although no time is left at which it would be shown
         return entry.u32PTSEnd >= curTimeMs || entry.u32QueueStart == 0;
     });
     std::for_each(queue.begin(), firstToStay, releaseText);
@@ -108,10 +108,10 @@ BOOL SubtitleParserInternal::AddSubtitleText(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE 
     // Copied before anything is dropped: a push that finds no memory leaves the queue as it was.
     const U32 copy = copyText(text, size);
     if (copy == 0) return FALSE;
-    // kept: a late entry is not refused, it replaces everything queued
+    // kept(push-late): a late entry is not refused, it replaces everything queued
     if (curTimeMs > startMs || jumpedBack) releaseAll(m_vSubtitleInfo);
 
-    // kept: the text ends at its first zero byte, so 16-bit text mostly ends behind its first letter
+    // kept(push-zero-byte): the text ends at its first zero byte, so 16-bit text mostly ends behind its first letter
     const U32 length = static_cast<U32>(strnlen(reinterpret_cast<const char*>(atLow(copy)), size));
     Entry entry = {type, copy, removeBraceBlocks(atLow(copy), length), startMs, endMs};
     m_enCodeType = type;
@@ -119,7 +119,7 @@ BOOL SubtitleParserInternal::AddSubtitleText(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE 
         releaseText(entry);
         return FALSE;
     }
-    if (m_vSubtitleInfo.size() > kManyEntries) {  // kept: a warning alone, the queue has no upper limit
+    if (m_vSubtitleInfo.size() > kManyEntries) {  // kept(push-no-limit): a warning alone, the queue has no upper limit
         VX_LOG(kTag, "Currently subtitle queue with (%d) elements\n", static_cast<int>(m_vSubtitleInfo.size()));
     }
     expire(m_vSubtitleInfo, curTimeMs);
@@ -162,7 +162,7 @@ U32 SubtitleParserInternal::GetData(const U32, U8* buf, const U32 size, const U3
         m_enCodeType = entry->eType;
         if (buf != nullptr && entry->u32QueueStart != 0) {
             copied = std::min(size, entry->u32QueueSize);
-            memcpy(buf, atLow(entry->u32QueueStart), copied);  // kept: no terminator
+            memcpy(buf, atLow(entry->u32QueueStart), copied);  // kept(push-no-terminator): no terminator
         }
     }
     VX_LOG(kTag, "GetData leave \n");

@@ -8,9 +8,9 @@ namespace vxsubtitle {
 
 namespace {
 
-constexpr char kSync[] = "<SYNC START=";
+constexpr char kSync[] = "<SYNC START=";  // kept(smi-sync-form): one blank, none around the equals sign
 constexpr size_t kSyncLength = sizeof kSync - 1;
-constexpr U32 kStartUnits = 10;  // what 16-bit text is narrowed of a Start value
+constexpr U32 kStartUnits = 10;  // what 16-bit data is narrowed of a Start value
 
 template <class Enc>
 class SyncScan {
@@ -20,18 +20,19 @@ public:
     /// False when a tag could not be stored.
     bool run(size_t i) {
         while (mIn.inside(i)) {
-            i = mIn.skipSpace(i);
-            if (atKeyword(mIn, i, kSync)) {
+            i = mIn.skipSpace(i);            // kept(smi-be-indented): a big-endian blank is no white space
+            if (atKeyword(mIn, i, kSync)) {  // kept(smi-sync-not-at-line-start): first on its line or not at all
+                // kept(smi-negative): whatever stands in front of the first digit, be it a minus sign
                 const size_t digit = mIn.find(i + kSyncLength, [](auto unit) { return isDigit(Enc::native(unit)); });
                 i = digit;
                 U32 start[1];
                 if (readStart(digit, start)) {
-                    // kept: two elements are stepped over, whatever they are and however far the second is
+                    // kept(smi-no-p): two elements are stepped over, whatever they are and however far the second is
                     i = behindElement(behindElement(digit + 1));
-                    if (!add(start[0], i)) return false;
+                    if (!add(start[0], i)) return false;  // kept(smi-languages): into the one track, whatever the class
                 }
             }
-            i = mIn.nextLine(i);
+            i = mIn.nextLine(i);  // kept(smi-skipped-sync-text): what is no entry is text of the one before
         }
         return true;
     }
@@ -45,9 +46,9 @@ private:
     size_t behindElement(size_t i) const { return mIn.findUnit(i, Enc::lit('>')) + 1; }
 
     bool add(U32 start, size_t text) {
-        // kept: a '>' that ends the data makes an empty entry in 16-bit text, none in 8-bit text
+        // kept(smi-last-element): a '>' that ends the data makes an empty entry of 16-bit data, none of 8-bit data
         if (text > mIn.wholeUnits() || (k8Bit && text == mIn.wholeUnits())) return true;
-        // kept: one line-end byte only, so behind CR LF the text begins with LF; none in 16-bit text
+        // kept(smi-leading-break): one line-end byte only, so behind CR LF the text begins with LF; none of 16-bit data
         if (k8Bit && isLineEnd<Enc>(mIn.at(text))) ++text;
         return addTag(mParser, start, 0xFFFFFFFF, mIn.byteOffset(text));
     }
@@ -66,7 +67,7 @@ struct Scan {
 /// Whether the line break at `i` (see `atLineBreak`) stands in front of the next entry.
 template <class Enc>
 bool endsEntry(const WorkText<Enc>& in, U32 i) {
-    return atWord(in, i + 2, "<SYNC");  // kept: in capitals alone
+    return atWord(in, i + 2, "<SYNC");  // kept(smi-trailing-break): in capitals alone, and nothing in front of it
 }
 
 /// 8-bit text. From `dataSize` on everything is text.
@@ -84,20 +85,23 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 bound, U32 limit, U32 dat
             at = pastBlock(in, at, dataSize, out);
             continue;
         }
-        if (is('&') && atWord(in, at + 1, "nbsp")) {
-            // kept: the byte behind the entity goes with it, whatever it is
+        if (is('&') && atWord(in, at + 1, "nbsp")) {  // kept(smi-entity): the one entity that is read
+            // kept(smi-nbsp): the byte behind the entity goes with it, whatever it is
             if (at + 5 < in.kUnits) out.put(' ');
             at += 6;
             continue;
         }
+        // kept(smi-br-at-line-end): in small letters alone; any other spelling is an element like others
         if (is('<') && atWord(in, at, "<br>")) {
-            if (isLineEnd<Bytes>(in.at(at + 4))) at += 4;  // kept: inside a line the element stays as written
+            // kept(smi-br-inline): inside a line the element stays as written
+            if (isLineEnd<Bytes>(in.at(at + 4))) at += 4;
         } else if (is('<')) {
             const U32 close = tags.find(in, at, dataSize);
             if (close != kNone && isLineEnd<Bytes>(in.at(close + 1))) {
-                closeLineAt(in, close, out);  // kept: the element goes out as text, behind the 0
+                closeLineAt(in, close, out);  // kept(smi-element-at-line-end): it goes out as text, behind the 0
             } else if (close != kNone) {
-                at = close + 1;  // kept: what stands behind an element is text, be it a line end or a 0
+                // kept(smi-behind-element): what stands behind an element is text, be it a line end or a 0
+                at = close + 1;
             }
         }
         out.put(in.at(at++));
@@ -109,7 +113,7 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 bound, U32 limit, U32 dat
 U32 extractLe(WorkText<Utf16Le> in, TextSink<U16> out, U32 units, U32 limit) {
     for (U32 at = 0; at < units && out.count() < limit && in.at(at) != 0; ++at) {
         if (!atLineBreak(in, at)) {
-            out.put(in.at(at));
+            out.put(in.at(at));  // kept(smi-utf16-markup): markup and entities stay
         } else if (endsEntry(in, at)) {
             break;
         }
@@ -127,6 +131,7 @@ struct Extraction {
     U32 operator()(WorkText<Bytes> in) const { return extract8(in, {buf, size}, bytes, outputLimit8(size), dataSize); }
     U32 operator()(WorkText<Utf16Le> in) const { return extractLe(in, {buf, size}, bytes / 2, outputLimit16(size)); }
     U32 operator()(WorkText<Utf16Be> in) const {
+        // kept(smi-utf16be-first-line): one line
         return copyFirstLine(in, {buf, size}, bytes / 2, outputLimit16(size));
     }
 };

@@ -10,7 +10,7 @@ namespace {
 /// A timing line. Literals of a format take any character, so the spelling with points is read by the one with commas;
 /// a second attempt could not differ.
 struct Timing : TimeStamp<SrtSpelling> {
-    U32 start() const { return milliseconds(v[0], v[1], v[2], v[3]); }
+    U32 start() const { return milliseconds(v[0], v[1], v[2], v[3]); }  // kept(srt-fraction-digits): ",5" is 5 ms
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7]); }
 };
 
@@ -28,18 +28,22 @@ struct Scan {
     /// 8-bit data.
     bool operator()(SubtitleParser& parser, const TextView<Bytes>& in, size_t i) const {
         parser.m_eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_SRT;
-        while (in.inside(i)) {
+        while (in.inside(i)) {  // kept(srt-mark-on-time-line): a first one may stand behind half a UTF-8 mark
             Timing timing;
+            // kept(srt-no-fraction): eight numbers or no timing line
+            // kept(srt-no-hours): the hours are two of the eight
             if (!timing.readShape(in, i) && !readAll(in, i, SrtSpelling::kFormat, timing.v)) {
                 i = in.nextLine(i);
                 continue;
             }
+            // kept(srt-empty-entry): blank lines vanish, so the next number and timing line become the text
             const size_t behind = in.nextLine(i);
-            // kept: a blank line right behind the timing line leaves the position on the timing line's own CR
+            // kept(srt-blank-below-time): a blank line right behind leaves the position on the timing line's own CR
             const bool noText = behind >= 4 && in.at(behind - 4) == kCr;
             const size_t text = noText ? behind - 4 : in.skipSpace(behind);
             if (!addTag(parser, timing.start(), timing.end(), in.byteOffset(text))) return false;
-            const size_t next = in.nextLine(text);  // kept: the line behind is text, be it a timing line itself
+            // kept(srt-text-as-time-line): the line behind is text, be it a timing line itself; any further one counts
+            const size_t next = in.nextLine(text);
             i = next > i ? next : behind;
         }
         return true;
@@ -53,7 +57,7 @@ struct Scan {
             Timing timing;
             if (atTimingLine(in, i, &timing)) {
                 i += Timing::kLength;
-                // kept: a big-endian blank or line end is no white space here, so the text begins on the CR
+                // kept(srt-leading-break): a big-endian line end is no white space here, so the text begins on the CR
                 while (i < in.wholeUnits() && isSpace(in.at(i))) ++i;
                 if (!addTag(parser, timing.start(), timing.end(), in.byteOffset(i))) return false;
             }
@@ -63,7 +67,7 @@ struct Scan {
     }
 
 private:
-    // kept: UTF-16 text has canonical timing lines or none; 8-bit text takes any that the number reader takes
+    // kept(srt-utf16-shape): UTF-16 data has canonical timing lines or none, 8-bit data any that can be read
     template <class Enc>
     static bool atTimingLine(const TextView<Enc>& in, size_t i, Timing* timing) {
         if (timing->readShape(in, i)) return true;

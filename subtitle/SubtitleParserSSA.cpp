@@ -17,8 +17,10 @@ constexpr int kFieldsBeforeText = 6;  // Style, Name, three margins, Effect
 
 /// The fields Start and End.
 struct Times : TimeStamp<SsaSpelling> {
-    static constexpr size_t kSkipped = kLength + 1;  ///< with the comma behind, however long they are
-    // kept: the fraction counts hundredths, however many digits it has
+    // kept(ssa-time-width): with the comma behind, however long they are
+    static constexpr size_t kSkipped = kLength + 1;
+
+    // kept(ssa-fraction): the fraction counts hundredths, however many digits it has
     U32 start() const { return milliseconds(v[0], v[1], v[2], v[3] * 10); }
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7] * 10); }
 };
@@ -48,7 +50,7 @@ public:
     /// False when a tag could not be stored.
     bool run(size_t i) {
         while (mIn.inside(i)) {
-            if (!atKeyword(mIn, i, kDialogue)) {
+            if (!atKeyword(mIn, i, kDialogue)) {  // kept(ssa-leading-blank): at the very start of the line
                 i = mIn.nextLine(i);
                 continue;
             }
@@ -63,7 +65,8 @@ public:
             i = times + Times::kSkipped;
             for (int field = 0; field < kFieldsBeforeText; ++field) {
                 i = mCommas.behind(i);
-                if (i > mIn.wholeUnits()) return true;  // kept: the data's end among the fields ends the whole scan
+                // kept(ssa-few-commas): the data's end among the fields ends the whole scan
+                if (i > mIn.wholeUnits()) return true;
             }
             if (!add(stamps, i)) return false;
             i = mIn.nextLine(i);
@@ -76,7 +79,7 @@ private:
 
     bool add(const Times& times, size_t text) {
         if constexpr (k8Bit) {
-            // kept: 8-bit text alone loses the lines that go back in time
+            // kept(ssa-out-of-order): 8-bit data alone loses the lines that go back in time
             if (times.start() < mPreviousStart) return true;
             mPreviousStart = times.start();
         }
@@ -116,6 +119,7 @@ struct Extraction {
         return line(in, TextSink<U16>(buf, size), bytes / 2, outputLimit16(size));
     }
     U32 operator()(WorkText<Utf16Be> in) const {
+        // kept(ssa-utf16be-markup): all of it stays
         return copyFirstLine(in, {buf, size}, bytes / 2, outputLimit16(size));
     }
 
@@ -126,6 +130,8 @@ private:
         Markup<Enc> markup(dataBound, tagBound);
         const auto atEnd = [&in](U32 i) { return in.at(i) == 0 || isLf<Enc>(in.at(i)) || atCrLf(in, i); };
         for (U32 at = 0; at < units && out.count() < limit && !atEnd(at);) {
+            // kept(ssa-drawing): drawing commands stand between two blocks, and are text
+            // kept(break-N): \N and \n go out as they stand
             if (!markup.step(in, at, out)) return out.count();
         }
         return out.finish();
@@ -156,7 +162,7 @@ const TextFormat& formatOf<SubtitleParserSSA>() {
         .exit = "Zorb_MediaSubtitleParserSSA::BeginParse -> Exit\n",
         .finished = "Zorb_MediaSubtitleParserSSA::ParserThread -> Finished : Tag num = %ld, %d\n",
         .scan = scanWith<Scan>,
-        .conclude = checkAndSort,  // kept: behind the flag
+        .conclude = checkAndSort,  // behind the flag
     };
     return kFormat;
 }
@@ -181,13 +187,13 @@ void SubtitleParserSSA::GetData2CheckPossibleEncodings() {
 }
 
 U32 SubtitleParserSSA::GetData(const U32, U8* buf, const U32 size, const U32 index) {
-    takeDataSize(*this);  // kept: the whole data's size, so that it bounds nothing shorter
+    takeDataSize(*this);  // the whole data's size, so that it bounds nothing shorter
     if (!canExtract(*this, buf, index)) return 0;
     const S64 pos = positionOf(*this, index);
     const S64 next = positionOf(*this, index + 1);
     const bool toDataEnd = index + 1 == m_u32TagNum || pos >= next;  // sorted, the next one may lie before it
     copyUpTo(*this, pos, toDataEnd ? m_s64DataTotalSize : next);
-    const U32 bound = spanOf(*this, index);  // kept: bytes, compared with unit indices in 16-bit text too
+    const U32 bound = spanOf(*this, index);  // bytes, compared with unit indices in 16-bit text too
     return walkEntry(*this, kRead, Extraction{buf, size, m_u32SubtitleBufferDataSize, m_u32RawBufferDataSize, bound});
 }
 

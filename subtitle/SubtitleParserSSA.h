@@ -1,6 +1,6 @@
 /// SubStation Alpha and its successor (.ssa, .ass): a script whose Dialogue lines are the entries.
 ///
-/// The table is sorted by start time, and the code type of unmarked text may become BIG5 or GBK; both are over when
+/// The table is sorted by start time, and the code type of unmarked data may become BIG5 or GBK; both are over when
 /// `BeginParse` returns `TRUE`.
 #pragma once
 

@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kTag[] = "SubtitleParserSUB";
 
-/// Tried in this order: the first that accepts the file has it, however well a later one would fit.
+/// What is tried, in this order.
 constexpr const SubDialect& (*kDialects[])() = {
 #define VX_SUB_DIALECT(name, ...) &subDialectOf<SubtitleParser##name>,
 #include "subtitle/parser/SubDialects.def"
@@ -76,6 +76,7 @@ BOOL tryDialects(SubtitleParserSUB& sub, bool byDescriptor, Announced how) {
     VX_LOG(kTag, "SubtitleParserSUB::BeginParse - Enter\n");
     if (hasTimedOut(sub)) drop(sub);
     Trial trial = sub.m_pParser == nullptr ? Trial::kRefused : Trial::kOver;
+    // kept(sub-order): the first that accepts the file keeps it
     for (size_t i = 0; trial == Trial::kRefused && i < sizeof kDialects / sizeof *kDialects; ++i) {
         const SubDialect& dialect = kDialects[i]();
         if (how == Announced::kWithLine && i == 0) {
@@ -100,10 +101,10 @@ SubtitleParserSUB::SubtitleParserSUB(int fd, S64, S64) : m_pParser(nullptr), u32
 
 SubtitleParserSUB::~SubtitleParserSUB() {
     if (m_pParser != nullptr) drop(*this);
-    // kept: u32FileFD stays open
+    // kept(sub-descriptor-open): u32FileFD stays open
 }
 
-BOOL SubtitleParserSUB::Deinit() { return TRUE; }  // kept: the delegate outlives it
+BOOL SubtitleParserSUB::Deinit() { return TRUE; }  // kept(sub-deinit): the delegate outlives it
 
 U32 SubtitleParserSUB::GetData(const U32 track, U8* buf, const U32 size, const U32 index) {
     SubtitleParser* const delegate = delegateOf(*this);
@@ -111,11 +112,11 @@ U32 SubtitleParserSUB::GetData(const U32 track, U8* buf, const U32 size, const U
 }
 
 U32 SubtitleParserSUB::GetData(const U32, U8*, const U32, const U32, stSubDecoderInfo*) {
-    return 0;  // kept: not forwarded
+    return 0;  // kept(sub-five-arguments): not forwarded
 }
 
 BOOL SubtitleParserSUB::BeginParse() {
-    const bool byDescriptor = u32FileFD != 0;  // kept: descriptor 0 counts as none
+    const bool byDescriptor = u32FileFD != 0;  // kept(file-descriptor-0): descriptor 0 counts as none
     return tryDialects(*this, byDescriptor, byDescriptor ? Announced::kWithLine : Announced::kPlain);
 }
 
@@ -140,7 +141,8 @@ BOOL SubtitleParserSUB::GetTrackInfo(const U32 track, ST_MEDIA_SUBTITLE_PARSER_T
 }
 
 BOOL SubtitleParserSUB::BeginParse(int) {
-    return tryDialects(*this, true, Announced::kPlain);  // kept: the descriptor, be it 0 or none, never the argument
+    // kept(sub-begin-argument): the descriptor, be it 0 or none, never the argument
+    return tryDialects(*this, true, Announced::kPlain);
 }
 
 }  // namespace android

@@ -36,7 +36,7 @@ constexpr U32 kBitmapSize = 1920 * 1080;
 constexpr WorkerStyle kPathStyle{.waited = "Zorb_MediaSubtitleParserSRT::BeginParse -> %08x\n"};
 constexpr WorkerStyle kDescriptorStyle{.waited = "SubtitleParserSUBIDX::BeginParse -> %08x\n"};
 
-// kept: a surface that is being cleared reports every step under the text of the first one
+// a surface that is being cleared reports every step under the words of the first one
 constexpr SurfaceMessages kRefreshMessages = {
     "Surface::dequeueBuffer returned error %d",
     "Surface::dequeueBuffer returned error %d",
@@ -45,7 +45,7 @@ constexpr SurfaceMessages kRefreshMessages = {
 };
 constexpr SurfaceMessages kRenderMessages = {
     "Surface::dequeueBuffer returned error %d",
-    "Surface::dequeueBuffer returned error %d",  // kept: the lock's text, too
+    "Surface::dequeueBuffer returned error %d",  // the lock's words, too
     "mapper.unlock returned error %d",
     "queueBuffer returned error %d",
 };
@@ -88,6 +88,7 @@ public:
     explicit Table(SubtitleParserSUBIDX& parser) : mParser(parser) {}
 
     bool addPicture(U32 startMs, U32 filePos) override {
+        // kept(vob-end-ignored): a picture has no end here
         return mParser.AddTag(startMs, 0xFFFFFFFF, filePos, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE) != FALSE;
     }
     bool addTrack(EN_MEDIA_SUBTITLE_PARSER_LANGUAGE language, U32 firstTag, U32 lastTag) override {
@@ -108,7 +109,7 @@ private:
 S64 guessOf(const SubtitleParserSUBIDX& parser, U32 index) {
     const bool last = index + 1 >= parser.m_u32TagNum;
     if (last && parser.m_u32TagNum < 3) return kAnyUnitSize;
-    const U32 like = last ? 0 : index;  // kept: the last is sized by the first
+    const U32 like = last ? 0 : index;  // kept(vob-descending): the last is sized by the first
     return guessUnitSize(positionOf(parser, like), positionOf(parser, like + 1));
 }
 
@@ -138,7 +139,7 @@ void closeFiles(SubtitleParserSUBIDX& parser) {
 BOOL parseOpenFiles(SubtitleParserSUBIDX& parser, const WorkerStyle& style) {
     parser.m_s64DataTotalSize = sizeOf(parser.fpIdx);
     parser.m_s64DataTotalSizeSub = sizeOf(parser.fpSub);
-    if (!mayStart(parser, style)) return FALSE;  // kept: in silence, and both files stay open
+    if (!mayStart(parser, style)) return FALSE;  // in silence, and both files stay open
     parser.m_au32Palette_result[0] = kNoPalette;
     parser.m_au32Palette[0] = kNoPalette;
     parser.m_vPrivateTrackInfo.clear();
@@ -159,7 +160,7 @@ BOOL drawBitmap(SubtitleParserSUBIDX& parser, const CodeBitmap& bitmap) {
 
 }  // namespace
 
-// kept: German is "ge" and Hebrew "iw"; Danish and Hindi have no letters and are never found
+// kept(vob-language): German is "ge" and Hebrew "iw"; Danish and Hindi have no letters and are never found
 const U8 SubtitleParserSUBIDX::m_au8LanguageCode[25][2] = {
     {'n', 'a'}, {'g', 'e'}, {'e', 'n'}, {'e', 's'}, {'e', 'l'}, {'f', 'r'}, {'s', 'h'}, {'i', 't'}, {'n', 'l'},
     {'p', 'l'}, {'p', 't'}, {'r', 'u'}, {'r', 'o'}, {'s', 'v'}, {'a', 'r'}, {'z', 'h'}, {'j', 'a'}, {'k', 'o'},
@@ -167,7 +168,7 @@ const U8 SubtitleParserSUBIDX::m_au8LanguageCode[25][2] = {
 };
 
 SubtitleParserSUBIDX::SubtitleParserSUBIDX(char* path) : SubtitleParserSUBIDX(-1, -1, 0, 0) {
-    // kept: 512 bytes and more leave no terminator
+    // kept(file-long-path): 512 bytes and more leave no terminator
     if (path != nullptr) memcpy(m_pSubtitleName, path, strnlen(path, sizeof m_pSubtitleName));
 }
 
@@ -223,7 +224,7 @@ BOOL SubtitleParserSUBIDX::BeginParse() {
     Path path(m_pSubtitleName);
     fpIdx = open(path);
     if (fpIdx == nullptr) return FALSE;
-    endInSub(path);
+    endInSub(path);  // kept(vob-no-stream): the same name and small letters, or nothing
     fpSub = open(path);
     if (fpSub == nullptr) return FALSE;
     return parseOpenFiles(*this, kPathStyle);
@@ -249,7 +250,7 @@ void* SubtitleParserSUBIDX::ParserTask(void* parser) {
 
 void SubtitleParserSUBIDX::ParserThread() {
     if (fpIdx == nullptr || m_pu8RawBuffer == nullptr) return;
-    // kept: without the flag `BeginParse` fails, when its limit has passed
+    // kept(worker-fails-late): without the flag `BeginParse` fails, when its limit has passed
     const IndexValues values = {m_eCodeType, m_au32Palette, m_u32Width, m_u32Height, m_u32OriginX, m_u32OriginY};
     Table table(*this);
     IndexScan scan(indexWindow(*this), m_s64DataTotalSize, values, m_au8LanguageCode, table, stopOf(*this));
@@ -266,6 +267,7 @@ U32 SubtitleParserSUBIDX::GetData(const U32, U8*, const U32, const U32 index, st
     UnitReader reader(streamWindow(*this), m_s64DataTotalSizeSub, m_u32RawBufferDataSize);
     if (!block.exists() || !reader.gather(positionOf(*this, index), block)) return 0;
 
+    // kept(vob-no-palette): set in any case, and all black without a palette line
     m_pDecoder->Set_VobSub_Palette(m_au32Palette, 16);
     RGBPaletteColor colours[4];
     memset(colours, 0xFF, sizeof colours);
@@ -277,10 +279,11 @@ U32 SubtitleParserSUBIDX::GetData(const U32, U8*, const U32, const U32 index, st
     }
     if (info != nullptr) *info = decoded;
     memcpy(m_au32Palette_result, colours, sizeof colours);
-    m_au32Palette_result[m_buffer[0] & 3] = 0;  // kept: the colour of the top-left pixel counts as background
+    m_au32Palette_result[m_buffer[0] & 3] = 0;  // kept(vob-top-left): the top-left pixel's colour is the background
     const size_t pixels = size_t{decoded.u16Width} * decoded.u16Height;
     if (pixels <= kBitmapSize) {
-        _render(m_buffer, decoded.u16Width, decoded.u16Height);  // kept: a drawing that fails goes unnoticed here
+        // kept(vob-draw-failure): a drawing that fails goes unnoticed here
+        _render(m_buffer, decoded.u16Width, decoded.u16Height);
     } else if (U8* const whole = allocate<U8>(pixels)) {  // an area that the bitmap does not hold: the rest is code 0
         memcpy(whole, m_buffer, kBitmapSize);
         _render(whole, decoded.u16Width, decoded.u16Height);
@@ -301,7 +304,8 @@ BOOL SubtitleParserSUBIDX::GetTrackInfo(const U32 index, ST_MEDIA_SUBTITLE_PARSE
                                                          : E_MEDIA_SUBTITLE_PARSER_LANGUAGE_UNDEFINED;
     info->eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_SUBIDX;
     info->eCodeType = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_I2;
-    memcpy(info->au32Palette, m_au32Palette_result, sizeof m_au32Palette_result);  // kept: the other 240 stay
+    // kept(vob-track-palette): the other 240 stay
+    memcpy(info->au32Palette, m_au32Palette_result, sizeof m_au32Palette_result);
     info->u32OriginX = m_u32OriginX;
     info->u32OriginY = m_u32OriginY;
     info->u32Width = m_u32Width;

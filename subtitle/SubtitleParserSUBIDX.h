@@ -1,4 +1,4 @@
-/// VobSub: a text index (.idx) of display times per language track, and a program stream (.sub) of DVD subpictures,
+/// VobSub: an index (.idx) of display times per language track, and a program stream (.sub) of DVD subpictures,
 /// which the parser draws itself onto the player's surface.
 #pragma once
 

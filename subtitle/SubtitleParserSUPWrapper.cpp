@@ -26,8 +26,8 @@ template <class... Args>
 SubtitleParserSUP* getInstance(void* plugin, Args... args) {
     if (plugin == nullptr) return nullptr;
     void* const entryPoint = dlsym(plugin, kEntryPoint);
-    if (entryPoint == nullptr) return nullptr;  // kept: not a word in the log, and the library stays loaded
-    VX_LOG(kTag, "SubtitleParserSUPWrapper  GetInstance ok");  // kept: the two blanks
+    if (entryPoint == nullptr) return nullptr;                 // not a word in the log, and the library stays loaded
+    VX_LOG(kTag, "SubtitleParserSUPWrapper  GetInstance ok");  // the two blanks
     return reinterpret_cast<SubtitleParserSUP* (*)(Args...)>(entryPoint)(args...);
 }
 
@@ -42,14 +42,14 @@ SubtitleParserSUPWrapper::SubtitleParserSUPWrapper(char* path) : mImpl(nullptr),
 
 SubtitleParserSUPWrapper::SubtitleParserSUPWrapper(int fd, S64 offset, S64 length)
     : mImpl(nullptr), mSupHandle(openPlugin()) {
-    // kept: through the entry point that is declared to take a path; plug-ins expect the three numbers there
+    // kept(sup-entry-point): the entry point is declared to take a path; plug-ins expect the three numbers there
     mImpl = getInstance(mSupHandle, fd, offset, length);
 }
 
 SubtitleParserSUPWrapper::~SubtitleParserSUPWrapper() {
     VX_LOG(kTag, "SubtitleParserSUPWrapper::~SubtitleParserSUPWrapper");
     if (mSupHandle != nullptr) dlclose(mSupHandle);
-    mImpl = nullptr;  // kept: never destroyed here, the plug-in owns it
+    mImpl = nullptr;  // kept(sup-object): never destroyed here, the plug-in owns it
 }
 
 U32 SubtitleParserSUPWrapper::GetData(const U32 track, U8* buf, const U32 size, const U32 tag, stSubDecoderInfo* info) {
@@ -91,7 +91,7 @@ BOOL SubtitleParserSUPWrapper::Refresh() {
 void SubtitleParserSUPWrapper::SetIGraphicBufferProducer(const sp<IGraphicBufferProducer>& producer) {
     if (mImpl == nullptr) return;
     parser(mImpl).SetIGraphicBufferProducer(producer);
-    VX_LOG(kTag, "SubtitleParserSUPWrapper::SetIGraphicBufferProducer");  // kept: the only line behind its call
+    VX_LOG(kTag, "SubtitleParserSUPWrapper::SetIGraphicBufferProducer");  // the only line behind its call
 }
 
 void* SubtitleParserSUPWrapper::ParserTask(void*) { return nullptr; }

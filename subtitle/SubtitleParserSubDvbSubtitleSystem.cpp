@@ -20,18 +20,18 @@ struct TimeLine : TimeStamp<DvbSpelling> {
         return true;
     }
 
-    /// kept: a leading number is not read in 16-bit text.
+    // kept(dvb-utf16-number): a leading number is not read in 16-bit data
     template <class View>
     bool opens(const View& in, size_t i) {
         return isDigit(in.at(i)) && read(in, i);
     }
 
-    // kept: the fourth field counts as milliseconds as it stands
+    // kept(dvb-frames): the fourth field counts as milliseconds as it stands
     U32 start() const { return milliseconds(v[0], v[1], v[2], v[3]); }
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7]); }
 
-    // kept: the text is taken to begin at a fixed distance from the line's start, whatever the line's shape; and a
-    // number 0 counts as none
+    // kept(dvb-text-column): the text is taken to begin at a fixed distance from the line's start, whatever its shape
+    // kept(dvb-number-0): a number 0 counts as none
     size_t textAt() const { return number != 0 ? kTextAtNumbered : kLength; }
 
 private:
@@ -64,7 +64,7 @@ struct Scan {
 
 void takeBigEndianAsNative(SubtitleParser& parser) {
     if (parser.m_eCodeType != E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG) return;
-    parser.m_eCodeType = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;  // kept: this dialect knows no big-endian text
+    parser.m_eCodeType = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;  // kept(dvb-big-endian): knows none
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ const TextFormat& formatOf<SubtitleParserSubDvbSubtitleSystem>() {
         .type = E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_DVB_SUBTITLE_SYSTEM,
         .worker = {.tag = "SubtitleParserSubDvbSubtitleSystem"},
         .finished = "SubtitleParserSubDvbSubtitleSystem::ParserThread -> Finished : Tag num = %ld, %d\n",
-        .utf8FirstUnit = kOnTheMark,
+        .utf8FirstUnit = kOnTheMark,  // kept(dvb-mark): a first time behind the mark is lost
         .logsTable = true,
         .acceptsAtMark = false,
         .settle = takeBigEndianAsNative,

@@ -9,15 +9,15 @@ namespace {
 
 constexpr char kTag[] = "SubtitleParserSubMicroDVD";
 
-// kept: the one for 16-bit text has no blank behind the first comma
+// the one for 16-bit data has no blank behind the first comma
 constexpr char kEntryWords8[] =
     "ParserThread::m_u64NanoSecPerFrame = %lld, u32Frames1= %ld,u32Frames2= %ld,u32Time1= %ld, u32Time2 = %ld\n";
 constexpr char kEntryWords16[] =
     "ParserThread::m_u64NanoSecPerFrame = %lld,u32Frames1= %ld,u32Frames2= %ld,u32Time1= %ld, u32Time2 = %ld\n";
 
-constexpr U32 kAcceptedUnits = 12;     // of 16-bit text, by the acceptance test
-constexpr U32 kLongestHeader = 256;    // units; a longer one does not scan
-constexpr size_t kFirstLineBelow = 4;  // kept: by its index a line is the first, not by its number
+constexpr U32 kAcceptedUnits = 12;     // of 16-bit data, by the acceptance test
+constexpr U32 kLongestHeader = 256;    // units; a longer one is not read
+constexpr size_t kFirstLineBelow = 4;  // kept(mdvd-first-line): by its index a line is the first, not by its number
 
 /// "{first frame}{last frame}".
 struct Frames {
@@ -37,10 +37,10 @@ constexpr U64 frameDuration(U64 rate) { return rate == 0 ? 0 : 1000000000000ULL 
 void deriveDuration(SubtitleParser& parser) {
     U32 rate = parser.m_u32FrameRrate;
     if (rate > 1000) {
-        rate = rate / 1000 + (rate % 1000 >= 500 ? 1 : 0);  // kept: 23.976 counts as 24
+        rate = rate / 1000 + (rate % 1000 >= 500 ? 1 : 0);  // kept(mdvd-rate-rounded): 23.976 counts as 24
         parser.m_u32FrameRrate = rate;
     } else if (rate == 0 || rate > 99) {
-        rate = 29;  // kept: the rate of a player that sets none, or one that is none
+        rate = 29;  // kept(mdvd-rate-29): the rate of a player that sets none, or one that is none
     }
     parser.m_u64NanoSecPerFrame = frameDuration(U64{rate} * 1000);
 }
@@ -50,7 +50,7 @@ void deriveDuration(SubtitleParser& parser) {
 U64 thousandths(U32 whole, U32 fraction) {
     U64 places = 10;
     while (places <= fraction) places *= 10;
-    return U64{whole} * 1000 + U64{fraction} * 1000 / places;  // kept: 23.05 is read as 23.5
+    return U64{whole} * 1000 + U64{fraction} * 1000 / places;  // kept(mdvd-rate-zeros): 23.05 is read as 23.5
 }
 
 U32 timeOf(const SubtitleParser& parser, U32 frames) {
@@ -107,9 +107,9 @@ bool firstLine(SubtitleParser& parser, const TextView<Bytes>& in, ClosingBraces<
         VX_LOG(kTag, "ParserThread first line::u32Frames1= %d, u32Frames2 = %d\n", static_cast<S32>(frames.v[0]),
                static_cast<S32>(frames.v[1]));
     }
-    i = braces.pastSecond(i);  // kept: across lines, and whatever the scan gave
+    i = braces.pastSecond(i);  // kept(mdvd-unmarked-first-two): across lines, and whatever was read
     U32 rate[2];
-    if (readAll(in, i, "%u.%u", rate)) {  // kept: any text that begins with two numbers
+    if (readAll(in, i, "%u.%u", rate)) {  // kept(mdvd-text-as-rate): any text that begins with two numbers
         parser.m_u64NanoSecPerFrame = frameDuration(thousandths(rate[0], rate[1]));
         return true;
     }
@@ -125,7 +125,8 @@ struct Scan {
             i = in.skipSpace(i);
             if (i < kFirstLineBelow && in.at(i) == '{' && !firstLine(parser, in, braces, i)) return false;
             Frames frames;
-            if (in.at(i) == '{' && frames.read(in, i)) {  // kept: at the duration so far, 0 without a first line
+            // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
+            if (in.at(i) == '{' && frames.read(in, i)) {
                 i = braces.pastSecond(i);
                 if (!add(parser, kEntryWords8, frames, in.byteOffset(i))) return false;
             }
@@ -134,13 +135,15 @@ struct Scan {
         return true;
     }
 
-    /// 16-bit data: the player's rate is derived again for every line, and no line can name another.
+    /// 16-bit data: the player's rate is derived again for every line.
     template <class Enc>
     bool operator()(SubtitleParser& parser, const TextView<Enc>& in, size_t i) const {
         ClosingBraces<Enc> braces(in);
         while (in.inside(i)) {
             i = in.skipSpace(i);
-            deriveDuration(parser);  // kept: which rounds a rate above 1000000 again and again
+            // kept(mdvd-utf16): no line can name a rate
+            // kept(mdvd-rate-rounded): one above 1000000 is rounded again and again
+            deriveDuration(parser);
             if (in.at(i) == Enc::lit('{') && !entry(parser, in, braces, i)) return false;
             i = in.nextLine(i);
         }
@@ -165,7 +168,7 @@ private:
 /// Data without a mark is typed UTF-8 when it is that.
 void typeUtf8(SubtitleParser& parser) {
     const TextView<Bytes> data = dataOf<Bytes>(parser);
-    // kept: plain ASCII counts as UTF-8
+    // kept(mdvd-unmarked-rate-line): plain ASCII counts as UTF-8
     if (parser.m_eCodeType != E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8 &&
         parser.IsUTF8Encode(parser.m_pu8RawBuffer, data.inside(0) ? data.end() - 1 : 0) == TRUE) {
         parser.m_eCodeType = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8;
@@ -181,10 +184,10 @@ const TextFormat& formatOf<SubtitleParserSubMicroDVD>() {
         .type = E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_MICRO_DVD,
         .worker = {.tag = kTag,
                    .waited = "SubtitleParserSubMicroDVD::BeginParse2222222 -> %08x\n",
-                   .startsOnce = false},  // kept: alone among the dialects
+                   .startsOnce = false},  // kept(sub-begin-again): alone among the dialects
         .loading = "Zorb_MediaSubtitleParserSubMicroDVD::ParserThread - Enter, data size = %ld, rawbuf: %x\n",
         .finished = "SubtitleParserSubMicroDVD::ParserThread -> Finished : Tag num = %ld, %d\n",
-        // kept: a file that is UTF-8 without a mark loses its first three bytes to the mark that it has not
+        // kept(mdvd-unmarked-zero): UTF-8 without a mark loses its first three bytes to the mark that it has not
         .utf8FirstUnit = 3,
         .settle = typeUtf8,
         .accepts = acceptsWith<Acceptance<Judge>>,
@@ -208,6 +211,8 @@ VX_DEFINE_TEXT_PARSER(SubtitleParserSubMicroDVD, U8)
 VX_DEFINE_SCAN(SubtitleParserSubMicroDVD)
 
 U32 SubtitleParserSubMicroDVD::GetData(const U32, U8* buf, const U32 size, const U32 index) {
+    // kept(break-bar): '|' goes out as it stands
+    // kept(mdvd-lf): in LF files with the LF at its end
     return vxsubtitle::extractLine(*this, buf, size, index);
 }
 

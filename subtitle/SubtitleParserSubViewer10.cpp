@@ -8,14 +8,14 @@ namespace vxsubtitle {
 namespace {
 
 struct TimeLine : TimeStamp<SubViewer10Spelling> {
-    // kept: a time line is taken to have the shape's characters, whatever it has
+    // kept(sv1-time-width): a time line is taken to have the shape's characters, whatever it has
     static constexpr size_t kSkipped = kLength;
 
     U32 time() const { return milliseconds(v[0], v[1], v[2]); }
 
     template <class View>
     bool opens(const View& in, size_t i) {
-        // kept: in 16-bit text any character will do for the bracket
+        // kept(sv1-utf16-bracket): in 16-bit data any character will do for the bracket
         return (View::kWidth == 2 || in.at(i) == '[') && read(in, i);
     }
 };
@@ -24,13 +24,13 @@ struct TimeLine : TimeStamp<SubViewer10Spelling> {
 template <class Enc>
 constexpr char kAccepted = '[';
 template <>
-constexpr char kAccepted<Utf16Le> = '{';  // kept: so little-endian files of this dialect are hardly ever accepted
+constexpr char kAccepted<Utf16Le> = '{';  // kept(sv1-utf16le): so these files are hardly ever accepted
 
 struct Judge {
     template <class Enc>
     Verdict operator()(const TextView<Enc>& in, size_t i) const {
         if (in.at(i) == Enc::lit(kAccepted<Enc>)) return TimeLine().read(in, i) ? Verdict::kAccept : Verdict::kSkip;
-        // kept: 8-bit text is never refused early
+        // kept(sub-second-digit): 8-bit data is never refused early
         return in.kWidth == 1 ? Verdict::kSkip : refuseSecondDigit(in, i);
     }
 };
@@ -47,7 +47,8 @@ struct Scan {
                 TimeLine end;
                 if (end.read(in, i) && !addTag(parser, start.time(), end.time(), in.byteOffset(text))) return false;
             }
-            i = in.nextLine(i);  // kept: the end line is consumed, even when it opens the next entry or is none
+            // kept(sv1-end-line-missing): the end line is consumed, even when it opens the next entry or is none
+            i = in.nextLine(i);
         }
         return true;
     }

@@ -8,10 +8,10 @@ namespace vxsubtitle {
 namespace {
 
 struct TimeLine : TimeStamp<SubViewer20Spelling> {
-    // kept: a time line is taken to have the shape's characters, whatever it has
+    // kept(sv2-time-width): a time line is taken to have the shape's characters, whatever it has
     static constexpr size_t kSkipped = kLength;
 
-    // kept: the fraction counts as milliseconds as it stands; ".50" is 50 ms
+    // kept(sv2-hundredths): the fraction counts as milliseconds as it stands; ".50" is 50 ms
     U32 start() const { return milliseconds(v[0], v[1], v[2], v[3]); }
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7]); }
 
@@ -24,8 +24,10 @@ struct TimeLine : TimeStamp<SubViewer20Spelling> {
 struct Judge {
     template <class View>
     Verdict operator()(const View& in, size_t i) const {
-        if (!isDigit(in.at(i))) return refuseSecondDigit(in, i);
-        // kept: the first line that begins with a digit decides
+        if (!isDigit(in.at(i))) return refuseSecondDigit(in, i);  // kept(sv2-negative-first): a minus sign in front
+        // kept(sv2-first-digit): the first line that begins with a digit decides
+        // kept(dvb-as-sv2-colon): eight numbers, whatever stands between them
+        // kept(dvb-as-sv2-numbered): a number in front counts as the hours
         return TimeLine().opens(in, i) ? Verdict::kAccept : Verdict::kRefuse;
     }
 };
@@ -39,8 +41,8 @@ struct Scan {
             size_t rest = i;
             if (time.opens(in, i)) {
                 rest = i + TimeLine::kSkipped;
-                // kept: 8-bit text begins on the next line and is stepped over unseen; 16-bit text begins right behind
-                // the time stamp, and its lines are looked at
+                // kept(sv2-leading-break): in 16-bit data the text begins right behind the time line, and is looked at
+                // kept(sv2-unseen-line): in 8-bit data it begins on the next line, which is stepped over unseen
                 if constexpr (View::kWidth == 1) rest = in.nextLine(rest);
                 if (!addTag(parser, time.start(), time.end(), in.byteOffset(rest))) return false;
             }
@@ -54,7 +56,7 @@ struct Scan {
 void swapBigEndian(SubtitleParser& parser) {
     if (parser.m_eCodeType != E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG) return;
     ChangeUnicodeBigToUnicode(parser.m_pu8RawBuffer, parser.m_u32RawBufferDataSize);
-    parser.m_eCodeType = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE;  // kept: so the player sees little-endian text
+    parser.m_eCodeType = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE;  // kept(sv2-big-endian): to the player, too
 }
 
 }  // namespace
@@ -87,6 +89,7 @@ const SubDialect& subDialectOf<SubtitleParserSubViewer20>() {
 
 namespace android {
 
+// kept(break-br): texts are the base's, which knows no code for a line break: [br] goes out as it stands
 VX_DEFINE_TEXT_PARSER(SubtitleParserSubViewer20, U8)
 VX_DEFINE_SCAN(SubtitleParserSubViewer20)
 

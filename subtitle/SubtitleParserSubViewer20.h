@@ -13,7 +13,7 @@ public:
     SubtitleParserSubViewer20(int fd, S64 offset, S64 length);
     ~SubtitleParserSubViewer20() override;
 
-    /// `TRUE` when the first line that begins with a digit is a time line and the scan has finished. Big-endian text
+    /// `TRUE` when the first line that begins with a digit is a time line and the scan has finished. Big-endian data
     /// is swapped to little-endian in the raw buffer.
     BOOL BeginParse() override;
 

@@ -29,7 +29,7 @@ struct Stamp {
         }
     }
 
-    /// 16-bit data knows the long form alone, and is looked at no further than its width.
+    // kept(txt-utf16-short): 16-bit data knows the long form alone, and is looked at no further than its width
     template <class Enc>
     Stamp(const TextView<Enc>& in, size_t pos) {
         if (mNumbers.readShape(in, pos)) {
@@ -49,8 +49,10 @@ private:
     /// Reads anything that answers `at(i)` in 8-bit characters.
     template <class Characters>
     void read(const Characters& in, size_t pos, bool shortForm) {
+        // kept(txt-number-first): a number that opens the text is read as the fourth
         const U32 numbers = readSome(in, pos, TxtSpelling::kFormat, mNumbers.v);
         U32 all[8];
+        // kept(txt-tenths): tenths of a short time are a fourth number, too
         if (numbers == 4) {
             width = kLongWidth;
             range = readAll(in, pos, SrtSpelling::kFormat, all);
@@ -74,6 +76,7 @@ public:
         while (mIn.inside(i)) {
             i = mIn.skipSpace(i);
             const Stamp start(mIn, i);
+            // kept(txt-empty-first-line): an empty first line reads as a range with the second, and opens nothing
             if (start.width == 0 || start.range) {
                 i = mIn.nextLine(i);
                 continue;
@@ -82,9 +85,10 @@ public:
             const size_t text = i + start.width;
             i = mIn.skipSpace(nextEntry(text));
             const Stamp end(mIn, i);
-            if (end.width == 0) continue;  // not a closing line: it may open an entry
+            if (end.width == 0) continue;  // kept(txt-broken-line): not a closing line, it may open an entry
             if (!add(start, end, text)) return false;
-            i = nextEntry(i + (mShortWidth != 0 ? mShortWidth : Stamp::kLongWidth));  // kept: a closing line opens none
+            // kept(txt-no-closing-lines): a closing line opens none
+            i = nextEntry(i + (mShortWidth != 0 ? mShortWidth : Stamp::kLongWidth));
         }
         return true;
     }
@@ -93,6 +97,7 @@ private:
     /// From behind a time stamp past its line, and past the second line of two.
     size_t nextEntry(size_t i) const {
         i = mIn.nextLine(i);
+        // kept(txt-second-line-missing): the second line is stepped over unseen
         return mShortWidth != 0 ? i : mIn.nextLine(i);
     }
 
@@ -102,7 +107,7 @@ private:
 
     SubtitleParser& mParser;
     const TextView<Enc>& mIn;
-    U8& mShortWidth;  // kept: the first short stamp's width stays for the whole scan
+    U8& mShortWidth;  // kept(txt-one-width): the first short stamp's width stays for the whole scan
 };
 
 struct Scan {
@@ -128,13 +133,13 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 size, U32 dataSize, bool 
         while (out.count() < limit) {
             const U8 c = in.at(at);
             endedAtZero = c == 0;
-            if (c == 0 || atCrLf(in, at)) {
+            if (c == 0 || atCrLf(in, at)) {  // kept(txt-lf): CR LF alone ends a line
                 out.put(c);
-                out.put(in.at(at + 1));  // kept: behind a 0, whatever it is
+                out.put(in.at(at + 1));  // behind a 0, whatever it is
                 at += 2;
                 return true;
             }
-            if (c == '|') {
+            if (c == '|') {  // kept(txt-bar): in 8-bit text alone
                 out.put(kCr);
                 out.put(kLf);
                 ++at;
@@ -164,7 +169,7 @@ U32 extract16(WorkText<Enc> in, TextSink<U16> out, U32 limit) {
         }
     };
     line(0);
-    line(out.count() + Stamp::kLongWidth);  // kept: always, also without a second line
+    line(out.count() + Stamp::kLongWidth);  // kept(txt-utf16-two-lines): always, also without a second line
     if (!Enc::kBigEndian) {
         cutLineEnd(out);
     } else if (out.back(2) == kCr && out.back(1) == kLf) {
@@ -187,7 +192,7 @@ struct Extraction {
     }
 };
 
-// kept: UTF-8 is missing, so a file with that mark has entries without text
+// kept(txt-utf8-mark): UTF-8 is missing, so a file with that mark has entries without text
 constexpr CodeTypes kRead{
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE,
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE,
@@ -224,7 +229,7 @@ VX_DEFINE_TEXT_PARSER(SubtitleParserTXT, U8)
 
 void* SubtitleParserTXT::ParserTask(void* parser) {
     const char name[16] = "";
-    printf("Thread name: %s.\n", name);  // kept: on standard output, and the name is never filled in
+    printf("Thread name: %s.\n", name);  // kept(txt-stdout): on standard output, and the name is never filled in
     static_cast<SubtitleParserTXT*>(parser)->ParserThread();
     return nullptr;
 }

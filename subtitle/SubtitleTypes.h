@@ -51,7 +51,7 @@ enum EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE : U32 {
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE = 1,      ///< UTF-16 little-endian
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG = 2,  ///< UTF-16 big-endian
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8 = 3,         ///< UTF-8
-    E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE = 4,       ///< 8-bit or legacy double-byte text without a byte-order mark
+    E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE = 4,       ///< 8-bit or legacy double-byte data without a byte-order mark
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_ARGB8888 = 5,     ///< 32-bit ARGB pixels
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_ARGB1555 = 6,     ///< 16-bit ARGB 1-5-5-5 pixels
     E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_ARGB4444 = 7,     ///< 16-bit ARGB 4-4-4-4 pixels

@@ -5,6 +5,8 @@
 #include <stddef.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "subtitle/SubtitleParserSubMicroDVD.h"
 #include "tests/support/Cuts.h"
 #include "tests/support/Logs.h"
@@ -121,6 +123,20 @@ LogLine sub(const std::string& text) {
     return {3, "SubtitleParserSUB", "SubtitleParserSUB::BeginParse - " + text + "\n"};
 }
 
+/// All dialects of the list; the first four are spelled out here.
+constexpr size_t kDialects = 0
+#define VX_SUB_DIALECT(...) +1
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
+    ;
+
+/// The log of a refused file without the trials of the dialects behind those four, three lines each.
+Lines ofTheFirstFour(Lines lines) {
+    EXPECT_LE((kDialects - 4) * 3, lines.size());
+    lines.resize(lines.size() - std::min(lines.size(), (kDialects - 4) * 3));
+    return lines;
+}
+
 enum class Call { kPath, kDescriptor, kExtra };
 
 /// What a whole run logs: the entry line, then each trial up to the `accepted`-th (4: refused).
@@ -184,7 +200,8 @@ TEST(Sub, LogsWholeRuns) {
                 const LogCapture log;
                 EXPECT_EQ(accepted < 4 ? TRUE : FALSE,
                           run == Call::kExtra ? parser->BeginParse(77) : parser->BeginParse());
-                EXPECT_EQ(expectedRun(run, accepted, file, content), levelled(log.lines()));
+                const Lines lines = levelled(log.lines());
+                EXPECT_EQ(expectedRun(run, accepted, file, content), accepted < 4 ? lines : ofTheFirstFour(lines));
             }
             if (run != Call::kPath) close(left);
         }
@@ -214,7 +231,7 @@ TEST(Sub, ReportsEachTrialThatCannotOpen) {
         expected.push_back({3, "SubtitleFileProcess", "Open filename = /nowhere\n"});
         expected.push_back({3, "SubtitleFileProcess", "fopen fialded fun=Open line=110\n"});
     }
-    EXPECT_EQ(expected, log.lines());
+    EXPECT_EQ(expected, ofTheFirstFour(log.lines()));
 }
 
 // -------------------------------------------------------------------------------------------------- a second call
@@ -440,7 +457,7 @@ TEST(Sub, RefusesADescriptorThatCannotBeDuplicated) {
         EXPECT_EQ(FALSE, parser.BeginParse());
         EXPECT_EQ(sub("Try Subviewer 2.0 line=209"), log.lines()[1]) << "it is the descriptor's branch";
         EXPECT_EQ((LogLine{3, "SubtitleFileProcess", "Open filename = \n"}), log.lines()[2]);
-        EXPECT_EQ(1u + 4 * 3, log.lines().size());
+        EXPECT_EQ(1 + kDialects * 3, log.lines().size());
     }
 }
 

@@ -1,3 +1,4 @@
+// The tests for encodings, and the conversions: those of legacy codes through the tables.
 #include "subtitle/charset/Charset.h"
 
 #include <string.h>
@@ -31,7 +32,7 @@ constexpr Conversion kGbk{0x8140, 0xFEFE, android::GB2Unicode};
 constexpr Conversion kBig5{0xA140, 0xF9D5, android::Big5toUnicode};
 constexpr Conversion kFarsi{0x80, 0xFF, android::FarsitoUnicode};
 constexpr Conversion kSpanish{0x80, 0xFF, android::SpanishtoUnicode};
-// kept: 0x80-0xA9 and 0xFF are no Hebrew codes, they pass as Latin-1
+// kept(charset-hebrew): 0x80-0xA9 and 0xFF are no Hebrew codes, they pass as Latin-1
 constexpr Conversion kHebrew{0xAA, 0xFE, android::HebrewtoUnicode};
 
 constexpr bool isContinuation(U8 byte) { return (byte & 0xC0) == 0x80; }
@@ -55,11 +56,12 @@ bool isUtf8(const U8* text, U64 length) {
     for (U64 at = 0; at < length;) {
         const U8 lead = text[at++];
         if (lead < 0x80) continue;
-        if (lead < 0xC0 || lead >= 0xF0) return false;  // kept: four-byte sequences are no UTF-8 here
+        if (lead < 0xC0 || lead >= 0xF0) return false;  // kept(charset-utf8-test): four-byte sequences are none
         const U64 needed = lead < 0xE0 ? 1 : 2;
-        if (length - at < needed) return true;  // kept: of a sequence that the end cuts off nothing more is looked at
+        // kept(charset-utf8-test): of a sequence that the end cuts off nothing more is looked at
+        if (length - at < needed) return true;
         for (const U64 next = at + needed; at < next; ++at) {
-            if (!isContinuation(text[at])) return false;  // kept: overlong forms and surrogates pass
+            if (!isContinuation(text[at])) return false;  // kept(charset-utf8-test): overlong forms and surrogates pass
         }
     }
     return true;
@@ -71,13 +73,14 @@ U32 possibleEncodings(const U8* text, U64 capacity) {
     for (U64 at = 0; at < capacity && text[at] != 0;) {
         const U8 lead = text[at++];
         if (lead < 0x80) continue;
-        // kept: a lead byte at the end is a code as well, with the trail byte 0, and as the last one it decides
+        // kept(charset-last-pair): a lead byte at the end is a code, with the trail byte 0, and as the last one it
+        // decides
         const U8 trail = at < capacity ? text[at] : U8(0);
         result = encodingsOf(U16(lead << 8 | trail));
         if (result == kMaybeGbk || result == kMaybeBig5 || trail == 0) return result;
         ++at;
     }
-    return result;  // kept: without a decisive pair the last one counts, whatever came before
+    return result;  // kept(charset-last-pair): without a decisive pair the last one counts, whatever came before
 }
 
 U16 gbToUnicode(U16 code) { return kGbk(code); }
@@ -94,7 +97,7 @@ U16 utf8ToUcs2(const U8* src, U16* dst, U16 srcLen, U16 dstLen) {
         const U16 unit = U16(value);
         memcpy(out + 2 * units++, &unit, sizeof unit);
     };
-    // kept: the last unit of `dst` is filled only by the second half of a four-byte form
+    // kept(charset-last-unit): the last unit of `dst` is filled only by the second half of a four-byte form
     for (U32 i = 0; i < srcLen && units + 1 < dstLen && src[i] != 0;) {
         const U8* const at = src + i;
         const U32 following = srcLen - i - 1;
@@ -108,7 +111,7 @@ U16 utf8ToUcs2(const U8* src, U16* dst, U16 srcLen, U16 dstLen) {
             put(U32(at[0]) << 12 | (at[1] & 0x3Fu) << 6 | (at[2] & 0x3Fu));
             i += 3;
         } else if ((at[0] & 0xF8) == 0xF0 && following >= 3) {
-            // kept: low unit first, and the high one is no high surrogate: both as players have always got them
+            // kept(charset-surrogates): low unit first, and the high one is no high surrogate: players always got both
             put(0xDC00 | (at[2] & 0x3Fu) << 6 | (at[3] & 0x3Fu));
             put(0xFFC0 | (U32(at[1]) << 12 | (at[2] & 0x3Fu) << 6) >> 10);
             i += 4;
@@ -116,7 +119,7 @@ U16 utf8ToUcs2(const U8* src, U16* dst, U16 srcLen, U16 dstLen) {
             i += 1;
         }
     }
-    return U16(2 * units);  // kept: the count of bytes wraps at 65536
+    return U16(2 * units);  // kept(charset-count-wraps): the count of bytes wraps at 65536
 }
 
 int unicodeToUtf8(const U16* src, int srcBytes, U8* dst) {
@@ -131,7 +134,7 @@ int unicodeToUtf8(const U16* src, int srcBytes, U8* dst) {
         } else if (unit < 0x800) {
             *out++ = U8(0xC0 | unit >> 6);
             *out++ = U8(0x80 | (unit & 0x3F));
-        } else {  // kept: surrogates too, each half for itself
+        } else {  // kept(charset-surrogates): surrogates too, each half for itself
             *out++ = U8(0xE0 | unit >> 12);
             *out++ = U8(0x80 | (unit >> 6 & 0x3F));
             *out++ = U8(0x80 | (unit & 0x3F));

@@ -1,3 +1,4 @@
+// The check of a parser's first entries for Big5 and GBK.
 #include "subtitle/parser/EncodingCheck.h"
 
 #include <stdlib.h>
@@ -21,8 +22,12 @@ void checkEntries(SubtitleParser& parser, const CheckStyle& style) {
         if (parser.GetTagInfo(0, index, &tag) != TRUE) break;
         memset(text, 0, kWorkBufferSize);
         parser.GetData(0, text, kWorkBufferSize, index);
+        // kept(utf8-unmarked-as-gbk): the test knows double-byte codes alone, so UTF-8 may pass for GBK
+        // kept(utf8-unmarked-as-big5): so UTF-8 may pass for Big5, too
         const U32 possible = parser.CheckPossibleEncodings(text);
         if (style.entry != nullptr) VX_LOG(style.tag, style.entry, asLong(index), asLong(possible));
+        // kept(codepage-as-gbk): a text that only GBK can be decides, be it of a code page
+        // kept(codepage-as-big5): a text that only Big5 can be decides, be it of a code page
         if (possible != kMaybeBig5 && possible != kMaybeGbk) continue;
         parser.m_eCodeType =
             possible == kMaybeBig5 ? E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_BIG5 : E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_GBK;

@@ -1,4 +1,4 @@
-/// The statistical check that turns unmarked text into Big5 or GBK. Not installed.
+/// The statistical check that turns unmarked data into Big5 or GBK.
 #pragma once
 
 #include "subtitle/SubtitleParser.h"
@@ -7,7 +7,7 @@ namespace vxsubtitle {
 
 using namespace android;
 
-/// How a format's check speaks. Null texts are not logged.
+/// How a format's check speaks. Null words are not logged.
 struct CheckStyle {
     const char* tag;      ///< log tag: the class name
     const char* start;    ///< before the first entry

@@ -1,3 +1,4 @@
+// The copy of an entry's bytes from the raw buffer into the work buffer.
 #include "subtitle/parser/EntryText.h"
 
 #include <string.h>

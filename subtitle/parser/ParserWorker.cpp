@@ -1,3 +1,4 @@
+// The start of a parser's worker, and the wait for it.
 #include "subtitle/parser/ParserWorker.h"
 
 #include "subtitle/system/Log.h"

@@ -1,3 +1,4 @@
+// The text of an entry in the dialects of the .sub extension: one line, or all lines up to the next time stamp.
 #include "subtitle/parser/SubDialect.h"
 
 #include "subtitle/text/Markup.h"
@@ -39,6 +40,8 @@ struct Extraction {
 struct AtLineBreak {
     template <class Enc>
     bool operator()(const WorkText<Enc>& in, U32 i) const {
+        // kept(sv1-lf): LF alone ends no text, so in LF files the next line is part of it
+        // kept(dvb-utf16): a time stamp ends none, so in LF files that of the next entry is part of it
         return atLineBreak(in, i);
     }
 };
@@ -51,6 +54,7 @@ struct Line : Extraction {
         return walk(in, outputLimit16(size), AtLineBreak{}, [](auto&) {});
     }
     U32 operator()(WorkText<Utf16Be> in) const {
+        // kept(sub-utf16be-first-line): one line, with its markup
         return copyFirstLine(in, {buf, size}, copied / 2, outputLimit16(size));
     }
 };
@@ -72,8 +76,8 @@ struct CutLineBreak {
     template <class Unit>
     void operator()(TextSink<Unit>& out) const {
         const auto isBreak = [&](U32 fromEnd) { return out.back(fromEnd) == kCr || out.back(fromEnd) == kLf; };
-        if (out.count() < 2 || !isBreak(1)) return;  // kept: a line break alone stays
-        // kept: of two characters one stays, even when both are line breaks
+        if (out.count() < 2 || !isBreak(1)) return;  // kept(dvb-five-arguments): a line break alone stays
+        // kept(dvb-five-arguments): of two characters one stays, even when both are line breaks
         out.cut(out.count() - (out.count() > 2 && isBreak(2) ? 2 : 1));
     }
 };
@@ -81,7 +85,7 @@ struct CutLineBreak {
 struct ToTimeStamp : Extraction {
     U32 operator()(WorkText<Bytes> in) const { return walk(in, outputLimit8(size), AtTimeStamp{}, CutLineBreak{}); }
     U32 operator()(WorkText<Utf16Le> in) const {
-        const U32 limit = size >= 6 ? size / 2 - 2 : 0;  // kept: one unit more than the other extractions
+        const U32 limit = size >= 6 ? size / 2 - 2 : 0;  // kept(dvb-five-arguments): one unit more than others
         return walk(in, limit, AtTimeStamp{}, CutLineBreak{});
     }
     U32 operator()(WorkText<Utf16Be>) const { return 0; }

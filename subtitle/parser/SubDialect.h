@@ -21,8 +21,8 @@ constexpr TextFormat dialect(TextFormat record) {
     return record;
 }
 
-/// Where the scan of a file with a UTF-8 mark begins.
-constexpr U32 kOnTheMark = 0;  // kept: so the mark spoils the line that it stands on
+/// The first unit of data with a UTF-8 mark.
+constexpr U32 kOnTheMark = 0;  // kept(sub-mark): so the mark spoils the line that it stands on
 
 /// What an acceptance test makes of one line.
 enum class Verdict { kSkip, kAccept, kRefuse };
@@ -44,6 +44,7 @@ struct Acceptance {
 /// A line of no interest; but a digit as its second character speaks for another dialect.
 template <class View>
 Verdict refuseSecondDigit(const View& in, size_t i) {
+    // kept(sub-second-digit): whatever its first character is
     return isDigit(in.at(i + 1)) ? Verdict::kRefuse : Verdict::kSkip;
 }
 
@@ -67,7 +68,7 @@ constexpr SubDialect subDialect(const char* announcement, bool takesFrameRate = 
         announcement,
         takesFrameRate,
         [](U8* path) -> SubtitleParser* { return new (std::nothrow) Parser(path); },
-        // the whole file, whatever part was asked for
+        // kept(file-whole): whatever part was asked for
         [](int fd) -> SubtitleParser* { return new (std::nothrow) Parser(fd, 0, 0); },
     };
 }

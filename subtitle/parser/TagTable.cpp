@@ -1,3 +1,4 @@
+// The memory of the tag table, and its log.
 #include "subtitle/parser/TagTable.h"
 
 #include <stdlib.h>

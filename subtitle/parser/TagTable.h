@@ -40,8 +40,8 @@ private:
 };
 
 inline bool TagTable::add(U32 start, U32 end, S64 pos) {
-    if (mParser.m_pTagBuffer == nullptr) return true;  // kept: reported as success
-    // kept: the data type is not written; entries read as WHOLE because the table is zeroed
+    if (mParser.m_pTagBuffer == nullptr) return true;  // kept(tag-without-table): reported as success
+    // the data type is not written; entries read as WHOLE because the table is zeroed
     if (mParser.m_u32TagNum < mParser.m_u32TagBufferNum) {
         ST_MEDIA_SUBTITLE_PARSER_TAG& tag = mParser.m_pTagBuffer[mParser.m_u32TagNum];
         tag.u32TimeStart = start;
@@ -53,7 +53,7 @@ inline bool TagTable::add(U32 start, U32 end, S64 pos) {
 
 inline U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
     const S32 offset = mParser.m_s32TimeOffsetMs;
-    // kept: the offset is subtracted only from times that are not below it, compared as signed values
+    // kept(lookup-offset): the offset is subtracted only from times that are not below it, compared as signed values
     const U32 t = static_cast<S32>(timeMs) < offset ? timeMs : timeMs - static_cast<U32>(offset);
     const ST_MEDIA_SUBTITLE_PARSER_TAG* const tags = mParser.m_pTagBuffer;
     const size_t capacity = mParser.m_u32TagBufferNum;
@@ -62,16 +62,19 @@ inline U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
     Index low = static_cast<Index>(first);
     Index high = static_cast<Index>(last) + 1;
     for (;;) {
+        // kept(not-ascending): the starts are taken to ascend
         const Index middle = low + ((high - low) >> 1);
         if (t < start(middle)) {
-            if (low + high < 2) return 0;
+            if (low + high < 2) return 0;  // kept(before-first): before the first entry, too
             high = middle - 1;
-            // kept: before the first tag this looks at the one before it, the last of another track
+            // kept(vob-before-track): before the first tag this looks at the one before it, the last of another track
             if (start(high) <= t) return static_cast<U32>(high);
-            if (middle <= low) return 0;  // kept: 0 is a tag, and means none, too
+            if (middle <= low) return 0;  // kept(vob-before-track): 0 is a tag, and means none, too
         } else {
             if (middle >= static_cast<Index>(last)) return static_cast<U32>(middle);
             low = middle + 1;
+            // kept(overlap): found by its start alone, so an entry hides those that began before it
+            // kept(same-start): of entries with one start only one is ever answered
             if (t < start(low)) return static_cast<U32>(middle);
             if (high <= middle) return 0;
         }

@@ -1,3 +1,4 @@
+// The stages of the pipeline that every text format shares, from the open file to the end of the scan.
 #include "subtitle/parser/TextParser.h"
 
 #include "subtitle/system/Log.h"
@@ -18,17 +19,11 @@ bool load(SubtitleParser& parser, const TextFormat& format) {
     return true;
 }
 
-/// Where the scan begins, by the encoding that was told.
+/// The first unit by the encoding that was told: the scan begins there.
 size_t firstUnit(const SubtitleParser& parser, const TextFormat& format) {
-    switch (parser.m_eCodeType) {
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
-            return 1;
-        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8:
-            return format.utf8FirstUnit;
-        default:
-            return 0;
-    }
+    if (parser.m_eCodeType == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8) return format.utf8FirstUnit;
+    const bool wide = withEncoding(parser.m_eCodeType, [](auto encoding) { return sizeof encoding.lit(' ') == 2; });
+    return wide ? 1 : 0;
 }
 
 /// Whether the loaded data is of this format, where that is asked.
@@ -67,7 +62,7 @@ void runScan(SubtitleParser& parser, const TextFormat& format) {
     }
     if (complete && !stopOf(parser).isMade()) {
         if (format.logsTable) logTags(parser, format.worker.tag);
-        // kept: after a scan that is not complete the flag stays down, so that `BeginParse` fails at its limit
+        // kept(worker-fails-late): else the flag stays down, so that `BeginParse` fails at its limit
         raiseFlag(parser.bParseFinish);
         if (format.conclude != nullptr) format.conclude(parser);
     }

@@ -21,8 +21,9 @@ struct TextFormat {
     const char* exit = nullptr;       ///< last line of `BeginParse`, on every way out but that without a file source
     const char* finished = nullptr;   ///< last line of the scan: the tag count (%ld) and the finish flag (%d)
 
-    bool countsAnew = true;     ///< forgets the tags of an earlier call before it opens the file
-    U32 utf8FirstUnit = 1;      ///< where the scan of data typed UTF-8 begins; that of UTF-16 begins behind the mark
+    bool countsAnew = true;  ///< forgets the tags of an earlier call before it opens the file
+    // kept(utf8-mark): only one byte of the mark is stepped over, the rest spoils the first line
+    U32 utf8FirstUnit = 1;      ///< the first unit of data typed UTF-8; that of UTF-16 is the one behind the mark
     bool logsTable = false;     ///< logs the table of a complete scan
     bool acceptsAtMark = true;  ///< `accepts` looks at the data from the mark on, not from the first unit on
 

@@ -1,3 +1,4 @@
+// Memory from below 4 GiB: of the heap on 32-bit machines, of mappings on others.
 #include "subtitle/system/LowMemory.h"
 
 #include <stdlib.h>

@@ -16,7 +16,7 @@ void storePath(Byte (&field)[512], const U8* path) {
     memset(field, 0, sizeof field);
     if (path == nullptr) return;
     const char* const text = reinterpret_cast<const char*>(path);
-    memcpy(field, text, strnlen(text, sizeof field));  // kept: 512 bytes and more leave no terminator
+    memcpy(field, text, strnlen(text, sizeof field));  // kept(file-long-path): 512 bytes and more leave no terminator
 }
 
 /// What the field holds, with the terminator that a long path leaves out.

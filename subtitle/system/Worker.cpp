@@ -44,7 +44,7 @@ bool startWorker(WorkerSlot slot, void* (*main)(void*), void* argument) {
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, 65536);
     __atomic_store_n(&slot.state, U8{kWorkerRunning}, __ATOMIC_RELEASE);
-    // kept: the attributes are not destroyed afterwards; they hold no memory
+    // the attributes are not destroyed afterwards; they hold no memory
     if (pthread_create(&slot.thread, &attributes, main, argument) == 0) return true;
     slot.thread = 0;
     __atomic_store_n(&slot.state, U8{kWorkerNone}, __ATOMIC_RELEASE);

@@ -32,6 +32,7 @@ private:
     bool skipTag(CloseFinder<Enc>& tags, U32 blankBound) {
         const U32 close = tags.find(mIn, mAt, mSpan);
         if (close == kNone) return false;
+        // kept(srt-tag-at-end-lf): the blank line of an LF file is text as well; CR LF CR LF alone is looked for
         mAt = close + 1;
         return blankLineBehind(mIn, close, blankBound);
     }
@@ -50,7 +51,7 @@ U32 BaseWalk<Enc>::run8(bool big5) {
     const auto putText = [&] {
         const U8 c = mIn.at(mAt);
         if (!big5 || c < 0x80) {
-            mOut.put(c);
+            mOut.put(c);  // kept(srt-entity): entities are text
         } else if (c >= 0xA1) {
             mOut.put(c);
             mOut.put(mIn.at(++mAt));  // the trail byte, whatever it is
@@ -66,12 +67,12 @@ U32 BaseWalk<Enc>::run8(bool big5) {
         }
         const bool markup = opensMarkup(mIn, mAt) && mAt < mSpan;
         if (markup && mIn.at(mAt) == '<') {
-            if (skipTag(tags, mSpan)) return mOut.count();  // kept: this way out writes no terminating 0
+            if (skipTag(tags, mSpan)) return mOut.count();  // kept(text-no-terminator): none on this way out
         } else if (markup && mIn.at(mAt) == '{') {
             const U32 close = braces.find(mIn, mAt, mSpan);
             if (close != kNone && isLineEnd<Enc>(mIn.at(close + 1))) {
                 closeLineAt(mIn, close, mOut);
-                mAt = close;  // kept: its 0 goes out as text, and the walk goes on behind it
+                mAt = close;  // kept(srt-brace-at-line-end): its 0 goes out as text, and the walk goes on behind it
             } else if (close != kNone) {
                 mAt = pastBraceAndTag(mIn, close, mSpan);
                 if (mAt == kNone) {
@@ -80,6 +81,7 @@ U32 BaseWalk<Enc>::run8(bool big5) {
                 }
             }
         }
+        // kept(srt-behind-markup): what stands behind a tag or a group goes out, be it the next bracket
         putText();
         if (spent()) break;
         ++mAt;
@@ -99,6 +101,7 @@ U32 BaseWalk<Enc>::runLe(U32 units, U32 braceBound) {
         }
         bool lineClosed = false;
         while (!lineClosed && mIn.at(mAt) == '{' && opensMarkup(mIn, mAt)) {
+            // kept(srt-brace-unclosed): over lines; one that never closes takes the rest of the text
             const U32 close = findUnit(mIn, mAt + 1, braceBound, '}');
             if (close != kNone && isLineEnd<Enc>(mIn.at(close + 1))) {
                 closeLineAt(mIn, close, mOut);
@@ -112,8 +115,9 @@ U32 BaseWalk<Enc>::runLe(U32 units, U32 braceBound) {
             mOut.put(0);
             break;
         }
+        // kept(srt-utf16le-tags): one tag at a time, so every second of adjacent ones stays
         if (mIn.at(mAt) == '<' && opensMarkup(mIn, mAt) && mAt < mSpan) {
-            if (skipTag(tags, kNone)) return mOut.count();  // kept: no terminating 0 here either
+            if (skipTag(tags, kNone)) return mOut.count();  // kept(text-no-terminator): none here either
         }
         mOut.put(mIn.at(mAt++));
     }
@@ -123,11 +127,12 @@ U32 BaseWalk<Enc>::runLe(U32 units, U32 braceBound) {
 template <class Enc>
 U32 BaseWalk<Enc>::runBe(U32 units) {
     for (; mAt < units && !full(); ++mAt) {
-        const Unit unit = mIn.at(mAt);  // kept: markup stays in big-endian text
+        const Unit unit = mIn.at(mAt);  // kept(srt-utf16be-markup): markup stays in big-endian text
         if (unit == 0) break;
         if (isCr<Enc>(unit) && isLf<Enc>(mIn.at(mAt + 1))) {
             const bool blankLine = isCr<Enc>(mIn.at(mAt + 2)) && isLf<Enc>(mIn.at(mAt + 3));
-            if (blankLine || mIn.at(mAt + 2) == Enc::lit('0')) break;  // kept: the digit 0 in the next line ends it too
+            // kept(srt-utf16be-zero): the digit 0 in the next line ends it too
+            if (blankLine || mIn.at(mAt + 2) == Enc::lit('0')) break;
             continue;
         }
         mOut.put(Enc::native(unit));

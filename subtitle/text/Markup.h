@@ -12,6 +12,7 @@ namespace vxsubtitle {
 template <class Enc>
 bool opensMarkup(const WorkText<Enc>& in, U32 i) {
     const auto next = Enc::native(in.at(i + 1));
+    // kept(srt-braces-shown): so "{\an8}" is text, and "I <3 you"
     return isLetter(next) || next == '/';
 }
 
@@ -66,7 +67,7 @@ bool blankLineBehind(const WorkText<Enc>& in, U32 close, U32 bound) {
 /// out (and counts).
 template <class Enc, class Unit>
 void closeLineAt(WorkText<Enc>& in, U32 close, TextSink<Unit>& out) {
-    in.set(close, 0);  // kept: the count runs past the 0 that a reader of the text stops at
+    in.set(close, 0);  // kept(text-past-zero): the count runs past the 0 that a reader of the text stops at
     out.put(0);
 }
 
@@ -75,6 +76,7 @@ void closeLineAt(WorkText<Enc>& in, U32 close, TextSink<Unit>& out) {
 template <class Enc>
 U32 pastBraceAndTag(const WorkText<Enc>& in, U32 close, U32 bound) {
     if (in.at(close + 1) != Enc::lit('<')) return close + 1;
+    // kept(srt-behind-brace): up to the next '>', over lines too
     const U32 end = findUnit(in, close + 1, bound, '>');
     return end == kNone ? kNone : end + 1;
 }
@@ -84,8 +86,8 @@ U32 pastBraceAndTag(const WorkText<Enc>& in, U32 close, U32 bound) {
 template <class Enc, class Unit>
 U32 pastBlock(WorkText<Enc>& in, U32 open, U32 bound, TextSink<Unit>& out) {
     const U32 close = findUnit(in, open + 1, bound, '}');
-    if (close == kNone) return in.kUnits;
-    if (isLineEnd<Enc>(in.at(close + 1))) {
+    if (close == kNone) return in.kUnits;    // kept(text-brace-unclosed): takes the rest of the text
+    if (isLineEnd<Enc>(in.at(close + 1))) {  // kept(text-block-at-line-end): ends the visible text
         closeLineAt(in, close, out);
         return close;
     }
@@ -105,6 +107,7 @@ public:
     /// before it gone. False when the text ends here without a terminating 0.
     template <class Unit>
     __attribute__((always_inline)) bool step(WorkText<Enc>& in, U32& at, TextSink<Unit>& out) {
+        // kept(trail-byte-brace): byte by byte, so the second byte of a double-byte character counts, too
         if (at < mDataBound && in.at(at) == Enc::lit('{')) {
             at = pastBlock(in, at, mDataBound, out);
             return true;
@@ -112,8 +115,9 @@ public:
         if (at < mDataBound && in.at(at) == Enc::lit('<')) {
             const U32 close = mTags.find(in, at, mTagBound);
             if (close != kNone) {
-                if (blankLineBehind(in, close, mTagBound)) return false;  // kept: no terminating 0 on this way out
-                at = close + 1;  // kept: what stands behind a tag is text, be it a line end or a 0
+                // kept(text-no-terminator): no terminating 0 on this way out
+                if (blankLineBehind(in, close, mTagBound)) return false;
+                at = close + 1;  // kept(text-tag-at-line-end): what stands behind is text, be it a line end or a 0
             }
         }
         out.put(in.at(at++));

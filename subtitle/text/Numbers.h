@@ -32,7 +32,8 @@ constexpr U32 readNumbers(const Characters& in, size_t i, const char* format, Ne
         if (isSpace(static_cast<U8>(*f))) continue;
         if (isBlank(in.at(i))) i = skipBlanks(in, i);
         if (*f != '%') {
-            ++i;  // kept: a literal takes any character, a line end and a 0 included; "%u:%u" reads 1.2
+            // kept(scan-separators): a literal takes any character, a line end and a 0 included; "%u:%u" reads 1.2
+            ++i;
             continue;
         }
         ++f;

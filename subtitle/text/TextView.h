@@ -30,7 +30,7 @@ constexpr Unit upperCase(Unit unit) {
 }
 
 /// An encoding: its unit, how a unit lies in memory and how an ASCII character reads. Units stay as stored (read
-/// little-endian); big-endian text differs in its literals alone.
+/// little-endian); big-endian data differs in its literals alone.
 struct Bytes {
     using Unit = U8;
     static constexpr bool kBigEndian = false;
@@ -200,7 +200,7 @@ public:
         if constexpr (!Enc::kBigEndian) {
             return pastLineEnds(toLineEnd(i));
         } else {
-            // kept: big-endian lines end with CR and the next LF, however far; LF alone ends none
+            // kept(utf16be-lf): big-endian lines end with CR and the next LF, however far; LF alone ends none
             i = past(toUnit(i, Enc::lit('\r')));
             return past(toUnit(i, Enc::lit('\n')));
         }
@@ -229,9 +229,12 @@ private:
 
 /// What the byte-order mark of `in` tells: FF FE: UTF-16 LE, FE FF: UTF-16 BE, EF BB BF: UTF-8, anything else: NATIVE.
 inline EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeTypeOf(const TextView<Bytes>& in) {
+    // kept(utf32): its little-endian mark begins as that of UTF-16, and is read as one
     if (in.at(0) == 0xFF && in.at(1) == 0xFE) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE;
     if (in.at(0) == 0xFE && in.at(1) == 0xFF) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
     if (in.at(0) == 0xEF && in.at(1) == 0xBB && in.at(2) == 0xBF) return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8;
+    // kept(utf16-no-mark): the mark alone tells UTF-16
+    // kept(utf8-unmarked-native): UTF-8 without a mark is not told from a code page
     return E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;
 }
 

@@ -69,7 +69,7 @@ constexpr U32 kNone = 0xFFFFFFFF;
 /// A CR or LF at `i` directly followed by LF.
 template <class Enc>
 bool atLineBreak(const WorkText<Enc>& in, U32 i) {
-    return isLineEnd<Enc>(in.at(i)) && isLf<Enc>(in.at(i + 1));
+    return isLineEnd<Enc>(in.at(i)) && isLf<Enc>(in.at(i + 1));  // kept(cr-only): CR alone ends no text
 }
 
 /// CR LF or LF CR at `i`: markup that runs into one is not markup.
@@ -89,6 +89,8 @@ template <class Enc>
 bool endsText(const WorkText<Enc>& in, U32 i) {
     const bool lf = isLf<Enc>(in.at(i));
     const auto after = in.at(i + 2);
+    // kept(srt-no-blank-line): a blank line ends the text, the next number does not
+    // kept(srt-blank-line-blanks): a line of blanks is not blank
     return isCr<Enc>(after) ? lf || isLf<Enc>(in.at(i + 3)) : lf || after == 0;
 }
 

@@ -1,3 +1,4 @@
+// The pixels of a subpicture, fitted to the surface and written row by row.
 #include "subtitle/vobsub/Blit.h"
 
 #include <string.h>
@@ -22,7 +23,8 @@ struct Line {
 };
 
 Line lineAt(const Canvas& canvas, S64 row, S64 left, S64 length) {
-    const S64 start = row * canvas.stride + left;  // kept: a column outside the row lands in a neighbouring row
+    // kept(vob-spill): a column outside the row lands in a neighbouring row
+    const S64 start = row * canvas.stride + left;
     const S64 room = canvas.pixelCount() - start;
     const S64 from = start < 0 ? -start : 0;
     const S64 to = length < room ? length : room;
@@ -77,7 +79,9 @@ Placement placementFor(U32 frameWidth, U32 frameHeight, const Canvas& canvas) {
     const bool twiceAsHigh = h >= 2 * frameH;
     Placement placement;
     placement.available = true;
+    // kept(vob-no-size): a frame of 0 x 0 is always enlarged
     if (w > frameW && h > frameH && (twiceAsWide || twiceAsHigh)) {
+        // kept(vob-stretch): each direction by itself
         placement.across.repeat = twiceAsWide ? 2 : 1;
         placement.down.repeat = twiceAsHigh ? 2 : 1;
     } else if (w >= frameW && h >= frameH) {
@@ -102,7 +106,7 @@ U32 pixelOf(U32 argb) {
 void draw(const Canvas& canvas, const Placement& placement, const CodeBitmap& bitmap, const U32 (&pixelValues)[256]) {
     if (!placement.available) return;
     const S64 length = placement.across.length(bitmap.width);
-    // kept: centred and at the bottom; where the area says that the picture belongs is not looked at
+    // kept(vob-position): centred and at the bottom; where the area says that the picture belongs is not looked at
     const S64 left = (canvas.width - length) / 2;
     S64 row = canvas.height - placement.down.length(bitmap.height);
     for (U32 y = 0; y < bitmap.height; ++y) {

@@ -1,3 +1,4 @@
+// The reading of a file into its window.
 #include "subtitle/vobsub/FileWindow.h"
 
 namespace vxsubtitle {

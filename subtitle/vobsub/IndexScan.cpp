@@ -1,3 +1,4 @@
+// The lines of a VobSub index, keyword by keyword.
 #include "subtitle/vobsub/IndexScan.h"
 
 #include "subtitle/system/Log.h"
@@ -69,7 +70,7 @@ void readPair(const TextView<Enc>& in, size_t* i, const char* format, U32* first
     size_t units = 0;
     if (TextView<Enc>::kWidth == 2) {
         *i = in.skipSpace(*i);
-        // kept: 16-bit text ends at the next blank, so "org: 8, 16" has one number only
+        // kept(vob-utf16-values): 16-bit data ends at the next blank, so "org: 8, 16" has one number only
         while (units <= IndexText<Enc>::kMostUnits && in.inside(*i + units) && !isSpace(in.at(*i + units))) ++units;
     }
     U32 pair[2];
@@ -83,7 +84,7 @@ void readPair(const TextView<Enc>& in, size_t* i, const char* format, U32* first
 
 bool IndexScan::run() {
     while (position() < mSize && moveWindow()) {
-        // kept: the mark is looked for wherever a window begins at the scan, not only at the file's start
+        // kept(vob-mark): looked for wherever a window begins at the scan, not only at the file's start
         if (mAt == 0) tellEncoding();
         if (!scanLine() || mStop.isMade()) return false;
     }
@@ -104,7 +105,7 @@ bool IndexScan::moveWindow() {
 void IndexScan::tellEncoding() {
     mValues.codeType = codeTypeOf(mWindow.view<Bytes>());
     const bool marked = mValues.codeType != E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;
-    // kept: of a UTF-8 mark only the first byte is stepped over
+    // kept(vob-mark): of a UTF-8 mark only the first byte is stepped over
     mAt = marked
               ? withEncoding(mValues.codeType, [](auto encoding) { return sizeof(typename decltype(encoding)::Unit); })
               : 0;
@@ -143,20 +144,22 @@ bool IndexScan::handleLine(const TextView<Enc>& in, size_t* i) {
     return true;
 }
 
-// "timestamp: 00:01:47:250, filepos: 000001800". White space that is skipped may be a line end.
-// kept: of 16-bit text no more than 13 units are read for the time, and 14 for the position
+// "timestamp: 00:01:47:250, filepos: 000001800"
+// kept(vob-utf16-values): of 16-bit data no more than 13 units are read for the time, and 14 for the position
 template <class Enc>
 bool IndexScan::onTimestamp(const TextView<Enc>& in, size_t* i, size_t length) {
-    *i = in.skipSpace(*i + length);
+    *i = in.skipSpace(*i + length);  // kept(vob-blank-value): across line ends
     U32 t[4];
     if (!readAll(IndexText<Enc>(in, *i, kTimeUnits), 0, "%u:%u:%u:%u", t)) return true;
-    *i = in.skipSpace(*i + kTimeUnits);  // kept: a time counts as twelve characters and a comma, however it is written
+    // kept(vob-time-width): a time counts as twelve characters and a comma, however it is written
+    *i = in.skipSpace(*i + kTimeUnits);
     const size_t word = lengthOf(kFilePos, IndexText<Enc>(in, *i, 12));
     if (word == 0) return true;
-    *i = in.skipSpace(*i + word + 2);  // kept: one too many, the first digit of the position is not read
+    // kept(vob-filepos-digit): one too many, the first digit of the position is not read
+    *i = in.skipSpace(*i + word + 2);
     U32 filePos[1];
     if (!readAll(IndexText<Enc>(in, *i, kFilePosUnits), 0, "%x", filePos)) return true;
-    // kept: 32 bits, so a start before 0 wraps
+    // kept(vob-delay-wrap): 32 bits, so a start before 0 wraps
     const U32 start = static_cast<U32>(mDelayMs) + milliseconds(t[0], t[1], t[2], t[3]);
     return mTarget.addPicture(start, filePos[0]);
 }
@@ -181,11 +184,13 @@ bool IndexScan::onId(const TextView<Enc>& in, size_t* i, size_t length) {
 template <class Enc>
 bool IndexScan::onDelay(const TextView<Enc>& in, size_t* i, size_t length) {
     *i = in.skipSpace(*i + length);
-    const IndexText<Enc> text(in, *i, kDelayUnits);  // kept: of 16-bit text no more than these units are read
+    // kept(vob-utf16-values): of 16-bit data no more than these units are read
+    const IndexText<Enc> text(in, *i, kDelayUnits);
     const bool isSigned = text.at(0) == '-' || text.at(0) == '+';
     int sign = text.at(0) == '-' ? -1 : 1;
     U32 t[4] = {};
-    // kept: without a sign there is no delay. A literal takes any character, so '+' needs no format of its own
+    // A literal takes any character, so '+' needs no format of its own.
+    // kept(vob-delay-sign): without a sign there is no delay
     if (!isSigned || !readAll(text, 0, "-%u:%u:%u:%u", t)) {
         sign = 0;
         memset(t, 0, sizeof t);
@@ -196,7 +201,7 @@ bool IndexScan::onDelay(const TextView<Enc>& in, size_t* i, size_t length) {
 }
 
 // "palette: 000000, ffffff, ..."
-// kept: the entries that were read stay even when there are too few
+// kept(vob-palette-short): the entries that were read stay even when there are too few
 template <class Enc>
 bool IndexScan::onPalette(const TextView<Enc>& in, size_t* i, size_t length) {
     *i += length;
@@ -243,7 +248,7 @@ bool IndexScan::onCustomColors(const TextView<Enc>&, size_t*, size_t) {
 /// Ends the track of the pictures since the last one, if there are any. False when it could not be stored.
 bool IndexScan::closeTrack() {
     const U32 count = mTarget.pictureCount();
-    if (count <= mTrackStart) return true;  // kept: a language without a picture is no track
+    if (count <= mTrackStart) return true;  // kept(vob-empty-track): a language without a picture is no track
     if (!mTarget.addTrack(mLanguage, mTrackStart, count - 1)) return false;
     mTrackStart = count;
     return true;

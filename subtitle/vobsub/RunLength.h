@@ -65,7 +65,7 @@ void walkField(NibbleReader in, U32 width, U32 rows, Fill fill) {
         Run run;
         for (U32 column = 0; column < width && takeRun(in, &run);) {
             const U32 length = run.length != 0 ? run.length : width - column;
-            fill(row, column, length, run.colour);  // kept: not clipped, a long run spills into the next row
+            fill(row, column, length, run.colour);  // kept(vob-long-run): not clipped, it spills into the next row
             column += length;
         }
     }

@@ -1,3 +1,4 @@
+// The headers of a program stream's packs, and the window that moves over them.
 #include "subtitle/vobsub/UnitReader.h"
 
 #include <stdlib.h>
@@ -21,14 +22,14 @@ bool readPack(const TextView<Bytes>& in, size_t pack, PackPayload* payload) {
     const auto startCode = [&](size_t at, U8 id) {
         return in.at(at) == 0 && in.at(at + 1) == 0 && in.at(at + 2) == 1 && in.at(at + 3) == id;
     };
-    if (!startCode(pack, 0xBA) || in.at(pack + 4) >= 0x80) return false;
-    if (!startCode(pack + 14, 0xBD)) return false;  // kept: a pack header with stuffing bytes is not read
+    if (!startCode(pack, 0xBA) || in.at(pack + 4) >= 0x80) return false;  // kept(vob-no-pack): not looked for elsewhere
+    if (!startCode(pack + 14, 0xBD)) return false;  // kept(vob-stuffing): a pack header with stuffing bytes is not read
     if ((in.at(pack + 20) & 0xC0) != 0x80) return false;
     const U32 length = U32{in.at(pack + 18)} << 8 | in.at(pack + 19);
     const U32 header = in.at(pack + 22);
-    // kept: the substream byte behind the header is skipped unseen; the position in the index selects the track
+    // kept(vob-substream): the substream byte behind the header is skipped unseen, the index alone selects the track
     payload->offset = pack + 24 + header;
-    payload->size = static_cast<U16>(length - header - 4);  // kept: modulo 65536
+    payload->size = static_cast<U16>(length - header - 4);  // modulo 65536
     return true;
 }
 
@@ -64,6 +65,7 @@ bool WorkingBlock::reserve(S64 size) {
 }
 
 S64 guessUnitSize(S64 position, S64 nextPosition) {
+    // kept(vob-descending): negative where the positions go back far, and the picture is refused
     return static_cast<S64>(static_cast<U64>(nextPosition) - static_cast<U64>(position) + kBlockStep);
 }
 
@@ -76,12 +78,13 @@ bool UnitReader::gather(S64 position, WorkingBlock& block) {
         if (!readPack(view(), pack, &payload)) return false;
         if (unitSize == 0) {
             unitSize = U32{view().at(payload.offset)} << 8 | view().at(payload.offset + 1);
-            if (unitSize == 0) return false;
+            if (unitSize == 0) return false;  // kept(vob-unit-size-0): nothing is made up for it
             makeRoomFor(unitSize, &payload.offset);
         }
         if (!take(payload.offset, payload.size, block)) return false;
         if (block.size() >= unitSize) return true;
         pack = payload.offset + payload.size;
+        // kept(vob-packs-not-2048): the next pack begins at a multiple of 2048 bytes, or not at all
         if (pack % kPackSize != 0 || view().at(pack) != 0) return false;
     }
 }
@@ -109,7 +112,7 @@ void UnitReader::moveWindowTo(S64 position) {
 void UnitReader::makeRoomFor(U32 unitSize, size_t* offset) {
     const S64 rounded = (S64{unitSize} + kPackSize - 1) / kPackSize * kPackSize;
     const S64 start = static_cast<S64>(*offset);
-    // kept: the fill count compared is that of the index's window, not of this one
+    // kept(vob-window): the fill count compared is that of the index's window, not of this one
     if (rounded <= S64{mIndexFilled} - start) return;
     fillWindow(mWindow.position + start);
     *offset %= kStep;

@@ -1,5 +1,6 @@
 #include "Formats.h"
 
+#include <SubDialectHeaders.h>
 #include <unistd.h>
 
 #include "subtitle/SubtitleParserSMI.h"
@@ -8,10 +9,6 @@
 #include "subtitle/SubtitleParserSUB.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
 #include "subtitle/SubtitleParserSUPWrapper.h"
-#include "subtitle/SubtitleParserSubDvbSubtitleSystem.h"
-#include "subtitle/SubtitleParserSubMicroDVD.h"
-#include "subtitle/SubtitleParserSubViewer10.h"
-#include "subtitle/SubtitleParserSubViewer20.h"
 #include "subtitle/SubtitleParserTXT.h"
 
 namespace vxsub {
@@ -85,10 +82,9 @@ const std::vector<Format>& formats() {
          kText,
          false,
          indexBeside},
-        {"sv20", "SubViewer 2.0", {}, fromDescriptor<SubtitleParserSubViewer20>},
-        {"sv10", "SubViewer 1.0", {}, fromDescriptor<SubtitleParserSubViewer10>},
-        {"microdvd", "MicroDVD", {}, fromDescriptor<SubtitleParserSubMicroDVD>},
-        {"dvb", "DVB subtitle system", {}, fromDescriptor<SubtitleParserSubDvbSubtitleSystem>},
+#define VX_SUB_DIALECT(name, type, word, phrase, ...) {#word, phrase, {}, fromDescriptor<SubtitleParser##name>},
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
         {"idx", "VobSub", {"idx"}, fromPath<SubtitleParserSUBIDX>, Content::VobSub, false, nullptr, missingPictures},
         {"sup", "SUP", {"sup"}, fromPath<SubtitleParserSUPWrapper>, Content::Pictures, false, nullptr, missingPlugIn},
     };
@@ -123,14 +119,11 @@ Name nameOf(EN_MEDIA_SUBTITLE_PARSER_TYPE type) {
             return {"srt", "SubRip"};
         case E_MEDIA_SUBTITLE_PARSER_TYPE_SSA:
             return {"ssa", "SubStation Alpha"};
-        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_VIEWER_10:
-            return {"sv10", "SubViewer 1.0"};
-        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_VIEWER_20:
-            return {"sv20", "SubViewer 2.0"};
-        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_MICRO_DVD:
-            return {"microdvd", "MicroDVD"};
-        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_DVB_SUBTITLE_SYSTEM:
-            return {"dvb", "DVB subtitle system"};
+#define VX_SUB_DIALECT(name, type, word, phrase, ...) \
+    case E_MEDIA_SUBTITLE_PARSER_TYPE_##type:         \
+        return {#word, phrase};
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
         case E_MEDIA_SUBTITLE_PARSER_TYPE_TXT:
             return {"txt", "time-prefixed text"};
         case E_MEDIA_SUBTITLE_PARSER_TYPE_LRC:

@@ -24,7 +24,8 @@ enum class Content {
     Pictures,  ///< pictures, as far as the interface tells
 };
 
-/// How a file becomes a parser. For a new format, write a row in Formats.cpp.
+/// How a file becomes a parser. For a new format, write a row in Formats.cpp; the dialects of .sub have theirs from
+/// their list.
 struct Format {
     const char* type;                     ///< its word for --type
     const char* name;                     ///< for people
