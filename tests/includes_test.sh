@@ -12,9 +12,9 @@ public='subtitle/[^/]*\.h'
 # What a file may include of subtitle/, by where it lies: a pattern for the whole path. The order is from the bottom.
 allowed_in() {
     case $1 in
-    subtitle/text/*) echo "$types|subtitle/text/.*" ;;
-    subtitle/charset/*) echo "$types|subtitle/charset/.*" ;;
     subtitle/system/*) echo "$types|subtitle/system/.*" ;;
+    subtitle/charset/*) echo "$types|subtitle/charset/.*" ;;
+    subtitle/text/*) echo "$types|subtitle/(system|text)/.*" ;;
     subtitle/vobsub/*) echo "$types|subtitle/(text|charset|system|vobsub)/.*" ;;
     subtitle/parser/*)
         echo "subtitle/Subtitle(Types|Parser|FileProcess)\.h|subtitle/(text|charset|system|parser)/.*"
