@@ -37,6 +37,18 @@ private:
         return blankLineBehind(mIn, close, blankBound);
     }
 
+    /// Puts the unit at the walk's place out; of Big5 text a pair as a whole, and no stray high byte.
+    void putCharacter(bool big5) {
+        const Unit c = mIn.at(mAt);
+        // kept(property-big5): bytes from 0x80 to 0xA0 go
+        if (!big5 || c < 0x80) {
+            mOut.put(c);  // kept(srt-entity): entities are text
+        } else if (c >= 0xA1) {
+            mOut.put(c);
+            mOut.put(mIn.at(++mAt));  // the trail byte, whatever it is
+        }
+    }
+
     WorkText<Enc> mIn;
     TextSink<Unit> mOut;
     U32 mSpan;
@@ -48,15 +60,6 @@ template <class Enc>
 U32 BaseWalk<Enc>::run8(bool big5) {
     if (mLimit == 0 || mSpan == 0) return mOut.finish();
     const auto spent = [this] { return full() || U64{mAt} + 1 >= mSpan; };
-    const auto putText = [&] {
-        const U8 c = mIn.at(mAt);
-        if (!big5 || c < 0x80) {
-            mOut.put(c);  // kept(srt-entity): entities are text
-        } else if (c >= 0xA1) {
-            mOut.put(c);
-            mOut.put(mIn.at(++mAt));  // the trail byte, whatever it is
-        }
-    };
     CloseFinder<Enc> tags('>', Runs::kJoined);
     CloseFinder<Enc> braces('}');
     while (mIn.at(mAt) != 0) {
@@ -82,7 +85,7 @@ U32 BaseWalk<Enc>::run8(bool big5) {
             }
         }
         // kept(srt-behind-markup): what stands behind a tag or a group goes out, be it the next bracket
-        putText();
+        putCharacter(big5);
         if (spent()) break;
         ++mAt;
     }
