@@ -27,7 +27,7 @@ public:
     SubtitleParser(const SubtitleParser&) = delete;
     SubtitleParser& operator=(const SubtitleParser&) = delete;
 
-    /// Joins a worker that still runs and frees the buffers.
+    /// Asks a worker that still runs to stop, waits for it and frees the buffers.
     virtual ~SubtitleParser();
 
     /// Allocates a zeroed raw buffer of `size` bytes (with a zero guard behind it), a zeroed table of 8192 tags

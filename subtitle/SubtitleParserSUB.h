@@ -30,7 +30,8 @@ public:
     U32 GetData(const U32 track, U8* buf, const U32 size, const U32 index, stSubDecoderInfo* info) override;
 
     /// `TRUE` when a dialect has accepted the file and its scan has finished. `FALSE` once there is a delegate, which
-    /// stays.
+    /// stays; when no dialect accepts the file; when memory is short; and when a dialect's scan runs out of time: a call
+    /// after that begins anew.
     BOOL BeginParse() override;
 
     /// The delegate's answer; `FALSE` without one.
@@ -46,7 +47,7 @@ public:
     /// As `BeginParse()`, always from `u32FileFD`. The argument is not used.
     virtual BOOL BeginParse(int);
 
-    SubtitleParser* m_pParser;  ///< the dialect parser that accepted the file or is on trial; owned; null when none
+    SubtitleParser* m_pParser;  ///< the parser that accepted the file, is on trial or ran out of time; owned; or null
     U8 m_pSubtitleName[512];    ///< the path, padded with zeros
     S32 u32FileFD;  ///< a duplicate of the descriptor given; 0: none, the path is used; -1: could not be had
 };

@@ -37,7 +37,7 @@ public:
     /// For `BeginParse(int, int)`; the arguments are not kept.
     SubtitleParserSUBIDX(int idxFd, int subFd, S64 offset, S64 length);
 
-    /// Clears the surface and waits for a worker that still runs.
+    /// Stops a worker that still runs and clears the surface.
     ~SubtitleParserSUBIDX() override;
 
     /// Empties the tables and allocates buffers of the sizes that this format uses; `size` is only noted as the length
