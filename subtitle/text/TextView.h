@@ -136,26 +136,18 @@ public:
     // The skips move forward and never past the end; an index already behind it stays.
 
     size_t skipSpace(size_t i) const {
-        return search(i, end(), [this](size_t from, size_t to) {
-            while (from < to && isSpace(at(from))) ++from;
-            return from;
-        });
+        return skip(i, [](Unit unit) { return isSpace(unit); });
     }
 
     /// The same within the line.
     size_t skipBlanks(size_t i) const {
-        return search(i, end(), [this](size_t from, size_t to) {
-            while (from < to && isBlank(at(from))) ++from;
-            return from;
-        });
+        return skip(i, [](Unit unit) { return isBlank(unit); });
     }
 
     /// To the first CR or LF at or after `i`.
     size_t toLineEnd(size_t i) const {
         if constexpr (kWidth == 1) {
-            return search(i, mSize, [this](size_t from, size_t to) {
-                return static_cast<size_t>(bytes::findLineEnd(mData + from, mData + to) - mData);
-            });
+            return search(i, [](const U8* from, const U8* to) { return bytes::findLineEnd(from, to); });
         } else {
             i = find(i, isLineEnd<Enc>);
             return i < end() && !isLineEnd<Enc>(at(i)) ? end() : i;
@@ -163,26 +155,25 @@ public:
     }
 
     /// Past the whole run of CR and LF at `i`: blank lines vanish.
-    size_t pastLineEnds(size_t i) const {
-        return search(i, end(), [this](size_t from, size_t to) {
-            while (from < to && isLineEnd<Enc>(at(from))) ++from;
-            return from;
-        });
-    }
+    size_t pastLineEnds(size_t i) const { return skip(i, isLineEnd<Enc>); }
 
     /// The first whole unit at or after `i` for which `is` holds. Not below `wholeUnits()` when there is none.
     template <class Is>
     size_t find(size_t i, Is is) const {
-        return search(i, wholeUnits(), [this, is](size_t from, size_t to) {
-            while (from < to && !is(Enc::load(mData + from * kWidth))) ++from;
-            return from;
-        });
+        const size_t last = wholeUnits();
+        while (i < last) {
+            const size_t to = stretchEnd(i, last);
+            while (i < to && !is(Enc::load(mData + i * kWidth))) ++i;
+            if (i < to) break;
+            if (mStop.isMade()) return last;
+        }
+        return i;
     }
     size_t findUnit(size_t i, Unit unit) const {
         if constexpr (kWidth == 1) {
-            return search(i, mSize, [this, unit](size_t from, size_t to) {
-                const void* const found = memchr(mData + from, unit, to - from);
-                return found != nullptr ? static_cast<size_t>(static_cast<const U8*>(found) - mData) : to;
+            return search(i, [unit](const U8* from, const U8* to) {
+                const void* const found = memchr(from, unit, static_cast<size_t>(to - from));
+                return found != nullptr ? static_cast<const U8*>(found) : to;
             });
         } else {
             return find(i, [unit](Unit u) { return u == unit; });
@@ -207,15 +198,28 @@ public:
     }
 
 private:
-    /// `hit(from, to)` answers the first hit in a stretch of units, or `to`: asked for one stretch after the other of
-    /// those from `i` up to `limit`. An index that is not below the limit stays.
+    static constexpr size_t kStretch = kStopStretch / kWidth;  ///< units between two looks at the request to stop
+
+    static size_t stretchEnd(size_t i, size_t last) { return last - i > kStretch ? i + kStretch : last; }
+
+    /// Past the units at `i` for which `is` holds.
+    template <class Is>
+    size_t skip(size_t i, Is is) const {
+        while (i < end() && is(at(i))) {
+            if (++i % kStretch == 0 && mStop.isMade()) return end();
+        }
+        return i;
+    }
+
+    /// `hit(from, to)` answers the first hit in a stretch of bytes, or `to`: asked for one stretch after the other of
+    /// those from `i` on. An index behind the data stays.
     template <class Hit>
-    size_t search(size_t i, size_t limit, Hit hit) const {
-        while (i < limit) {
-            const size_t to = limit - i > kStopStretch / kWidth ? i + kStopStretch / kWidth : limit;
-            i = hit(i, to);
-            if (i < to) return i;
-            if (mStop.isMade()) return limit;
+    size_t search(size_t i, Hit hit) const {
+        while (i < mSize) {
+            const size_t to = stretchEnd(i, mSize);
+            i = static_cast<size_t>(hit(mData + i, mData + to) - mData);
+            if (i < to) break;
+            if (mStop.isMade()) return mSize;
         }
         return i;
     }
