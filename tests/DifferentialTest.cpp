@@ -80,8 +80,8 @@ std::string escaped(const std::string& bytes) {
     return out;
 }
 
-void sayUnits(Answer& out, const std::vector<unsigned>& units, bool terminated, bool written) {
-    if (!written) {
+void sayUnits(Answer& out, const std::vector<unsigned>& units, bool terminated) {
+    if (units.empty() && !terminated) {
         out += "untouched\n";
         return;
     }
@@ -139,7 +139,7 @@ void sayText(Answer& out, U32 size, bool wide, bool cut, Ask ask) {
     if (std::any_of(buffer.get() + used, buffer.get() + size, [](U8 byte) { return byte != kUntouched; })) {
         out += "written behind ";
     }
-    sayUnits(out, units, terminated, count > 0 || terminated);
+    sayUnits(out, units, terminated);
 }
 
 /// One nameless file for all cases.
@@ -264,9 +264,7 @@ Answer decoded(const Case& c) {
 
 // ---------------------------------------------------------------------------------------------- the reference
 
-void sayShown(Answer& out, const reference::Shown& shown) {
-    sayUnits(out, shown.units, shown.terminated, shown.written);
-}
+void sayShown(Answer& out, const reference::Shown& shown) { sayUnits(out, shown.units, shown.terminated); }
 
 template <class Text>
 Answer filmed(const Case& c, const reference::Film& film, Text text) {

@@ -139,7 +139,7 @@ Index scanIndex(const std::string& data) {
     Scan scan;
     scan.in.data = data;
     scan.in.code = codeOf(data);
-    for (size_t i = scan.in.code == kNative ? 0 : 1; scan.in.inside(i); i = skipLine(scan.in, i)) {
+    for (size_t i = scan.in.code == kNative ? 0 : 1; scan.in.inside(i); i = skipLineEnds(scan.in, i)) {
         i = skipSpace(scan.in, i);
         i = scan.line(i);
     }

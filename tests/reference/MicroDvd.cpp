@@ -55,8 +55,11 @@ struct Clock {
     U64 nanoseconds = 0;  // of a frame
 
     void derive() {
-        if (rate > 1000) rate = rate / 1000 + (rate % 1000 >= 500 ? 1 : 0);
-        const U64 r = rate == 0 || rate > 99 ? 29 : rate;
+        U64 r = rate == 0 || rate > 99 ? 29 : rate;
+        if (rate > 1000) {
+            rate = rate / 1000 + (rate % 1000 >= 500 ? 1 : 0);
+            r = rate;
+        }
         nanoseconds = 1000000000000ULL / (r * 1000);
     }
     void deriveFrom(U64 whole, U64 fraction) {

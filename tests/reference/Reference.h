@@ -84,6 +84,13 @@ inline size_t skipLine(const File& in, size_t i) {
     return i;
 }
 
+/// Behind the line's end, and all CR and LF that follow, in big-endian text too.
+inline size_t skipLineEnds(const File& in, size_t i) {
+    while (in.inside(i) && !isLineEnd(in.character(i))) ++i;
+    while (in.inside(i) && isLineEnd(in.character(i))) ++i;
+    return i;
+}
+
 /// `count` units made bytes: one each, two where the other half is not 0; a 0 at `count`, zeros behind all.
 inline std::string narrowed(const File& in, size_t i, size_t count) {
     std::string out;
@@ -172,7 +179,6 @@ struct Film {
 struct Shown {
     std::vector<unsigned> units;
     bool terminated = false;
-    bool written = true;  ///< false: nothing at all
 };
 
 constexpr size_t kWorkSize = 8192;
@@ -198,12 +204,12 @@ struct Work {
     U32 limit;  ///< the next position less this one's; behind the last entry the next one is 0
 };
 
-inline Shown notShown() { return {{}, false, false}; }
+inline Shown notShown() { return {}; }
 
 /// A text for which there is no room.
 inline Shown emptyText(U32 size, bool wide) {
     if (size < (wide ? 2U : 1U)) return notShown();
-    return {{}, true, true};
+    return {{}, true};
 }
 
 /// The index of the entry at a time, among entries first to last.

@@ -22,11 +22,12 @@ size_t readSync(Film& film, size_t i) {
     i = find(in, i + 1, isAngle);
     if (i >= in.count()) return i;
     ++i;
+    size_t text = i;
     if (!in.wide()) {
         if (i >= in.count()) return i;
-        if (isLineEnd(in.at(i))) ++i;
+        if (isLineEnd(in.at(i))) ++text;  // the scan itself goes on in front of it
     }
-    film.add(n[0], 0xFFFFFFFF, in.position(i));
+    film.add(n[0], 0xFFFFFFFF, in.position(text));
     return i;
 }
 

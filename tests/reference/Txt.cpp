@@ -49,8 +49,7 @@ void scan(Film& film, size_t i) {
         const Stamp end = stampAt(in, i, false);
         if (!end.found) continue;
         film.add(start.time, end.time, in.position(text));
-        if (end.width != 11) film.oneLine = true;
-        i = skipLine(in, i + end.width);
+        i = skipLine(in, i + (film.oneLine ? end.width : 11));  // a closing line fixes no width
         if (!film.oneLine) i = skipLine(in, i);
     }
 }
