@@ -21,17 +21,17 @@ struct Scan {
     /// So many units from `i` on as bytes to read numbers from, or all that follows.
     std::string text(size_t i, size_t units) const {
         if (!in.wide()) return in.data.substr(i < in.data.size() ? i : in.data.size());
-        return narrowed(in, i, units);
+        return narrowedOpen(in, i, units);
     }
     /// Whether the text of so many units begins with the word.
     bool startsWith(size_t i, size_t units, const std::string& word) const {
-        return head(in, i, in.wide() ? units : word.size()).substr(0, word.size()) == word;
+        return text(i, units).substr(0, word.size()) == word;
     }
     size_t line(size_t i);
     size_t timestamp(size_t i);
     void readDelay(size_t i);
     void readPalette(size_t i);
-    void readPair(size_t i, const char* format, U32* first, U32* second);
+    size_t readPair(size_t i, const char* format, U32* first, U32* second);
     void readLanguage(size_t i);
     void closeTrack();
 };
@@ -67,7 +67,7 @@ void Scan::readPalette(size_t i) {
     std::string value = text(i, 0);
     if (in.wide()) {
         size_t end = i;
-        while (end < in.count() && !isLineEnd(in.character(end))) ++end;
+        while (in.inside(end) && !isLineEnd(in.character(end))) ++end;
         value = end - i < 255 ? text(i, end - i) : "";
     }
     const std::vector<U32> n = numbers(value, 0, "%x, %x, %x, %x, %x, %x, %x, %x, %x, %x, %x, %x, %x, %x, %x, %x");
@@ -78,17 +78,18 @@ void Scan::readPalette(size_t i) {
     }
 }
 
-void Scan::readPair(size_t i, const char* format, U32* first, U32* second) {
+size_t Scan::readPair(size_t i, const char* format, U32* first, U32* second) {
     std::string value = text(i, 0);
     if (in.wide()) {
         i = skipSpace(in, i);
         size_t end = i;
-        while (end < in.count() && !isSpace(in.at(end))) ++end;
+        while (in.inside(end) && !isSpace(in.at(end))) ++end;
         value = end - i < 255 ? text(i, end - i) : "";
     }
     const std::vector<U32> n = numbers(value, 0, format);
     *first = n.size() == 2 ? n[0] : 0;
     *second = n.size() == 2 ? n[1] : 0;
+    return i;
 }
 
 void Scan::closeTrack() {
@@ -108,7 +109,7 @@ void Scan::readLanguage(size_t i) {
 size_t Scan::line(size_t i) {
     const auto is = [&](const char* word) { return startsWith(i, 14, word); };
     const unsigned c = in.character(i);
-    if (c == '#' || c == 0 || isLineEnd(c)) return i;
+    if (is("#") || c == 0 || isLineEnd(c)) return i;
     if (is("timestamp:")) return timestamp(i);
     if (is("id:")) {
         i = skipSpace(in, i + 3);
@@ -121,9 +122,9 @@ size_t Scan::line(size_t i) {
     } else if (is("palette:")) {
         readPalette(i += 8);
     } else if (is("size:")) {
-        readPair(i += 5, "%ux%u", &out.width, &out.height);
+        i = readPair(i + 5, "%ux%u", &out.width, &out.height);
     } else if (is("org:")) {
-        readPair(i += 4, "%u, %u", &out.originX, &out.originY);
+        i = readPair(i + 4, "%u, %u", &out.originX, &out.originY);
     } else if (is("custom colors:")) {
         out.log.push_back(in.wide() ? "now we will not use these informations\n"
                                     : "we will not use these informations\n");

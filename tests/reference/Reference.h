@@ -65,7 +65,7 @@ inline CodeType codeOf(const std::string& data) {
 }
 
 inline size_t skipSpace(const File& in, size_t i) {
-    while (i < in.count() && isSpace(in.at(i))) ++i;
+    while (in.inside(i) && isSpace(in.at(i))) ++i;
     return i;
 }
 
@@ -91,14 +91,20 @@ inline size_t skipLineEnds(const File& in, size_t i) {
     return i;
 }
 
-/// `count` units made bytes: one each, two where the other half is not 0; a 0 at `count`, zeros behind all.
-inline std::string narrowed(const File& in, size_t i, size_t count) {
+/// `count` units made bytes: one each, two where the other half is not 0.
+inline std::string narrowedOpen(const File& in, size_t i, size_t count) {
     std::string out;
     for (size_t k = 0; k < count; ++k) {
         const unsigned unit = in.character(i + k);
         out += static_cast<char>(unit & 0xFF);
         if (unit >> 8 != 0) out += static_cast<char>(unit >> 8);
     }
+    return out;
+}
+
+/// The same with a 0 at `count`, whatever stood there.
+inline std::string narrowed(const File& in, size_t i, size_t count) {
+    std::string out = narrowedOpen(in, i, count);
     out.resize(2 * count + 1);
     out[count] = '\0';
     return out;
@@ -170,7 +176,7 @@ struct Film {
     bool accepted = true;
     File file;
     std::vector<Tag> tags;
-    bool oneLine = false;  ///< timed plain text: entries of one line
+    size_t shortWidth = 0;  ///< timed plain text: of the first time stamp of one-line entries
 
     void add(U32 start, U32 end, size_t pos) { tags.push_back({start, end, static_cast<S64>(pos)}); }
 };

@@ -41,25 +41,26 @@ void scan(Film& film, size_t i) {
             i = skipLine(in, i);
             continue;
         }
-        if (start.width != 11) film.oneLine = true;
+        if (start.width != 11 && film.shortWidth == 0) film.shortWidth = start.width;
         const size_t text = i + start.width;
         i = skipLine(in, text);
-        if (!film.oneLine) i = skipLine(in, i);
+        if (film.shortWidth == 0) i = skipLine(in, i);
         i = skipSpace(in, i);
         const Stamp end = stampAt(in, i, false);
         if (!end.found) continue;
         film.add(start.time, end.time, in.position(text));
-        i = skipLine(in, i + (film.oneLine ? end.width : 11));  // a closing line fixes no width
-        if (!film.oneLine) i = skipLine(in, i);
+        i = skipLine(in, i + (film.shortWidth != 0 ? film.shortWidth : 11));  // a closing line fixes no width
+        if (film.shortWidth == 0) i = skipLine(in, i);
     }
 }
 
-/// Extracts one line from `i` on. False when the text is over at once.
-bool line(Work& work, size_t raw, size_t limit, size_t& i, std::vector<unsigned>& out) {
+/// Extracts one line from `i` on; `atZero` tells that a 0 ended it. False when the text is over at once.
+bool line(Work& work, size_t raw, size_t limit, size_t& i, std::vector<unsigned>& out, bool& atZero) {
     const auto at = [&](size_t k) { return work.at(k); };
     const size_t end = raw < kWorkSize ? raw : kWorkSize;
     while (out.size() < limit) {
         const unsigned c = at(i);
+        atZero = c == 0;
         if ((c == kCr && at(i + 1) == kLf) || c == 0) {
             out.push_back(c);
             out.push_back(at(i + 1));
@@ -145,15 +146,17 @@ Shown txtText(const Film& film, size_t index, U32 size) {
     } else if (in.code == kNative) {
         if (size <= 2) return emptyText(size, false);
         size_t i = 0;
-        bool open = !line(work, in.data.size(), size - 3, i, out);
-        if (!open && !film.oneLine) {
+        bool atZero = false;
+        bool open = !line(work, in.data.size(), size - 3, i, out, atZero);
+        if (!open && film.shortWidth == 0) {
             i += 11;
-            open = !line(work, in.data.size(), size - 2, i, out);
+            open = !line(work, in.data.size(), size - 2, i, out, atZero);
         }
         if (open) {
             shown.terminated = false;
             return shown;
         }
+        if (atZero) return shown;
     } else {
         return notShown();
     }
