@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,8 @@ struct Format {
     Answer (*library)(const Case&);
     Answer (*reference)(const Case&);
 };
+
+void PrintTo(const Format& format, std::ostream* out) { *out << format.name; }
 
 // ---------------------------------------------------------------------------------------------------- answers
 

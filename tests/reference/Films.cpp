@@ -163,6 +163,10 @@ std::string encoded(Random& r, const std::string& text) {
 /// Bytes lost, changed and put in, and ends cut off.
 void damage(Random& r, std::string& data) {
     if (r.percent(12) && !data.empty()) data.pop_back();
+    if (r.percent(8)) {  // nothing behind the first byte of a character that means something
+        const size_t at = data.find_first_of("}]>:\r\n", r.below(data.size() + 1));
+        if (at < data.size()) data.resize(at + 1);
+    }
     if (r.percent(60)) return;
     for (unsigned n = 1 + r.below(3); n > 0 && !data.empty(); --n) {
         const size_t at = r.below(data.size());
@@ -354,8 +358,9 @@ std::string makeMicroDvd(Random& random) {
         if (w.odd(8)) file += random.of<std::string>({"{y:i}", "{1}{2}", "{", "12.5"});
         if (w.odd(2)) file += std::string(random.below(600), '1');
         const bool last = i + 1 == count;
-        if (!(last ? random.percent(25) : w.odd(6))) file += w.text();
-        if (!last || !random.percent(30)) file += w.end();
+        const bool empty = last ? random.percent(35) : w.odd(6);
+        if (!empty) file += w.text();
+        if (!last || !random.percent(empty ? 60 : 20)) file += w.end();
     }
     return finished(random, file,
                     {"{1}{1}23.976\r\n", "{100}{150}", "{0}{0}", "{5", "}", "{1}{2}", "a1\r\n", "{}{}", "{12}{", "|"});

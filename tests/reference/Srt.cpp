@@ -44,7 +44,8 @@ void scanUnits(Film& film, size_t i) {
         const std::string line = narrowed(in, i, 29);
         const std::vector<U32> times = numbers(line, 0, kTimes);
         if (times.size() == 8 && inShape(line)) {
-            i = skipSpace(in, i + 29);
+            i += 29;
+            while (i < in.count() && isSpace(in.at(i))) ++i;  // half a unit is none here
             film.add(milliseconds(times, 0), milliseconds(times, 4), 2 * i);
         }
         i = skipLine(in, i);
