@@ -20,6 +20,7 @@
 #include "subtitle/SubtitleParserSMI.h"
 #include "subtitle/SubtitleParserSRT.h"
 #include "subtitle/SubtitleParserSSA.h"
+#include "subtitle/SubtitleParserSUB.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
 #include "subtitle/SubtitleParserSubDvbSubtitleSystem.h"
 #include "subtitle/SubtitleParserSubMicroDVD.h"
@@ -155,22 +156,42 @@ int fileOf(const std::string& content) {
     return fd;
 }
 
+/// Who holds the entries.
+template <class Parser>
+SubtitleParser& holderOf(Parser& parser) {
+    return parser;
+}
+SubtitleParser& holderOf(SubtitleParserSUB& parser) { return *parser.m_pParser; }
+
+template <class Parser>
+Parser opened(const std::string& content) {
+    return Parser(fileOf(content), 0, static_cast<S64>(content.size()));
+}
+/// By its path: it would keep a duplicate of a descriptor.
+template <>
+SubtitleParserSUB opened(const std::string& content) {
+    char path[32];
+    snprintf(path, sizeof path, "/proc/self/fd/%d", fileOf(content));
+    return SubtitleParserSUB(reinterpret_cast<U8*>(path));
+}
+
 template <class Parser>
 Answer parsed(const Case& c) {
     constexpr bool kTrims = std::is_same_v<Parser, SubtitleParserTXT>;
     const std::unique_ptr<test::SystemProperty> language(
         c.big5 ? new test::SystemProperty("vendor.quarn.subtitle.language", "Big5") : nullptr);
-    Parser parser(fileOf(c.file), 0, static_cast<S64>(c.file.size()));
+    Parser parser = opened<Parser>(c.file);
     parser.SetFrameRate(c.rate);
     Answer out;
     if (parser.BeginParse() != TRUE) return "refused\n";
     ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO info{};
     parser.GetTrackInfo(0, &info);
     say(out, "code type %u\n", unsigned{info.eCodeType});
+    if (std::is_same_v<Parser, SubtitleParserSUB>) say(out, "dialect %u\n", unsigned{info.eSubtitleType});
     const bool wide = test::isWide(info.eCodeType);
     std::vector<U32> starts;
     for (U32 i = 0; i < parser.GetTagNum(); ++i) {
-        const ST_MEDIA_SUBTITLE_PARSER_TAG& tag = parser.m_pTagBuffer[i];
+        const ST_MEDIA_SUBTITLE_PARSER_TAG& tag = holderOf(parser).m_pTagBuffer[i];
         starts.push_back(tag.u32TimeStart);
         sayTag(out, i, tag.u32TimeStart, tag.u32TimeEnd, tag.s64Pos);
         for (const U32 size : c.sizes) {
@@ -270,10 +291,11 @@ Answer decoded(const Case& c) {
 void sayShown(Answer& out, const reference::Shown& shown) { sayUnits(out, shown.units, shown.terminated); }
 
 template <class Text>
-Answer filmed(const Case& c, const reference::Film& film, Text text) {
+Answer filmed(const Case& c, const reference::Film& film, Text text, const char* dialect = nullptr) {
     if (!film.accepted) return "refused\n";
     Answer out;
     say(out, "code type %u\n", unsigned{film.file.code});
+    if (dialect != nullptr) out += dialect;
     // a code type that is not decided makes no difference to texts
     reference::Film typed = film;
     if (film.file.code > reference::kNative) typed.file.code = reference::kNative;
@@ -310,6 +332,23 @@ Answer baseAnswer(const Case& c, const reference::Film& film) {
     return filmed(c, film, [&](Answer& out, const reference::Film& typed, size_t i, U32 size) {
         sayShown(out, reference::baseText(typed, i, size, c.big5));
     });
+}
+
+/// The first dialect that accepts the file.
+Answer subAnswer(const Case& c) {
+    const auto line = [](Answer& out, const reference::Film& typed, size_t i, U32 size) {
+        sayShown(out, reference::lineText(typed, i, size));
+    };
+    const auto base = [&c](Answer& out, const reference::Film& typed, size_t i, U32 size) {
+        sayShown(out, reference::baseText(typed, i, size, c.big5));
+    };
+    const reference::Film second = reference::scanSubViewer20(c.file);
+    if (second.accepted) return filmed(c, second, base, "dialect 4\n");
+    const reference::Film first = reference::scanSubViewer10(c.file);
+    if (first.accepted) return filmed(c, first, line, "dialect 3\n");
+    const reference::Film frames = reference::scanMicroDvd(c.file, c.rate);
+    if (frames.accepted) return filmed(c, frames, line, "dialect 5\n");
+    return filmed(c, reference::scanDvb(c.file), line, "dialect 6\n");
 }
 
 Answer indexAnswer(const Case& c) {
@@ -361,6 +400,7 @@ const Format kFormats[] = {
      [](const Case& c) { return ownAnswer(c, reference::scanMicroDvd(c.file, c.rate), reference::lineText); }},
     {"DVB", reference::makeDvb, parsed<SubtitleParserSubDvbSubtitleSystem>,
      [](const Case& c) { return filmed(c, reference::scanDvb(c.file), dvbText); }},
+    {"Sub", reference::makeSub, parsed<SubtitleParserSUB>, subAnswer},
     {"Index", reference::makeIndex, indexed, indexAnswer},
     {"Unit", reference::makeUnit, decoded, unitAnswer},
 };

@@ -390,6 +390,10 @@ std::string makeDvb(Random& random) {
                      "12:30:45:00", "a1\r\n", "11:22:33:44", "<i>\r\n\r\n"});
 }
 
+std::string makeSub(Random& random) {
+    return random.of<std::string (*)(Random&)>({makeSubViewer20, makeSubViewer10, makeMicroDvd, makeDvb})(random);
+}
+
 std::string makeIndex(Random& random) {
     Writer w(random);
     std::string file;

@@ -39,6 +39,7 @@ std::string makeSubViewer20(Random& random);
 std::string makeSubViewer10(Random& random);
 std::string makeMicroDvd(Random& random);
 std::string makeDvb(Random& random);
+std::string makeSub(Random& random);  ///< of any dialect
 std::string makeIndex(Random& random);
 std::string makeUnit(Random& random);
 
