@@ -14,6 +14,7 @@ TIDIED = $(filter-out %/empty_7z.cpp,$(shell find subtitle platform tools -name 
 SECONDS ?= 60
 TARGET ?=
 RECORD ?=
+CASES ?= 200000
 
 # $(call build,preset)
 build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
@@ -29,6 +30,8 @@ help:
 	@echo 'make tsan     the tests under the thread sanitizer'
 	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
 	@echo '              (RECORD=1: the figures become rows of docs/quality.md)'
+	@echo 'make differential   every format against a second reading of it, CASES=200000 files each;'
+	@echo '              the table goes into docs/quality.md'
 	@echo 'make bench    the benchmarks; their table goes into docs/performance.md'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make format   clang-format on every source'
@@ -77,6 +80,17 @@ arm: arm-build
 .PHONY: fuzz
 fuzz:
 	@RECORD=$(RECORD) tools/fuzz.sh $(SECONDS) $(TARGET)
+
+.PHONY: differential
+differential: SHELL := /bin/bash
+differential: .SHELLFLAGS := -o pipefail -c
+differential:
+	@$(SETUP) build test
+	@cmake --preset dev --log-level=WARNING && cmake --build --preset dev --target DifferentialTest
+	@VX_DIFFERENTIAL=$(CASES) build/dev/tests/DifferentialTest | grep --line-buffered -v '^Thread name' | \
+	    tee build/dev/differential.txt
+	@{ printf '| format | cases | of them with entries | differences | seed |\n|---|---|---|---|---|\n'; \
+	    grep '^| `' build/dev/differential.txt; } | tools/write_table.sh docs/quality.md differential
 
 .PHONY: bench
 bench: SHELL := /bin/bash
