@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
@@ -411,7 +412,7 @@ TEST(SubtitleParserSUBIDX, WaitsForAHundredSeconds) {
         SubtitleParserSUBIDX parser(pair.path());
         clock.atSleep(999, [&] { gate.open(); });
         clock.atSleep(1000, [&] {
-            while (__atomic_load_n(&parser.bParseFinish, __ATOMIC_ACQUIRE) == FALSE) usleep(0);
+            while (__atomic_load_n(&parser.bParseFinish, __ATOMIC_ACQUIRE) == FALSE) sched_yield();
         });
         EXPECT_EQ(TRUE, parser.BeginParse());
         EXPECT_EQ(1U, parser.GetTagNum());
