@@ -25,7 +25,8 @@ std::atomic<size_t> counted{0};
 #ifdef TEST_OWN_ALLOCATOR
 bool refusesSize(size_t bytes) {
     const size_t from = refusedFrom.load(std::memory_order_relaxed);
-    return from != SIZE_MAX && testOwnMemory == 0 && bytes >= from && bytes <= refusedUpTo.load(std::memory_order_relaxed);
+    return from != SIZE_MAX && testOwnMemory == 0 && bytes >= from &&
+           bytes <= refusedUpTo.load(std::memory_order_relaxed);
 }
 
 bool refusesNumber() {

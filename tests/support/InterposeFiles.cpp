@@ -106,6 +106,12 @@ void note(const char* function, int fd) {
     note(function, std::to_string(fd));
 }
 
+void notePath(const char* path) {
+    if (recorders == 0) return;
+    const OwnMemory own;
+    note("fopen", std::string(path));
+}
+
 void noteCopy(int fd, int copy) {
     if (recorders == 0) return;
     const OwnMemory own;
@@ -208,7 +214,7 @@ TEST_INTERPOSED int close(int fd) {
 }
 
 TEST_INTERPOSED FILE* fopen(const char* path, const char* mode) {
-    test::note("fopen", path);
+    test::notePath(path);
     return test::failsNow(test::kFopen) ? nullptr : TEST_NEXT(fopen)(path, mode);
 }
 
