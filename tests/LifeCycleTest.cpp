@@ -3,11 +3,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sched.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/Formats.h"
@@ -540,23 +544,80 @@ TYPED_TEST(LifeCycle, GivesUpEarlierWhenTheClockJumps) {
     }
 }
 
-TYPED_TEST(LifeCycle, ASmallFileCostsNoSleep) {
+TYPED_TEST(LifeCycle, AScanThatIsOverBeforeTheWaitCostsNone) {
     using Parser = typename TypeParam::Parser;
     const std::string sample = TypeParam::file();
     const TempFile file(sample);
-    BOOL result = FALSE;
-    size_t looks = 0;
-    std::vector<unsigned> sleeps{0};
-    for (int i = 0; i < 100 && !sleeps.empty(); ++i) {  // a busy machine may not run the worker within the head start
-        const auto parser = byPath<Rigged<Parser>>(file);
-        const VirtualClock clock;  // stands still: the head start ends by its count of looks alone
-        result = parser->BeginParse();
-        looks = parser->looks;
-        sleeps = clock.sleeps();
+    const auto parser = byPath<Rigged<Parser>>(file);
+    const VirtualClock clock;
+    const ThreadsEndFirst order;
+    EXPECT_EQ(TRUE, parser->BeginParse());
+    EXPECT_EQ(1u, parser->looks) << "the start of the wait";
+    EXPECT_EQ(std::vector<unsigned>{}, clock.sleeps());
+}
+
+// On the machine's own clock: the worker's end interrupts the period.
+TYPED_TEST(LifeCycle, AnOpeningIsOverWhenItsScanIs) {
+    using Parser = typename TypeParam::Parser;
+    using Clock = std::chrono::steady_clock;
+    const std::string sample = TypeParam::file();
+    const TempFile file(sample);
+    constexpr auto kPeriod = std::chrono::milliseconds(TypeParam::kPeriodMs);
+    auto quickest = Clock::duration::max();
+    for (int tries = 0; tries < 20 && quickest >= kPeriod * 9 / 10; ++tries) {
+        const auto parser = byPath<Parser>(file);
+        std::atomic<ThreadGate*> held{nullptr};
+        const auto begin = Clock::now();
+        std::thread opener([&] {  // well inside the first period
+            while (held == nullptr || Clock::now() - begin < kPeriod / 10) sched_yield();
+            held.load()->open();
+        });
+        ThreadGate gate;  // not for the opener
+        held = &gate;
+        EXPECT_EQ(TRUE, parser->BeginParse());
+        quickest = std::min(quickest, Clock::now() - begin);
+        opener.join();
     }
-    EXPECT_EQ(TRUE, result);
-    EXPECT_EQ(1u, looks) << "the head start looks at a clock of its own";
-    EXPECT_EQ(std::vector<unsigned>{}, sleeps);
+    EXPECT_GE(quickest, kPeriod / 10);
+    EXPECT_LT(quickest, kPeriod * 9 / 10);
+}
+
+// The look at the end of the wait decides: what happens right behind it changes nothing.
+TYPED_TEST(LifeCycle, AFlagThatRisesBehindTheLastLookComesTooLate) {
+    using Parser = typename TypeParam::Parser;
+    const std::string sample = TypeParam::file();
+    const TempFile file(sample);
+    /// Lets the scan end inside one of its looks at the clock.
+    struct Timely : Rigged<Parser> {
+        using Rigged<Parser>::Rigged;
+        U32 GetSystemTime() override {
+            const U32 time = Rigged<Parser>::GetSystemTime();
+            if (this->looks == endsAt) {
+                gate->open();
+                awaitFlag(*this);
+            }
+            return time;
+        }
+        size_t endsAt = 0;
+        ThreadGate* gate = nullptr;
+    };
+    constexpr size_t kLast = 1 + TestFixture::kLooks + 1;
+    for (const size_t endsAt : {kLast - 1, kLast}) {
+        SCOPED_TRACE(endsAt);
+        const VirtualClock clock;
+        ThreadGate gate;
+        const auto parser = byPath<Timely>(file);
+        parser->endsAt = endsAt;
+        parser->gate = &gate;
+        const LogCapture log;
+        EXPECT_EQ(endsAt == kLast ? FALSE : TRUE, parser->BeginParse());
+        EXPECT_EQ(TRUE, parser->bParseFinish);
+        const Messages texts = log.texts();
+        EXPECT_EQ(1, std::count(texts.begin(), texts.end(), TypeParam::waited(endsAt != kLast, 0)));
+        if (endsAt != kLast) {
+            EXPECT_EQ(this->mThreads, threadCount()) << "TRUE only when it has been joined";
+        }
+    }
 }
 
 // kept(worker-fails-late)
@@ -605,7 +666,7 @@ TYPED_TEST(LifeCycle, TheWorkerMayEndAfterBeginParseHasGivenUp) {
     EXPECT_EQ(this->mThreads, threadCount()) << "joined before its buffers went";
 }
 
-/// The earlier worker's last words come before the second start's first.
+/// The earlier worker says its last words before the second start says its first; it was stopped, wherever it was.
 template <class Format>
 void expectASecondStart(SubtitleParser& parser, U32 tags, const LogLine& opened) {
     const LogCapture log;
@@ -620,7 +681,7 @@ void expectASecondStart(SubtitleParser& parser, U32 tags, const LogLine& opened)
     }
 }
 
-// Whatever ends the buffers waits for the worker that uses them.
+// Whatever ends the buffers stops the worker that uses them, and waits for it.
 TYPED_TEST(LifeCycle, TheWorkerIsWaitedForByWhateverTakesItsBuffers) {
     using Parser = typename TypeParam::Parser;
     const std::string sample = TypeParam::file();
@@ -631,10 +692,12 @@ TYPED_TEST(LifeCycle, TheWorkerIsWaitedForByWhateverTakesItsBuffers) {
     enum class End { kDestructor, kDeinit, kInit, kBeginParse };
     for (const End end : {End::kDestructor, End::kDeinit, End::kInit, End::kBeginParse}) {
         SCOPED_TRACE(static_cast<int>(end));
-        VirtualClock clock;
         ThreadGate gate;
         auto parser = byPath<Parser>(file);
-        EXPECT_EQ(FALSE, parser->BeginParse());
+        {
+            const VirtualClock clock;
+            EXPECT_EQ(FALSE, parser->BeginParse());
+        }
         gate.open();
         switch (end) {
             case End::kDestructor:

@@ -208,6 +208,79 @@ TYPED_TEST(LineText, EndsBeforeHalfAUnit) {
     EXPECT_EQ(known ? "Hi" : "!untouched", textOf(big.parser, 0));
 }
 
+/// Data in which the next entry's position lies before, at or behind the end, and the text of the first.
+struct SpanRow {
+    std::string data;
+    S64 next;
+    std::string expected;
+};
+
+/// 16-bit text is bounded by the entry's span alone; what the span has behind the data reads 0.
+template <class Parser>
+void expectSpans(const std::vector<SpanRow>& rows, EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE type) {
+    for (const SpanRow& row : rows) {
+        PutByHand<Parser> parser(row.data, {0, row.next}, type);
+        EXPECT_EQ(row.expected, textOf(parser, 0, 64)) << show(row.data) << " up to " << row.next;
+    }
+}
+
+const std::string kLittle = utf16le("abcd", false), kBig = utf16be("abcd", false);
+
+const std::vector<SpanRow> kLittleSpans = {
+    {kLittle, 8, "abcd"},
+    {kLittle, 7, "abc"},  // whole units
+    {kLittle, 6, "abc"},
+    {kLittle, 1, ""},
+    {kLittle, 9, "abcd"},
+    {kLittle, 10, "abcd"},
+    {kLittle, 1000, "abcd"},
+    {kLittle.substr(0, 7), 8, "abcd"},  // the half unit is one, with a 0
+    {kLittle.substr(0, 7), 9, "abcd"},
+    {kLittle.substr(0, 7), 10, "abcd"},
+    {kLittle.substr(0, 7), 7, "abc"},
+    {kLittle.substr(0, 7), 1000, "abcd"},
+    {kLittle.substr(0, 6) + "\x4E", 8, "abcN"},
+    {"x", 2, "x"},
+    {"x", 1, ""},
+};
+
+const std::vector<SpanRow> kBigSpans = {
+    {kBig, 8, "abcd"},
+    {kBig, 7, "abc"},
+    {kBig, 9, "abcd"},
+    {kBig, 1000, "abcd"},
+    {kBig.substr(0, 6) + "\x4E", 8, "abc[4E00]"},
+    {kBig.substr(0, 6) + "\x4E", 7, "abc"},
+    {kBig.substr(0, 6) + "\x4E", 1000, "abc[4E00]"},
+    {kBig.substr(0, 7), 8, "abc"},  // a unit 0 ends the text
+    {"\x4E", 2, "[4E00]"},
+};
+
+TYPED_TEST(LineText, IsBoundedByItsSpanIn16BitText) {
+    expectSpans<TypeParam>(kLittleSpans, kUtf16Le);
+    if (!std::is_same_v<TypeParam, SubtitleParserSubDvbSubtitleSystem>) expectSpans<TypeParam>(kBigSpans, kUtf16Be);
+}
+
+// The DVB subtitle system's other text, up to the next time stamp.
+TEST(ToTimeStampText, IsBoundedByItsSpanIn16BitText) {
+    for (const SpanRow& row : kLittleSpans) {
+        PutByHand<SubtitleParserSubDvbSubtitleSystem> parser(row.data, {0, row.next}, kUtf16Le);
+        stSubDecoderInfo info{};
+        EXPECT_EQ(row.expected,
+                  textFrom(parser, 64, [&](U8* buffer) { return parser.GetData(0, buffer, 64, 0, &info); }))
+            << show(row.data) << " up to " << row.next;
+    }
+}
+
+TEST(MicroDvdText, OfAnEntryBeforeHalfATag) {
+    Loaded<SubtitleParserSubMicroDVD> loaded(utf16le("{1}{2}a\n{3}{4}").substr(0, 29), kUtf16Le);
+    SubtitleParserSubMicroDVD& parser = loaded.parser;
+    parser.SetFrameRate(25);
+    parser.ParserThread();
+    ASSERT_EQ(2u, parser.GetTagNum());
+    EXPECT_EQ("a\n{3}{4}", textOf(parser, 0, 40));
+}
+
 TYPED_TEST(LineText, OfPositionsThatGoBackRunsOn) {
     Loaded<TypeParam> loaded("##one <i>two</i> three");
     loaded.parser.AddTag(0, 1, 6, kWhole);

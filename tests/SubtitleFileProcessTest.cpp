@@ -281,6 +281,29 @@ TEST(FileSourceByDescriptor, FailsWhenNoStreamResults) {
     }
 }
 
+TEST(FileSourceByDescriptor, IsClosedOnExecWhenTheCallersIs) {
+    const TempFile temp("content");
+    for (const int flags : {FD_CLOEXEC, 0}) {
+        ASSERT_EQ(0, fcntl(temp.fd(), F_SETFD, flags));
+        Closed file(temp.fd(), 0, 0);
+        EXPECT_EQ(flags, fcntl(file.mFd, F_GETFD));
+        for (const auto type : {File::SOURCE_TYPE_URL, File::SOURCE_TYPE_URL_OFFSET_LENGTH}) {
+            file.mSourceType = type;
+            ASSERT_EQ(1, file.Open());
+            EXPECT_EQ(flags, fcntl(fileno(file.fpFile), F_GETFD)) << type;
+        }
+    }
+}
+
+TEST(FileSource, APathsStreamIsClosedOnExec) {
+    const TempFile temp("content");
+    Closed url(bytesOf(temp.path())), part(bytesOf(temp.path()), 1, 2);
+    for (File* file : {static_cast<File*>(&url), static_cast<File*>(&part)}) {
+        ASSERT_EQ(1, file->Open());
+        EXPECT_EQ(FD_CLOEXEC, fcntl(fileno(file->fpFile), F_GETFD));
+    }
+}
+
 TEST(FileSourceByDescriptor, LeavesTheCallersDescriptorAlone) {
     const TempFile temp("content");
     {

@@ -2,10 +2,13 @@
 #include "subtitle/SubtitleParserSSA.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/Cuts.h"
@@ -557,6 +560,72 @@ TEST(SubtitleParserSSA, LongRuns) {
     for (int i = 0; i < 30000; ++i) far += "Dialogue:\n";
     far += ",1:" + std::string(400000, ' ') + "x";
     expectLinearTime<SubtitleParserSSA>(far, {"x"});
+}
+
+// ------------------------------------------------------------------------------------- behind a complete scan
+
+/// Held in its check of the encodings, between the flag and its end.
+struct Held : SubtitleParserSSA {
+    using SubtitleParserSSA::SubtitleParserSSA;
+    ~Held() override { Deinit(); }
+    void GetData2CheckPossibleEncodings() override {
+        flagInCheck = __atomic_load_n(&bParseFinish, __ATOMIC_ACQUIRE);
+        startsInCheck = tagsOf(*this);
+        inCheck = true;
+        while (!released) sched_yield();
+        SubtitleParserSSA::GetData2CheckPossibleEncodings();
+    }
+    BOOL flagInCheck = FALSE;
+    std::string startsInCheck;
+    std::atomic<bool> inCheck{false}, released{false};
+};
+
+const std::string kDescending = utf16le(
+    "Dialogue: 0,0:00:02.00,0:00:03.00,Default,,0,0,0,,B\r\n"
+    "Dialogue: 0,0:00:01.00,0:00:03.00,Default,,0,0,0,,A\r\n");
+
+TEST(SsaEnd, TheFlagGoesUpBeforeCheckAndSortAndTrueComesBehindThem) {
+    const TempFile file(kDescending);
+    VirtualClock clock;
+    Held parser(const_cast<char*>(file.path()));
+    clock.atSleep(1, [&] {
+        while (!parser.inCheck) sched_yield();
+    });
+    std::atomic<bool> returned{false};
+    std::thread player([&] {
+        EXPECT_EQ(TRUE, parser.BeginParse());
+        EXPECT_GE(1u, clock.sleeps().size()) << "the flag is up after the first, and then the worker is joined";
+        returned = true;
+    });
+    while (!parser.inCheck) sched_yield();
+    for (int i = 0; i < 1000; ++i) sched_yield();
+    EXPECT_FALSE(returned) << "not before its worker has been joined";
+    parser.released = true;
+    player.join();
+    EXPECT_EQ(TRUE, parser.flagInCheck);
+    EXPECT_EQ(0u, parser.startsInCheck.find("2000-3000"));
+    EXPECT_EQ(0u, tagsOf(parser).find("1000-3000")) << "sorted";
+    EXPECT_EQ(1u, threadCount());
+}
+
+TEST(SsaEnd, ALastLookThatFindsTheFlagUpJoins) {
+    const TempFile file(kDescending);
+    for (const bool inTime : {true, false}) {
+        VirtualClock clock;
+        ThreadGate gate;
+        Held parser(const_cast<char*>(file.path()));
+        parser.released = inTime;
+        clock.atSleep(inTime ? 100 : 101, [&] {  // ten seconds are a hundred periods
+            gate.open();
+            while (!parser.inCheck) sched_yield();
+        });
+        EXPECT_EQ(inTime ? TRUE : FALSE, parser.BeginParse());
+        EXPECT_EQ(100u, clock.sleeps().size());
+        EXPECT_EQ(inTime ? 1u : 2u, threadCount());
+        gate.open();
+        parser.released = true;
+    }
+    EXPECT_EQ(1u, threadCount());
 }
 
 }  // namespace

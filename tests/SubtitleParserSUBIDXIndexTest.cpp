@@ -16,6 +16,7 @@
 
 using namespace android;
 using namespace test;
+using namespace std::literals;
 
 namespace {
 
@@ -31,6 +32,24 @@ TEST(SubtitleParserSUBIDX, LanguageCodes) {
     static_assert(sizeof kCodes == 50);
     EXPECT_EQ(0, memcmp(kCodes, SubtitleParserSUBIDX::m_au8LanguageCode, sizeof kCodes));
     EXPECT_EQ(50U, sizeof SubtitleParserSUBIDX::m_au8LanguageCode);
+}
+
+// An empty line behind the mark is no line of an unknown kind.
+TEST(SubtitleParserSUBIDX, EmptyLinesBehindAMark) {
+    for (const char* const empty : {"\r\n", "\n", "\r", "\r\n\r\n", "\n\n\n", ""}) {
+        for (const std::string& idx : {utf16le(empty), utf16be(empty)}) {
+            EXPECT_EQ(Texts(), Scanned(idx).log) << testing::PrintToString(idx);
+        }
+        for (const std::string& idx : {utf16le(empty + kFirst), utf16be(empty + kFirst)}) {
+            EXPECT_EQ(Texts(), Scanned(idx).log) << testing::PrintToString(idx);
+        }
+        EXPECT_EQ(Texts(), Scanned(empty).log);
+        // kept(vob-mark)
+        EXPECT_EQ(Texts{kUnknown}, Scanned("\xEF\xBB\xBF"s + empty).log);
+    }
+    for (const std::string& idx : {utf16le("x\r\n"), utf16be("x\r\n"), "x\r\n"s}) {
+        EXPECT_EQ(Texts{kUnknown}, Scanned(idx).log);
+    }
 }
 
 TEST(SubtitleParserSUBIDX, Timestamps) {

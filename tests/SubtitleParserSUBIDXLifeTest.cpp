@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
@@ -308,6 +309,25 @@ TEST(SubtitleParserSUBIDX, DescriptorsBelongToTheParser) {
     EXPECT_EQ(before, openDescriptors());
 }
 
+TEST(SubtitleParserSUBIDX, OpenedFilesAreClosedOnExecAndDuplicatesAsTheCallersIs) {
+    const samples::VobSub film = smallFilm(2);
+    VobSubPair pair(film.idx(), film.sub());
+    {
+        SubtitleParserSUBIDX parser(pair.path());
+        ASSERT_EQ(TRUE, parser.BeginParse());
+        EXPECT_EQ(FD_CLOEXEC, fcntl(fileno(parser.fpIdx), F_GETFD));
+        EXPECT_EQ(FD_CLOEXEC, fcntl(fileno(parser.fpSub), F_GETFD));
+    }
+    for (const int flags : {FD_CLOEXEC, 0}) {
+        SubtitleParserSUBIDX parser(-1, -1, 0, 0);
+        const int both = ::open(pair.idx().c_str(), O_RDONLY);
+        ASSERT_EQ(0, fcntl(both, F_SETFD, flags));
+        ASSERT_EQ(TRUE, parser.BeginParse(both, both));
+        EXPECT_NE(both, fileno(parser.fpSub));
+        EXPECT_EQ(flags, fcntl(fileno(parser.fpSub), F_GETFD));
+    }
+}
+
 TEST(SubtitleParserSUBIDX, FilesWithoutASize) {
     const samples::VobSub film = smallFilm(2);
     VobSubPair pair(film.idx(), film.sub());
@@ -411,7 +431,7 @@ TEST(SubtitleParserSUBIDX, WaitsForAHundredSeconds) {
         SubtitleParserSUBIDX parser(pair.path());
         clock.atSleep(999, [&] { gate.open(); });
         clock.atSleep(1000, [&] {
-            while (__atomic_load_n(&parser.bParseFinish, __ATOMIC_ACQUIRE) == FALSE) usleep(0);
+            while (__atomic_load_n(&parser.bParseFinish, __ATOMIC_ACQUIRE) == FALSE) sched_yield();
         });
         EXPECT_EQ(TRUE, parser.BeginParse());
         EXPECT_EQ(1U, parser.GetTagNum());

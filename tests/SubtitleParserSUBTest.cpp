@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "subtitle/SubtitleFileProcess.h"
 #include "subtitle/SubtitleParserSubMicroDVD.h"
 #include "tests/support/Cuts.h"
 #include "tests/support/Logs.h"
@@ -447,6 +448,25 @@ TEST(Sub, KeepsADuplicateOfTheDescriptor) {
     EXPECT_NE(-1, fcntl(file.fd(), F_GETFD));
 }
 
+TEST(Sub, ItsDescriptorsAreClosedOnExecWhenTheCallersIs) {
+    const TempFile file(kDvb);
+    const unsigned before = openDescriptors();
+    for (const int flags : {FD_CLOEXEC, 0}) {
+        ASSERT_EQ(0, fcntl(file.fd(), F_SETFD, flags));
+        SubtitleParserSUB parser(file.fd(), 0, 0);
+        EXPECT_EQ(flags, fcntl(parser.u32FileFD, F_GETFD));
+        EXPECT_EQ(TRUE, parser.BeginParse());
+        ASSERT_NE(nullptr, parser.m_pParser);
+        EXPECT_EQ(flags, fcntl(parser.m_pParser->pFileProcess->mFd, F_GETFD));
+        EXPECT_EQ(flags, fcntl(fileno(parser.m_pParser->pFileProcess->fpFile), F_GETFD));
+        close(parser.u32FileFD);
+    }
+    SubtitleParserSUB byPath(pathOf(file.path()));
+    EXPECT_EQ(TRUE, byPath.BeginParse());
+    EXPECT_EQ(FD_CLOEXEC, fcntl(fileno(byPath.m_pParser->pFileProcess->fpFile), F_GETFD));
+    EXPECT_EQ(before + 1, openDescriptors());
+}
+
 TEST(Sub, RefusesADescriptorThatCannotBeDuplicated) {
     const TempFile file(kViewer20);
     for (const bool failing : {true, false}) {
@@ -499,33 +519,63 @@ TEST(Sub, ReadsTheDescriptorWhateverItIsInItsOwnBeginParse) {
 
 // ------------------------------------------------------------------------------------------- threads and resources
 
-TEST(Sub, GoesOnWhenATrialFailsAtItsLimit) {
+TEST(Sub, TriesNoFurtherWhenATrialLacksMemoryForItsTable) {
     if (!AllocationFails::supported()) GTEST_SKIP();
     std::string content;
     while (content.size() < 8300 * 26) content += "00:00:01.00,00:00:02.00\nA\n";
-    content += "[00:00:01]\r\nHello\r\n[00:00:04]\r\n";  // for the second trial
+    content += "[00:00:01]\r\nHello\r\n[00:00:04]\r\n";  // the second trial would take it
     const TempFile file(content);
-    SubtitleParserSUB parser(pathOf(file.path()));
+    CountingSub parser(pathOf(file.path()));
     VirtualClock clock;
     const ThreadsEndFirst order;
-    unsigned most = 0;
-    for (const size_t sleep : {1U, 500U, 1000U}) {
-        clock.atSleep(sleep, [&] { most = std::max(most, threadCount()); });
-    }
     const LogCapture log;
     {
         const AllocationFails fails(16384 * sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG));  // the first growth of the table
-        EXPECT_EQ(TRUE, parser.BeginParse());
+        EXPECT_EQ(FALSE, parser.BeginParse());
     }
     EXPECT_EQ(std::vector<unsigned>(1000, 100000u), clock.sleeps());
-    EXPECT_EQ(2u, most) << "one worker at a time";
     EXPECT_EQ(1u, threadCount());
-    EXPECT_EQ("SubViewer 1.0 4: 1000-4000 @" + std::to_string(content.size() - 19) + " Hello", outcomeOf(parser));
+    EXPECT_EQ(nullptr, parser.m_pParser);
+    EXPECT_EQ(1, parser.deinits);
+    EXPECT_EQ("refused", outcomeOf(parser));
     const std::vector<std::string> texts = log.texts();
     EXPECT_EQ(1, std::count(texts.begin(), texts.end(),
                             "SubtitleParserSubViewer20::ParserThread -> Finished : Tag num = 0, 0\n"));
     EXPECT_EQ(1,
               std::count(texts.begin(), texts.end(), "Zorb_MediaSubtitleParserSubViewer20::bPareFinish -> 00000000\n"));
+    EXPECT_EQ(0, std::count(texts.begin(), texts.end(), sub("Try Subviewer 1.0").text));
+    EXPECT_EQ(TRUE, parser.BeginParse()) << "a later call may succeed";
+}
+
+TEST(Sub, TriesNoFurtherWhenATrialLacksMemoryForItsBuffers) {
+    if (!AllocationFails::supported()) GTEST_SKIP();
+    constexpr size_t kTable = 8192 * sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG);
+    const struct {
+        const char* what;
+        size_t from, to;  // bytes
+    } kRows[] = {
+        {"raw buffer", 5000 + sizeof kViewer10 - 1 + 64, 5000 + sizeof kViewer10 - 1 + 64},
+        {"tag table", kTable, kTable},
+        {"work buffer", 8192, 8192},
+        {"file source", sizeof(SubtitleFileProcess), sizeof(SubtitleFileProcess)},
+        {"the trial itself", sizeof(SubtitleParserSubMicroDVD), sizeof(SubtitleParserSubMicroDVD)},
+    };
+    const TempFile file(std::string(5000, ' ') + kViewer10);  // for the second trial
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.what);
+        SubtitleParserSUB parser(pathOf(file.path()));
+        const LogCapture log;
+        {
+            const AllocationFails fails(row.from, row.to);
+            EXPECT_EQ(FALSE, parser.BeginParse());
+        }
+        EXPECT_EQ(nullptr, parser.m_pParser);
+        const std::vector<std::string> texts = log.texts();
+        EXPECT_EQ(1, std::count(texts.begin(), texts.end(), sub("Try Subviewer 2.0").text));
+        EXPECT_EQ(0, std::count(texts.begin(), texts.end(), sub("Try Subviewer 1.0").text));
+        EXPECT_EQ(TRUE, parser.BeginParse());
+        EXPECT_EQ("SubViewer 1.0 4: 1000-4000 @5012 Hello", outcomeOf(parser));
+    }
 }
 
 TEST(Sub, NeedsAThreadForEachTrial) {
@@ -536,19 +586,52 @@ TEST(Sub, NeedsAThreadForEachTrial) {
     EXPECT_EQ(nullptr, parser.m_pParser);
 }
 
-TEST(Sub, StopsTheWorkerOfATrialBeforeTheNext) {
+/// What every query answers without a delegate.
+void expectNoDelegate(SubtitleParserSUB& parser) {
+    U8 text[2] = {7, 7};
+    ST_MEDIA_SUBTITLE_PARSER_TAG tag{};
+    ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO info{};
+    EXPECT_EQ(FALSE, parser.StopParse());
+    EXPECT_EQ(0xFFFFFFFFu, parser.GetTag(0, 0));
+    EXPECT_EQ(0u, parser.GetData(0, text, 2, 0));
+    EXPECT_EQ(7, text[0]);
+    EXPECT_EQ(0u, parser.GetData(0, text, 2, 0, nullptr));
+    EXPECT_EQ(FALSE, parser.GetTagInfo(0, 0, &tag));
+    EXPECT_EQ(FALSE, parser.GetTrackInfo(0, &info));
+    EXPECT_EQ(0u, parser.GetTagNum());
+}
+
+TEST(Sub, WaitsForNothingWhenATrialRunsOutOfTime) {
     const TempFile file("title\r\n"s + kViewer20 + kViewer10);
-    SubtitleParserSUB parser(pathOf(file.path()));
-    VirtualClock clock;
-    ThreadGate gate;
-    std::vector<unsigned> threads;
-    for (const size_t sleep : {1U, 999U, 1000U}) clock.atSleep(sleep, [&] { threads.push_back(threadCount()); });
-    // The first trial's worker comes too late; its parser waits for it before it goes.
-    clock.atSleep(1000, [&] { gate.open(); });
-    EXPECT_EQ(TRUE, parser.BeginParse());
-    EXPECT_EQ((std::vector<unsigned>{2, 2, 2}), threads);
-    EXPECT_EQ(1u, threadCount());
-    EXPECT_NE("refused", outcomeOf(parser));
+    const unsigned descriptors = openDescriptors();
+    for (const bool again : {true, false}) {
+        {
+            CountingSub parser(pathOf(file.path()));
+            {
+                const VirtualClock clock;
+                ThreadGate gate;  // the worker does not even begin
+                const LogCapture log;
+                EXPECT_EQ(FALSE, parser.BeginParse());
+                EXPECT_EQ(std::vector<unsigned>(1000, 100000u), clock.sleeps());
+                EXPECT_EQ("Zorb_MediaSubtitleParserSubViewer20::bPareFinish -> 00000000\n", log.texts().back())
+                    << "no other dialect is tried";
+                EXPECT_EQ(1, parser.deinits);
+                EXPECT_EQ(2u, threadCount());
+                ASSERT_NE(nullptr, parser.m_pParser) << "its worker may use it";
+                expectNoDelegate(parser);
+            }
+            awaitFlag(*parser.m_pParser);
+            expectNoDelegate(parser);  // BeginParse has said that there are no subtitles
+            EXPECT_EQ(2u, threadCount());
+            if (!again) continue;
+            EXPECT_EQ(TRUE, parser.BeginParse()) << "begins anew, without the trial of before";
+            EXPECT_EQ(1u, threadCount());
+            EXPECT_EQ("SubViewer 2.0 4: 1000-4050 @32 Hello", outcomeOf(parser));
+            EXPECT_EQ(1u, parser.GetTagNum());
+        }
+        EXPECT_EQ(1u, threadCount());
+        EXPECT_EQ(descriptors, openDescriptors());
+    }
 }
 
 TEST(Sub, LeavesNothingOpenOnPaths) {

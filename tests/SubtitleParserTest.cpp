@@ -469,9 +469,9 @@ TEST(GetSystemTime, IsTheMonotonicClockInMilliseconds) {
     EXPECT_EQ(61500u, parser.GetSystemTime());
     clock.advance(1);
     EXPECT_EQ(61501u, parser.GetSystemTime());
-    usleep(999);
+    clock.advanceMicroseconds(999);
     EXPECT_EQ(61501u, parser.GetSystemTime()) << "cut, not rounded";
-    usleep(1);
+    clock.advanceMicroseconds(1);
     EXPECT_EQ(61502u, parser.GetSystemTime());
 }
 

@@ -24,8 +24,18 @@
 #include <utility>
 
 #include "tests/support/Forward.h"
+#include "tests/support/OwnMemory.h"
+
+// Of a plain type and without a constructor, so that allocators may look at it at any time.
+__thread int testOwnMemory = 0;
 
 namespace test {
+
+OwnMemory::OwnMemory() { ++testOwnMemory; }
+OwnMemory::~OwnMemory() { --testOwnMemory; }
+
+LibraryMemory::LibraryMemory() : mOwn(testOwnMemory) { testOwnMemory = 0; }
+LibraryMemory::~LibraryMemory() { testOwnMemory = mOwn; }
 
 namespace {
 
@@ -60,6 +70,7 @@ struct Captures {
 std::atomic<unsigned> activeCaptures{0};
 
 void addLine(int priority, const char* tag, const char* text) {
+    const OwnMemory own;
     Captures& captures = immortal<Captures>();
     const std::lock_guard<std::mutex> guard(captures.lock);
     for (const auto& capture : captures.active) {
@@ -128,6 +139,7 @@ std::atomic<bool> clockIsVirtual{false};
 
 /// The waiting thread's part of a virtual wait: the clock goes to its end.
 void virtualWait(const timespec& end) {
+    const OwnMemory own;
     Clock& clock = immortal<Clock>();
     std::vector<std::function<void()>> actions;
     {
@@ -170,6 +182,12 @@ void VirtualClock::advance(unsigned ms) {
     Clock& clock = immortal<Clock>();
     const std::lock_guard<std::mutex> guard(clock.lock);
     clock.microseconds += ms * 1000ULL;
+}
+
+void VirtualClock::advanceMicroseconds(unsigned us) {
+    Clock& clock = immortal<Clock>();
+    const std::lock_guard<std::mutex> guard(clock.lock);
+    clock.microseconds += us;
 }
 
 std::vector<unsigned> VirtualClock::sleeps() const {
@@ -383,14 +401,19 @@ TEST_INTERPOSED TEST_UNINSTRUMENTED int clock_gettime(clockid_t clock, timespec*
 TEST_INTERPOSED int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*routine)(void*),
                                    void* argument) noexcept {
     if (test::refusedThreads != 0) return EAGAIN;
+    if (const int error = test::refusal("pthread_create")) return error;
     const auto create = TEST_NEXT(pthread_create);
+    const test::OwnMemory own;
     test::Threads& threads = test::immortal<test::Threads>();
     const bool detached = test::isDetached(attributes);
     std::unique_lock<std::mutex> lock(threads.lock);  // the new thread finds itself noted when it ends
     if (test::awaitedThreads != 0 && !threads.gates.empty()) test::fail("ThreadsEndFirst under a ThreadGate");
     auto start = std::make_unique<test::Start>();
     *start = {routine, argument, threads.gates.empty() ? nullptr : threads.gates.back()};
-    const int result = create(thread, attributes, test::runThread, start.get());
+    const int result = [&] {
+        const test::LibraryMemory library;
+        return create(thread, attributes, test::runThread, start.get());
+    }();
     if (result == 0) {
         (void)start.release();  // the thread's now
         threads.known[*thread] = {false, detached};

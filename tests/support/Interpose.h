@@ -55,6 +55,7 @@ public:
     VirtualClock& operator=(const VirtualClock&) = delete;
 
     void advance(unsigned ms);
+    void advanceMicroseconds(unsigned us);
 
     /// Every wait so far, in microseconds.
     std::vector<unsigned> sleeps() const;
@@ -112,11 +113,50 @@ public:
     AllocationFails& operator=(const AllocationFails&) = delete;
 };
 
-/// Calls number `after` + 1 to `after` + `times` of a function fail: "dup", "fdopen", "fopen", "fseek", "ftell" or
-/// "lseek". -1 or null is returned, errno is EMFILE where a descriptor was wanted and EIO elsewhere.
+/// While it lives, what this thread allocates is the test's own: it neither counts for `NthAllocationFails` nor fails
+/// by it.
+class OwnMemory {
+public:
+    OwnMemory();
+    ~OwnMemory();
+    OwnMemory(const OwnMemory&) = delete;
+    OwnMemory& operator=(const OwnMemory&) = delete;
+};
+
+/// While it lives, what this thread allocates counts again, whatever `OwnMemory` is around it.
+class LibraryMemory {
+public:
+    LibraryMemory();
+    ~LibraryMemory();
+    LibraryMemory(const LibraryMemory&) = delete;
+    LibraryMemory& operator=(const LibraryMemory&) = delete;
+
+private:
+    int mOwn;
+};
+
+/// Of all allocations of all threads - `malloc`, `calloc`, `realloc` and `operator new` - those that are not the test's
+/// own are counted from 1, and one of them fails, or all from that one on. Supported where `AllocationFails` is.
+class NthAllocationFails {
+public:
+    enum class Extent { kAlone, kAndAllLater };
+
+    NthAllocationFails(size_t number, Extent extent);
+    ~NthAllocationFails();
+    NthAllocationFails(const NthAllocationFails&) = delete;
+    NthAllocationFails& operator=(const NthAllocationFails&) = delete;
+
+    /// Whether there were as many allocations: one at least has failed then.
+    bool wasReached() const;
+};
+
+/// Calls number `after` + 1 to `after` + `times` of a function fail: "dup" (also by `fcntl` with F_DUPFD_CLOEXEC),
+/// "fdopen", "fopen", "fseek", "ftell", "lseek", "fread", "read" or "pthread_create". -1, null or no items are
+/// returned, errno is EMFILE where a descriptor was wanted, EAGAIN for a thread and EIO elsewhere, or the one named.
+/// "half fread" and "half read" read half of what was asked for instead.
 class CallFails {
 public:
-    CallFails(const char* name, int times, int after = 0);
+    CallFails(const char* name, int times, int after = 0, int error = 0);
     ~CallFails();
     CallFails(const CallFails&) = delete;
     CallFails& operator=(const CallFails&) = delete;
@@ -128,8 +168,8 @@ private:
     size_t mCall;
 };
 
-/// Notes the file calls made while it lives, in order: "dup 5 = 7", "fdopen 7", "fopen /a/path", "fclose 7",
-/// "close 5". Streams are shown by their descriptor.
+/// Notes the file calls made while it lives, in order: "dup 5 = 7" (whichever call duplicated it), "fdopen 7",
+/// "fopen /a/path", "fclose 7", "close 5". Streams are shown by their descriptor.
 class FileCalls {
 public:
     FileCalls();

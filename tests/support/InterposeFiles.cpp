@@ -1,5 +1,7 @@
 // Descriptors and streams as the test wants them: calls that fail, and a record of those made.
 #include <errno.h>
+#include <fcntl.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -10,23 +12,47 @@
 
 #include "tests/support/Forward.h"
 #include "tests/support/Interpose.h"
+#include "tests/support/OwnMemory.h"
 
 namespace test {
 
 namespace {
 
-enum Call : size_t { kDup, kFdopen, kFopen, kFseek, kFtell, kLseek, kCalls };
+enum Call : size_t {
+    kDup,
+    kFdopen,
+    kFopen,
+    kFseek,
+    kFtell,
+    kLseek,
+    kFread,
+    kRead,
+    kHalfFread,
+    kHalfRead,
+    kPthreadCreate,
+    kCalls
+};
 
 struct Injection {
     const char* name;
-    int error;
+    int usual;                   // error
+    std::atomic<int> error{0};   // the one now
     std::atomic<int> after{0};   // calls that still succeed
     std::atomic<int> times{0};   // calls that fail behind them
     std::atomic<int> failed{0};  // calls that did
 };
 
-Injection injections[kCalls] = {{"dup", EMFILE}, {"fdopen", EMFILE}, {"fopen", EMFILE},
-                                {"fseek", EIO},  {"ftell", EIO},     {"lseek", EIO}};
+Injection injections[kCalls] = {{"dup", EMFILE},
+                                {"fdopen", EMFILE},
+                                {"fopen", EMFILE},
+                                {"fseek", EIO},
+                                {"ftell", EIO},
+                                {"lseek", EIO},
+                                {"fread", EIO},
+                                {"read", EIO},
+                                {"half fread", 0},
+                                {"half read", 0},
+                                {"pthread_create", EAGAIN}};
 
 size_t callNamed(const char* name) {
     for (size_t call = 0; call < kCalls; ++call) {
@@ -49,9 +75,11 @@ bool failsNow(Call call) {
     Injection& injection = injections[call];
     if (takeOne(injection.after) || !takeOne(injection.times)) return false;
     ++injection.failed;
-    errno = injection.error;
+    if (injection.error != 0) errno = injection.error;
     return true;
 }
+
+bool isDuplication(int command) { return command == F_DUPFD || command == F_DUPFD_CLOEXEC; }
 
 struct Record {
     std::mutex lock;
@@ -67,18 +95,52 @@ std::atomic<int> recorders{0};
 
 void note(const char* function, const std::string& argument) {
     if (recorders == 0) return;
+    const OwnMemory own;
     const std::lock_guard<std::mutex> guard(record().lock);
     record().calls.push_back(std::string(function) + " " + argument);
 }
 
 void note(const char* function, int fd) {
-    if (recorders != 0) note(function, std::to_string(fd));
+    if (recorders == 0) return;
+    const OwnMemory own;
+    note(function, std::to_string(fd));
+}
+
+void notePath(const char* path) {
+    if (recorders == 0) return;
+    const OwnMemory own;
+    note("fopen", std::string(path));
+}
+
+void noteCopy(int fd, int copy) {
+    if (recorders == 0) return;
+    const OwnMemory own;
+    note("dup", std::to_string(fd) + " = " + std::to_string(copy));
+}
+
+using Fcntl = int (*)(int, int, ...);
+
+/// `fcntl` under either of its names: the argument is passed on as the pointer or number that it is.
+int passOn(Fcntl function, int fd, int command, void* argument) {
+    if (isDuplication(command) && failsNow(kDup)) {
+        noteCopy(fd, -1);
+        return -1;
+    }
+    const int result = function(fd, command, argument);
+    if (isDuplication(command)) noteCopy(fd, result);
+    return result;
 }
 
 }  // namespace
 
-CallFails::CallFails(const char* name, int times, int after) : mCall(callNamed(name)) {
+int refusal(const char* name) {
+    const Call call = static_cast<Call>(callNamed(name));
+    return failsNow(call) ? injections[call].error.load() : 0;
+}
+
+CallFails::CallFails(const char* name, int times, int after, int error) : mCall(callNamed(name)) {
     Injection& injection = injections[mCall];
+    injection.error = error != 0 ? error : injection.usual;
     injection.failed = 0;
     injection.after = after;
     injection.times = times;
@@ -116,13 +178,35 @@ __attribute__((weak)) FILE* __interceptor_fopen(const char*, const char*);
 __attribute__((weak)) int __interceptor_fseek(FILE*, long, int);
 __attribute__((weak)) long __interceptor_ftell(FILE*);
 __attribute__((weak)) off_t __interceptor_lseek(int, off_t, int);
+__attribute__((weak)) size_t __interceptor_fread(void*, size_t, size_t, FILE*);
+__attribute__((weak)) ssize_t __interceptor_read(int, void*, size_t);
 }
 
 TEST_INTERPOSED int dup(int fd) noexcept {
     const int copy = test::failsNow(test::kDup) ? -1 : TEST_NEXT(dup)(fd);
-    if (test::recorders != 0) test::note("dup", std::to_string(fd) + " = " + std::to_string(copy));
+    test::noteCopy(fd, copy);
     return copy;
 }
+
+// Both names of one function: which of them a call reaches depends on the width of file offsets.
+extern "C" {
+__attribute__((weak)) int __interceptor_fcntl(int, int, ...);
+__attribute__((weak)) int __interceptor_fcntl64(int, int, ...);
+__attribute__((visibility("default"))) int testFcntl(int fd, int command, ...) __asm__("fcntl");
+__attribute__((visibility("default"))) int testFcntl64(int fd, int command, ...) __asm__("fcntl64");
+}
+
+#define TEST_FCNTL(name)                                                                                               \
+    va_list arguments;                                                                                                 \
+    va_start(arguments, command);                                                                                      \
+    void* const argument = va_arg(arguments, void*);                                                                   \
+    va_end(arguments);                                                                                                 \
+    static const auto next = __interceptor_##name != nullptr ? &__interceptor_##name                                   \
+                                                             : reinterpret_cast<test::Fcntl>(dlsym(RTLD_NEXT, #name)); \
+    return test::passOn(next, fd, command, argument)
+
+int testFcntl(int fd, int command, ...) { TEST_FCNTL(fcntl); }
+int testFcntl64(int fd, int command, ...) { TEST_FCNTL(fcntl64); }
 
 TEST_INTERPOSED int close(int fd) {
     test::note("close", fd);
@@ -130,7 +214,7 @@ TEST_INTERPOSED int close(int fd) {
 }
 
 TEST_INTERPOSED FILE* fopen(const char* path, const char* mode) {
-    test::note("fopen", path);
+    test::notePath(path);
     return test::failsNow(test::kFopen) ? nullptr : TEST_NEXT(fopen)(path, mode);
 }
 
@@ -152,4 +236,14 @@ TEST_INTERPOSED long ftell(FILE* stream) { return test::failsNow(test::kFtell) ?
 
 TEST_INTERPOSED off_t lseek(int fd, off_t offset, int whence) noexcept {
     return test::failsNow(test::kLseek) ? -1 : TEST_NEXT(lseek)(fd, offset, whence);
+}
+
+TEST_INTERPOSED size_t fread(void* buffer, size_t size, size_t count, FILE* stream) {
+    if (test::failsNow(test::kFread)) return 0;
+    return TEST_NEXT(fread)(buffer, size, test::failsNow(test::kHalfFread) ? count / 2 : count, stream);
+}
+
+TEST_INTERPOSED ssize_t read(int fd, void* buffer, size_t size) {
+    if (test::failsNow(test::kRead)) return -1;
+    return TEST_NEXT(read)(fd, buffer, test::failsNow(test::kHalfRead) ? size / 2 : size);
 }

@@ -370,7 +370,7 @@ TEST(ThreadGate, OpensFromASleep) {
         gate.open();
         pthread_join(thread, nullptr);
     });
-    while (!ran) usleep(100000);
+    while (!ran) waitInVain(100000);
     EXPECT_EQ(3u, clock.sleeps().size());
 }
 

@@ -1,0 +1,176 @@
+// The order that a table is put in.
+#include "subtitle/parser/TagTable.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "tests/support/Cuts.h"
+#include "tests/support/Parsers.h"
+
+namespace {
+
+using namespace test;
+
+/// A start, and where the tag stood.
+using Tags = std::vector<std::pair<U32, S64>>;
+using Record = ST_MEDIA_SUBTITLE_PARSER_TAG;
+
+std::vector<Record> recordsOf(const std::vector<U32>& starts) {
+    std::vector<Record> records;
+    for (const U32 start : starts) {
+        records.push_back({start, ~start, static_cast<S64>(records.size()), kWhole});
+    }
+    return records;
+}
+
+Tags tagsOf(const Record* records, size_t count) {
+    Tags tags;
+    for (size_t i = 0; i < count; ++i) {
+        EXPECT_EQ(~records[i].u32TimeStart, records[i].u32TimeEnd);
+        tags.emplace_back(records[i].u32TimeStart, records[i].s64Pos);
+    }
+    return tags;
+}
+
+Tags sorted(const std::vector<U32>& starts) {
+    SubtitleParser parser;
+    load(parser, "");
+    for (const Record& record : recordsOf(starts)) {
+        EXPECT_EQ(TRUE, parser.AddTag(record.u32TimeStart, record.u32TimeEnd, record.s64Pos, kWhole));
+    }
+    vxsubtitle::TagTable(parser).sort();
+    EXPECT_EQ(starts.size(), parser.GetTagNum());
+    return tagsOf(parser.m_pTagBuffer, starts.size());
+}
+
+Tags stablySorted(const std::vector<U32>& starts) {
+    std::vector<Record> records = recordsOf(starts);
+    std::stable_sort(records.begin(), records.end(),
+                     [](const Record& a, const Record& b) { return Compare(&a, &b) < 0; });
+    return tagsOf(records.data(), records.size());
+}
+
+Tags quicklySorted(const std::vector<U32>& starts) {
+    std::vector<Record> records = recordsOf(starts);
+    qsort(records.data(), records.size(), sizeof records[0], Compare);
+    return tagsOf(records.data(), records.size());
+}
+
+/// A fixed sequence, the same on every machine.
+class Random {
+public:
+    explicit Random(U32 seed) : mEngine(seed) {}
+    U32 operator()() { return static_cast<U32>(mEngine()); }
+
+private:
+    std::mt19937 mEngine;
+};
+
+/// By halves, those of the left before equal ones of the right: what a sort does whose order is none.
+void sortByHalves(std::vector<Record>& records) {
+    if (records.size() < 2) return;
+    std::vector<Record> left(records.begin(), records.begin() + static_cast<std::ptrdiff_t>(records.size() / 2));
+    std::vector<Record> right(records.begin() + static_cast<std::ptrdiff_t>(records.size() / 2), records.end());
+    sortByHalves(left);
+    sortByHalves(right);
+    size_t l = 0, r = 0;
+    for (Record& record : records) {
+        const bool fromLeft = r == right.size() || (l < left.size() && Compare(&left[l], &right[r]) <= 0);
+        record = fromLeft ? left[l++] : right[r++];
+    }
+}
+
+TEST(TagTableSort, KeepsTheOrderOfEqualStarts) {
+    for (const std::vector<U32>& starts : std::vector<std::vector<U32>>{
+             {},
+             {7},
+             {1, 2},
+             {2, 1},
+             {1, 1, 1},
+             {2, 1, 2, 1, 2},
+             {3, 2, 1, 0},
+             {0, 1, 2, 3, 2},
+             {0x7FFFFFFF, 0, 1},
+             {0xFFFFFFFF, 0, 1, 0xFFFFFFFE},  // times around 0
+             {0x80000000, 0x7FFFFFFF, 0x80000001},
+             {0, 0, 0x7FFFFFFF, 0x7FFFFFFF, 5},
+         }) {
+        EXPECT_EQ(stablySorted(starts), sorted(starts)) << testing::PrintToString(starts);
+    }
+    Random random(4711);
+    for (unsigned round = 0; round < scaled(3000); ++round) {
+        const size_t count = random() % 70 + (round % 50 == 0 ? 9000 : 0);
+        const U32 range = 1 + random() % (round % 2 == 0 ? 10 : 0x7FFFFFFF);
+        const U32 first = round % 3 == 0 ? random() : 0;  // times that wrap
+        std::vector<U32> starts;
+        for (size_t i = 0; i < count; ++i) starts.push_back(first + random() % range);
+        if (round % 5 == 0) {
+            std::sort(starts.begin(), starts.end(), [first](U32 a, U32 b) { return a - first < b - first; });
+        }
+        ASSERT_EQ(stablySorted(starts), sorted(starts)) << round;
+    }
+}
+
+TEST(TagTableSort, IsAsTheCLibrarysWhereNoneAreEqual) {
+    std::mt19937 random(815);
+    for (const size_t count : {0, 1, 2, 3, 5, 8191, 8192, 8193, 20001}) {
+        for (const U32 first : {0u, 0xFFFFF000u}) {
+            std::vector<U32> starts;
+            for (size_t i = 0; i < count; ++i) starts.push_back(first + static_cast<U32>(i) * 3);
+            EXPECT_EQ(quicklySorted(starts), sorted(starts)) << count;
+            std::reverse(starts.begin(), starts.end());
+            EXPECT_EQ(quicklySorted(starts), sorted(starts)) << count;
+            std::shuffle(starts.begin(), starts.end(), random);
+            EXPECT_EQ(quicklySorted(starts), sorted(starts)) << count;
+        }
+    }
+}
+
+// A table of neighbours in order is in none when its ends are too far apart for a signed difference.
+TEST(TagTableSort, ComparesAcrossMoreThanHalfOfAllTimes) {
+    Random random(99);
+    std::vector<std::vector<U32>> tables{{0, 0x40000000, 0x80000000},
+                                         {0, 0x7FFFFFFF},
+                                         {0, 0x80000000},
+                                         {0, 0x7FFFFFFF, 0x80000000},
+                                         {0, 0x60000000, 0xC0000000, 0xC0000001, 0xF0000000}};
+    for (unsigned round = 0; round < scaled(300); ++round) {
+        std::vector<U32> starts;
+        for (size_t count = random() % 40; count > 0; --count) starts.push_back(random());
+        if (round % 2 == 0) std::sort(starts.begin(), starts.end());
+        tables.push_back(starts);
+    }
+    for (const std::vector<U32>& starts : tables) {
+        std::vector<Record> records = recordsOf(starts);
+        sortByHalves(records);
+        ASSERT_EQ(tagsOf(records.data(), records.size()), sorted(starts)) << testing::PrintToString(starts);
+    }
+}
+
+TEST(TagTableSort, HasNothingToDoWithoutATable) {
+    SubtitleParser parser;
+    parser.m_u32TagNum = 5;
+    vxsubtitle::TagTable(parser).sort();
+    EXPECT_EQ(5u, parser.m_u32TagNum);
+}
+
+TEST(TagTableSort, NeedsNoMemory) {
+    if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+    std::vector<U32> starts;
+    for (U32 i = 1000; i > 0; --i) starts.push_back(i);
+    SubtitleParser parser;
+    load(parser, "");
+    for (const Record& record : recordsOf(starts))
+        parser.AddTag(record.u32TimeStart, record.u32TimeEnd, record.s64Pos, kWhole);
+    {
+        const AllocationFails fails(1);
+        vxsubtitle::TagTable(parser).sort();
+    }
+    EXPECT_EQ(stablySorted(starts), tagsOf(parser.m_pTagBuffer, starts.size()));
+}
+
+}  // namespace
