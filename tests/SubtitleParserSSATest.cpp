@@ -560,6 +560,10 @@ TEST(SubtitleParserSSA, LongRuns) {
     for (int i = 0; i < 30000; ++i) far += "Dialogue:\n";
     far += ",1:" + std::string(400000, ' ') + "x";
     expectLinearTime<SubtitleParserSSA>(far, {"x"});
+    // All lines look for a comma that is far away.
+    std::string lone;
+    for (int i = 0; i < 400000; ++i) lone += "Dialogue:\n";
+    expectLinearTime<SubtitleParserSSA>(lone + ",", {"x"});
 }
 
 // ------------------------------------------------------------------------------------- behind a complete scan

@@ -489,6 +489,28 @@ TEST(SubtitleParserSUBIDX, AFileShorterThanItsSizeEndsTheScan) {
     EXPECT_EQ(Texts({"0 0-0"}), tracksOf(files.parser));
 }
 
+TEST(SubtitleParserSUBIDX, OfWideCharacters255BytesAreRead) {
+    // Each of these is two blanks when narrowed, and no white space before that.
+    std::string blanks;
+    for (int i = 0; i < 126; ++i) blanks += "\x20\x20";
+    const auto size = [&blanks](const char* begin, const char* end) {
+        return utf16le(std::string("size: ") + begin) + blanks + utf16le(end).substr(2) + utf16le("\n").substr(2);
+    };
+    const struct {
+        std::string idx;
+        U32 width, height;
+    } kRows[] = {
+        {size("1x", "7"), 1, 7},
+        {size("1x", "76"), 1, 7},
+        {size("12x", "7"), 0, 0},
+    };
+    for (const auto& row : kRows) {
+        Scanned scanned(row.idx);
+        EXPECT_EQ(row.width, scanned.parser().m_u32Width);
+        EXPECT_EQ(row.height, scanned.parser().m_u32Height);
+    }
+}
+
 TEST(SubtitleParserSUBIDX, OddIndexesAreScannedInLinearTime) {
     const std::string nul(300000, '\0');
     const std::string blanks(300000, ' ');

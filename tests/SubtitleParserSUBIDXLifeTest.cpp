@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sched.h>
 #include <stddef.h>
 #include <stdlib.h>
@@ -436,6 +437,30 @@ TEST(SubtitleParserSUBIDX, WaitsForAHundredSeconds) {
         EXPECT_EQ(TRUE, parser.BeginParse());
         EXPECT_EQ(1U, parser.GetTagNum());
     }
+}
+
+TEST(SubtitleParserSUBIDX, FilesAreClosedBehindAWorkerThatWasLate) {
+    const samples::VobSub film = smallFilm(1);
+    VobSubPair pair(film.idx(), film.sub());
+    const VirtualClock clock;
+    SubtitleParserSUBIDX parser(pair.path());
+    {
+        ThreadGate gate;
+        EXPECT_EQ(FALSE, parser.BeginParse());
+        EXPECT_EQ(2U, threadCount());
+    }
+    unlink(pair.idx().c_str());
+    EXPECT_EQ(FALSE, parser.BeginParse());
+    EXPECT_EQ(1U, threadCount()) << "it has ended before its files were closed";
+    EXPECT_EQ(nullptr, parser.fpIdx);
+}
+
+// The operations that read through bare pointers go on behind the buffer, up to 64 bytes.
+TEST(SubtitleParserSUBIDX, ZerosStandBehindTheRawBuffer) {
+    const SubtitleParserSUBIDX parser(-1, -1, 0, 0);
+    ASSERT_LE(0x10000U + 64, malloc_usable_size(parser.m_pu8RawBuffer));
+    const std::vector<U8> behind(parser.m_pu8RawBuffer + 0x10000, parser.m_pu8RawBuffer + 0x10000 + 64);
+    EXPECT_EQ(std::vector<U8>(64), behind);
 }
 
 // kept(worker-fails-late)

@@ -455,7 +455,7 @@ TEST(SubtitleParserTXT, ItsEntriesAreListed) {
     const TempFile file("0:00:01:Hello\r\n0:00:04:\r\n0:00:05:World\r\n0:00:07:\r\n");
     Rigged<SubtitleParserTXT> parser(file.fd(), 0, 0);
     parser.missing = 1;
-    parser.m_eFlag = E_MEDIA_SUBTITLE_PARSER_FLAG_INIT_OK;
+    parser.m_eFlag = E_MEDIA_SUBTITLE_PARSER_FLAG_FINISHED;
     VirtualClock clock;
     const LogCapture log;
     EXPECT_EQ(TRUE, beginSlowly(parser, clock));
@@ -470,7 +470,7 @@ TEST(SubtitleParserTXT, ItsEntriesAreListed) {
                   "Time = 5000, 7000, 00000021\n",
                   kRule,
                   "Zorb_MediaSubtitleParserTXT::ParserThread -> Finished : Tag num = 2, 1\n",
-                  "SubtitleParserTXT::BeginParse2222222 -> 00000001\n",
+                  "SubtitleParserTXT::BeginParse2222222 -> 00000010\n",
               }),
               texts);
 }

@@ -144,6 +144,14 @@ TEST(SubtitleParser, DeinitFreesAndMayBeRepeated) {
     }
 }
 
+TEST(SubtitleParser, NothingIsReadFromABufferOfTheCallersAfterDeinit) {
+    SubtitleParser parser;
+    ASSERT_EQ(TRUE, parser.Init(100));
+    EXPECT_EQ(100U, parser.mRawBufferLimit);
+    parser.Deinit();
+    EXPECT_EQ(0U, parser.mRawBufferLimit);
+}
+
 TEST(SubtitleParser, QueriesAfterDeinitFindNothing) {
     SubtitleParser parser;
     load(parser, "data");
