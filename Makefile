@@ -14,6 +14,9 @@ TIDIED = $(filter-out %/empty_7z.cpp,$(shell find subtitle platform tools -name 
 SECONDS ?= 60
 TARGET ?=
 RECORD ?=
+COUNT ?= 600
+SEED ?=
+AT ?=
 
 # $(call build,preset)
 build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
@@ -29,6 +32,9 @@ help:
 	@echo 'make tsan     the tests under the thread sanitizer'
 	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
 	@echo '              (RECORD=1: the figures become rows of docs/quality.md)'
+	@echo 'make coverage which lines and branches of the library the tests run (RECORD=1: goes into docs/quality.md)'
+	@echo 'make mutants  changes the library in COUNT=600 ways chosen by SEED=n, and looks whether a test fails for each'
+	@echo '              (again with the same SEED: goes on; AT=FILE:LINE: those of one line; RECORD=1 as above)'
 	@echo 'make bench    the benchmarks; their table goes into docs/performance.md'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make format   clang-format on every source'
@@ -77,6 +83,21 @@ arm: arm-build
 .PHONY: fuzz
 fuzz:
 	@RECORD=$(RECORD) tools/fuzz.sh $(SECONDS) $(TARGET)
+
+.PHONY: coverage
+coverage:
+	@$(SETUP) build test coverage
+	$(call build,coverage)
+	@rm -rf build/coverage/profiles
+	@LLVM_PROFILE_FILE=$(CURDIR)/build/coverage/profiles/%p-%m.profraw ctest --preset coverage -j $(JOBS) --quiet \
+	    || echo 'coverage: not all tests pass; make test says which'
+	@tools/coverage.py build/coverage build/coverage/profiles $(if $(RECORD),--record)
+
+.PHONY: mutants
+mutants:
+	@$(SETUP) build test mutants
+	@nice tools/mutants.py --jobs $(JOBS) --count $(COUNT) $(if $(SEED),--seed $(SEED)) \
+	    $(addprefix --at ,$(AT)) $(if $(RECORD),--record)
 
 .PHONY: bench
 bench: SHELL := /bin/bash
