@@ -434,6 +434,14 @@ TEST(MPEGSubtitleDecoder, AQueuedCommandThatThereIsNotDoesNothing) {
     EXPECT_EQ(0, memcmp(&none, &decoder.m_display_param, sizeof none));
 }
 
+TEST(MPEGSubtitleDecoder, AChainInACircleFails) {
+    std::string unit = unitOf("", {{"FF", 1}, {"FF", 0}});
+    U8* const data = reinterpret_cast<U8*>(&unit[0]);
+    MPEGSubtitleDecoder decoder;
+    EXPECT_EQ(TRUE, decoder.__decode_header(data));
+    EXPECT_EQ(FALSE, decoder.__decode_DCSQT(data));
+}
+
 TEST(MPEGSubtitleDecoder, TheGuessByItself) {
     std::string unit = picture(4, 2, "9D 00", "00");  // most pixels in code 1
     MPEGSubtitleDecoder decoder;
