@@ -15,6 +15,9 @@ SECONDS ?= 60
 TARGET ?=
 RECORD ?=
 CASES ?= 200000
+COUNT ?= 600
+SEED ?=
+AT ?=
 
 # $(call build,preset)
 build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
@@ -32,6 +35,9 @@ help:
 	@echo '              (RECORD=1: the figures become rows of docs/quality.md)'
 	@echo 'make differential   every format against a second reading of it, CASES=200000 files each;'
 	@echo '              the table goes into docs/quality.md'
+	@echo 'make coverage which lines and branches of the library the tests run (RECORD=1: goes into docs/quality.md)'
+	@echo 'make mutants  changes the library in COUNT=600 ways chosen by SEED=n, and looks whether a test fails for each'
+	@echo '              (again with the same SEED: goes on; AT=FILE:LINE: those of one line; RECORD=1 as above)'
 	@echo 'make bench    the benchmarks; their table goes into docs/performance.md'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make format   clang-format on every source'
@@ -91,6 +97,21 @@ differential:
 	    tee build/dev/differential.txt
 	@{ printf '| format | cases | of them with entries | differences | seed |\n|---|---|---|---|---|\n'; \
 	    grep '^| `' build/dev/differential.txt; } | tools/write_table.sh docs/quality.md differential
+
+.PHONY: coverage
+coverage:
+	@$(SETUP) build test coverage
+	$(call build,coverage)
+	@rm -rf build/coverage/profiles
+	@LLVM_PROFILE_FILE=$(CURDIR)/build/coverage/profiles/%p-%m.profraw ctest --preset coverage -j $(JOBS) --quiet \
+	    || echo 'coverage: not all tests pass; make test says which'
+	@tools/coverage.py build/coverage build/coverage/profiles $(if $(RECORD),--record)
+
+.PHONY: mutants
+mutants:
+	@$(SETUP) build test mutants
+	@nice tools/mutants.py --jobs $(JOBS) --count $(COUNT) $(if $(SEED),--seed $(SEED)) \
+	    $(addprefix --at ,$(AT)) $(if $(RECORD),--record)
 
 .PHONY: bench
 bench: SHELL := /bin/bash

@@ -406,6 +406,51 @@ TEST(MPEGSubtitleDecoder, PixelsBehindTheOutputAreDropped) {
     }
 }
 
+TEST(MPEGSubtitleDecoder, RowsBehindTheAreaAreNotDecoded) {
+    const Decoded d = decode(picture(4, 2, "0002 0002", "0003 0003"), 16);
+    ASSERT_EQ(TRUE, d.result);
+    EXPECT_EQ(std::vector<U8>({2, 2, 2, 2, 3, 3, 3, 3, 0, 0, 0, 0, 0, 0, 0, 0}), d.out);
+}
+
+TEST(MPEGSubtitleDecoder, WithoutAnOutputNothingIsWritten) {
+    std::string unit = picture(4, 2, "0002", "0003");
+    U8* const data = reinterpret_cast<U8*>(&unit[0]);
+    MPEGSubtitleDecoder decoder;
+    decoder.Set_VobSub_Palette(testPalette, 16);
+    stSubDecoderInfo info = {};
+    U8 transparent = 0;
+    RGBPaletteColor colours[4];
+    EXPECT_EQ(TRUE, decoder.Decode(data, static_cast<U16>(unit.size()), nullptr, 4096, &transparent, colours, &info));
+    EXPECT_EQ(4, info.u16Width);
+    EXPECT_EQ(TRUE, decoder.__decode_RLE(data, nullptr));
+}
+
+TEST(MPEGSubtitleDecoder, AQueuedCommandThatThereIsNotDoesNothing) {
+    MPEGSubtitleDecoder decoder;
+    EXPECT_EQ(TRUE, decoder.__cmd_queue_push(0, 9, nullptr, 0));
+    EXPECT_EQ(TRUE, decoder.__cmd_queue_exec());
+    EXPECT_TRUE(decoder.m_CmdQueue.empty());
+    const DisplayParam none = {};
+    EXPECT_EQ(0, memcmp(&none, &decoder.m_display_param, sizeof none));
+}
+
+TEST(MPEGSubtitleDecoder, AChainInACircleFails) {
+    std::string unit = unitOf("", {{"FF", 1}, {"FF", 0}});
+    U8* const data = reinterpret_cast<U8*>(&unit[0]);
+    MPEGSubtitleDecoder decoder;
+    EXPECT_EQ(TRUE, decoder.__decode_header(data));
+    EXPECT_EQ(FALSE, decoder.__decode_DCSQT(data));
+}
+
+TEST(MPEGSubtitleDecoder, TheGuessByItself) {
+    std::string unit = picture(4, 2, "9D 00", "00");  // most pixels in code 1
+    MPEGSubtitleDecoder decoder;
+    decode(decoder, unit);
+    EXPECT_EQ(4 + 1, decoder.m_u8IdxInnerCheck);
+    decoder.__setPaletteIdx(reinterpret_cast<U8*>(&unit[0]));
+    EXPECT_EQ(8 + 1, decoder.m_u8IdxInnerCheck);
+}
+
 // --- run-length data -------------------------------------------------------------------------------------------
 
 TEST(MPEGSubtitleDecoder, RunLengthData) {

@@ -154,6 +154,7 @@ TEST(SubtitleParserSUBIDX, Tracks) {
         {"id: en\n" + kFirst + "id: fr\nid: ru\n", {"2 0-0"}},
         {"id: en\n" + kFirst + "id: fr\n" + kFirst + kSecond, {"2 0-0", "5 1-2"}},
         {"id: en\n" + kFirst + "id: en\n" + kFirst, {"2 0-0", "2 1-1"}},
+        {"id: en\n" + kFirst + "id: zz\n" + kSecond, {"2 0-0", "0 1-1"}},
         {"id:\n" + kFirst + kSecond, {"0 0-0"}},  // white space goes across the line end: the first line is lost
         {"id: en", {}},
         {"id:", {}},

@@ -4,7 +4,8 @@
     tools/coverage.py BUILD PROFILES [--record]
 
 A template's line or branch side counts when one of its instantiations runs it. tests/coverage_exceptions.txt holds what
-no test can run: a line `FILE: TEXT: WHY` excepts the source lines of FILE that contain TEXT, with the branches on them.
+no test can run: a row `FILE | TEXT | WHY` excepts the lines of FILE that contain TEXT, with the branches on them, and
+`FILE | FIRST ... LAST | WHY` all lines from one that contains FIRST up to the next that contains LAST.
 Fails below the bounds, and for exceptions that name nothing uncovered.
 """
 import argparse
@@ -81,14 +82,30 @@ def line_counts(regions, source):
 
 
 def read_exceptions():
+    """(file, text, why) each."""
     found = []
     if os.path.exists(EXCEPTIONS):
         with open(EXCEPTIONS, encoding='utf-8') as file:
             for row in file:
                 if row.strip() and not row.startswith('#'):
-                    name, text, why = (part.strip() for part in row.split(' | '))
-                    found.append((name, text, why))
+                    found.append(tuple(part.strip() for part in row.split(' | ')))
     return found
+
+
+def excepted_lines(name, source, exceptions):
+    """line -> the entry that excepts it"""
+    lines = {}
+    for entry in exceptions:
+        if entry[0] != name:
+            continue
+        first, _, last = entry[1].partition(' ... ')
+        inside = False
+        for number, text in enumerate(source, 1):
+            inside = inside or first in text
+            if inside:
+                lines.setdefault(number, entry)
+                inside = bool(last) and last not in text
+    return lines
 
 
 def share(hit, total):
@@ -111,12 +128,12 @@ def main():
         with open(path, encoding='utf-8') as file:
             source = file.read().split('\n')
 
+        by_line = excepted_lines(name, source, exceptions)
+
         def excepted(line):
-            for entry in exceptions:
-                if entry[0] == name and entry[1] in source[line - 1]:
-                    used.add(entry)
-                    return True
-            return False
+            if line in by_line:
+                used.add(by_line[line])
+            return line in by_line
 
         counts = line_counts(regions, source)
         uncovered = {line for line, count in counts.items() if count == 0}

@@ -24,6 +24,7 @@ import sys
 import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from coverage import excepted_lines, read_exceptions  # noqa: E402
 from mutate import Mutator  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
@@ -344,6 +345,10 @@ def main():
     files = build(state, options.jobs)
     state.save()
     points = [point for mutator in files.values() for point in mutator.points]
+    by_compiler = [entry for entry in read_exceptions() if entry[2].startswith('compile time')]
+    proven = {(file, line) for file in files for line in
+              excepted_lines(file, read(os.path.join(ROOT, file)).split('\n'), by_compiler)}
+    points = [point for point in points if (point.file, point.line) not in proven]
     omitted = sum(len(entry['points']) for entry in state.data['dropped'].values())
     print(f'{len(points)} mutants in the build, {omitted} more do not compile', flush=True)
 
