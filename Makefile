@@ -28,7 +28,8 @@ help:
 	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
 	@echo 'make tsan     the tests under the thread sanitizer'
 	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
-	@echo '              (RECORD=1: the figures become rows of docs/quality.md)'
+	@echo '              (RECORD=1: the figures are added to the rows of docs/quality.md)'
+	@echo 'make fuzz-minimise  the inputs that fuzzing found become seeds, as few as cover the same'
 	@echo 'make bench    the benchmarks; their table goes into docs/performance.md'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make format   clang-format on every source'
@@ -77,6 +78,10 @@ arm: arm-build
 .PHONY: fuzz
 fuzz:
 	@RECORD=$(RECORD) tools/fuzz.sh $(SECONDS) $(TARGET)
+
+.PHONY: fuzz-minimise
+fuzz-minimise:
+	@tools/fuzz.sh --minimise $(TARGET)
 
 .PHONY: bench
 bench: SHELL := /bin/bash

@@ -265,7 +265,7 @@ void play(std::unique_ptr<SubtitleParser> parser, Input in,
 
 bool load(SubtitleParser& parser, Input in) {
     if (parser.Init(in.size) != TRUE) return false;
-    memcpy(parser.m_pu8RawBuffer, in.data, in.size);
+    if (in.size != 0) memcpy(parser.m_pu8RawBuffer, in.data, in.size);
     return true;
 }
 

@@ -491,8 +491,10 @@ void changeUnit(Random& random, Octets& unit) {
             break;
         }
         default:  // one nibble
-            if (!unit.empty())
-                unit[random.below(unit.size())] ^= static_cast<U8>(1 + random.below(15)) << (random.oneIn(2) ? 4 : 0);
+            if (!unit.empty()) {
+                U8& octet = unit[random.below(unit.size())];
+                octet = static_cast<U8>(octet ^ (1 + random.below(15)) << (random.oneIn(2) ? 4 : 0));
+            }
             break;
     }
 }
