@@ -100,7 +100,7 @@ Bytes grown(Input in, Shape shape, size_t size, Choice& choice) {
 /// The most that was counted; told at the program's end, so that the bounds can be compared with it.
 struct Most {
     ~Most() {
-        if (scanByte != 0) printf("at most %.1f blocks a byte, %llu a text, %llu a look-up\n", scanByte, text, lookUp);
+        if (text != 0) printf("at most %.1f blocks a byte, %llu a text, %llu a look-up\n", scanByte, text, lookUp);
     }
     double scanByte = 0;
     unsigned long long text = 0, lookUp = 0;
@@ -133,7 +133,7 @@ void measure(const Bytes& file, const ScanBounds& bounds, Choice& choice) {
     const U32 count = parser.GetTagNum();
     if (count == 0) return;
     const Block text(8192, 0);
-    for (const U32 entry : {U32{0}, U32{1}, count / 2, count - 1, choice.below(count), choice.below(count)}) {
+    for (const U32 entry : {U32{0}, count - 1, choice.below(count)}) {
         before = work;
         parser.GetData(0, text.data(), text.size(), entry);
         most.text = std::max(most.text, work - before);
@@ -149,14 +149,14 @@ void measure(const Bytes& file, const ScanBounds& bounds, Choice& choice) {
 
 template <class Parser>
 void bounded(Input in, const ScanBounds& bounds) {
-    constexpr size_t kSmall = 32 << 10;
-    constexpr size_t kMiddle = 256 << 10;
+    constexpr size_t kSmall = 8 << 10;
+    constexpr size_t kMiddle = 128 << 10;
     constexpr size_t kLarge = 1 << 20;
     Choice choice(in);
     if (askEverything) {
         for (const Shape shape : kShapes) measure<Parser>(grown(in, shape, kSmall, choice), bounds, choice);
     }
-    const U32 chance = choice.below(askEverything ? 8 : 256);
+    const U32 chance = choice.below(askEverything ? 64 : 256);
     const bool shortPattern = askEverything && in.size < 32;
     const size_t size = chance == 0 ? kLarge : shortPattern || (chance < 8 && !askEverything) ? kMiddle : kSmall;
     const Shape shape = kShapes[choice.below(static_cast<U32>(std::size(kShapes)))];

@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.." || exit
 
 programs=build/fuzz/fuzz
 findings=build/fuzz-findings
-largest=140000 # bytes that a target's chosen inputs may have: 2 MB for all targets
+largest=70000 # bytes that a target's inputs may have: below 1 MB for all targets
 minimises=
 if [ "${1:-}" = --minimise ]; then
     minimises=yes
@@ -151,12 +151,12 @@ minimise() {
         basename "$seed" | grep -q "$nameless" || cp "$seed" "$work/$1/edges"
     done
     named=$(find "$work/$1/edges" -type f | wc -l)
-    merge "$1" -use_counters=0 "$work/$1/edges" "$seeds" "build/fuzz-corpus/$1" &&
-        cp "$work/$1/edges"/* "$work/$1/counts" &&
-        merge "$1" -use_counters=1 "$work/$1/counts" "$seeds" "build/fuzz-corpus/$1" || {
+    if ! merge "$1" -use_counters=0 "$work/$1/edges" "$seeds" "build/fuzz-corpus/$1" ||
+        ! cp "$work/$1/edges"/* "$work/$1/counts" ||
+        ! merge "$1" -use_counters=1 "$work/$1/counts" "$seeds" "build/fuzz-corpus/$1"; then
         echo "fuzz: an input of $1 fails: $findings/merge-$1.log" >&2
         return 1
-    }
+    fi
     find "$seeds" -type f | while read -r old; do
         if basename "$old" | grep -q "$nameless"; then rm "$old"; fi
     done
