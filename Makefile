@@ -31,8 +31,11 @@ help:
 	@echo 'make arm      the tests on 32-bit ARM, under qemu-user'
 	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
 	@echo 'make tsan     the tests under the thread sanitizer'
+	@echo 'make clang    the tests built by clang: checked containers, integer sanitizer for the library'
+	@echo 'make valgrind the seeds of every fuzz target under valgrind'
 	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
-	@echo '              (RECORD=1: the figures become rows of docs/quality.md)'
+	@echo '              (RECORD=1: the figures are added to the rows of docs/quality.md)'
+	@echo 'make fuzz-minimise  the inputs that fuzzing found become seeds, as few as cover the same'
 	@echo 'make differential   every format against a second reading of it, CASES=200000 files each;'
 	@echo '              the table goes into docs/quality.md'
 	@echo 'make coverage which lines and branches of the library the tests run (RECORD=1: goes into docs/quality.md)'
@@ -74,6 +77,18 @@ tsan:
 	$(call build,tsan)
 	$(call check,tsan)
 
+.PHONY: clang
+clang:
+	@$(SETUP) build test clang
+	$(call build,clang)
+	$(call check,clang)
+
+.PHONY: valgrind
+valgrind:
+	@$(SETUP) build test valgrind
+	$(call build,dev)
+	@tools/valgrind.sh
+
 .PHONY: arm-build
 arm-build:
 	@$(SETUP) arm
@@ -86,6 +101,10 @@ arm: arm-build
 .PHONY: fuzz
 fuzz:
 	@RECORD=$(RECORD) tools/fuzz.sh $(SECONDS) $(TARGET)
+
+.PHONY: fuzz-minimise
+fuzz-minimise:
+	@tools/fuzz.sh --minimise $(TARGET)
 
 .PHONY: differential
 differential: SHELL := /bin/bash

@@ -33,18 +33,106 @@ void require(bool holds, const char* what) {
     abort();
 }
 
-File::File(Input in) : mFd(memfd_create("fuzz", MFD_CLOEXEC)) {
+bool askEverything = false;
+
+Choice::Choice(Input in) : mState(0xCBF29CE484222325 + in.size) {
+    for (size_t i = 0; i < in.size; ++i) mState = (mState ^ in.data[i]) * 0x100000001B3;
+}
+
+U32 Choice::below(U32 count) {
+    mState = mState * 6364136223846793005 + 1442695040888963407;
+    return static_cast<U32>((mState >> 33) % count);
+}
+
+namespace {
+
+/// Files that nobody uses at the moment.
+std::vector<int>& idleFiles() {
+    static std::vector<int> files;
+    return files;
+}
+
+}  // namespace
+
+File::File(Input in) {
+    if (idleFiles().empty()) idleFiles().push_back(memfd_create("fuzz", MFD_CLOEXEC));
+    mFd = idleFiles().back();
+    idleFiles().pop_back();
     require(mFd >= 0, "a descriptor is left");
-    require(write(mFd, in.data, in.size) == static_cast<ssize_t>(in.size), "the file takes the input");
+    require(ftruncate(mFd, static_cast<off_t>(in.size)) == 0, "the file changes its size");
+    require(pwrite(mFd, in.data, in.size, 0) == static_cast<ssize_t>(in.size), "the file takes the input");
     require(lseek(mFd, 0, SEEK_SET) == 0, "the file goes back to its start");
     snprintf(mPath, sizeof mPath, "/proc/self/fd/%d", mFd);
 }
 
-File::~File() { close(mFd); }
+File::~File() { idleFiles().push_back(mFd); }
 
-Block::Block(U32 size, U8 fill) : mMemory(new U8[size != 0 ? size : 8]), mData(mMemory.get()), mSize(size) {
-    if (size == 0) mData += 8;  // an allocation of no bytes may have one
+namespace {
+
+/// Where blocks lie: no byte of it may be touched but theirs.
+class Arena {
+public:
+    static constexpr size_t kLargestBlock = 0x10000;
+    static constexpr size_t kGap = 32;  ///< in front of a block, and at least behind it
+
+    Arena() : mBytes(new U8[kSize]) { ASAN_POISON_MEMORY_REGION(mBytes.get(), kSize); }
+    ~Arena() { ASAN_UNPOISON_MEMORY_REGION(mBytes.get(), kSize); }
+
+    U8* begin(size_t size) {
+        U8* const block = mBytes.get() + mUsed + kGap;
+        mUsed += spaceOf(size);
+        require(mUsed + kGap <= kSize, "the arena has room for all blocks at once");
+        ASAN_UNPOISON_MEMORY_REGION(block, size);
+#ifndef FUZZ_ASAN
+        memset(block + size, kUntouched, kGap);
+#endif
+        return block;
+    }
+    void end(U8* block, size_t size) {
+        mUsed -= spaceOf(size);
+        require(block == mBytes.get() + mUsed + kGap, "blocks end in the opposite order of their beginning");
+        ASAN_POISON_MEMORY_REGION(block, size);
+#ifndef FUZZ_ASAN
+        for (size_t i = 0; i < kGap; ++i) require(block[size + i] == kUntouched, "nothing is written behind a block");
+#endif
+    }
+
+private:
+    static constexpr size_t kSize = 8 * kLargestBlock;
+    [[maybe_unused]] static constexpr U8 kUntouched = 0xC3;
+
+    static size_t spaceOf(size_t size) { return (size + kGap + 15) / 16 * 16; }
+
+    std::unique_ptr<U8[]> mBytes;
+    size_t mUsed = 0;
+};
+
+Arena& arena() {
+    static Arena all;
+    return all;
+}
+
+}  // namespace
+
+Block::Block(U32 size, U8 fill)
+    : mMemory(size > Arena::kLargestBlock ? new U8[size] : nullptr),
+      mData(mMemory != nullptr ? mMemory.get() : arena().begin(size)),
+      mSize(size) {
     memset(mData, fill, size);
+}
+
+Block::~Block() {
+    if (mMemory == nullptr) arena().end(mData, mSize);
+}
+
+void checkPositions(const SubtitleParser& parser) {
+    if (parser.m_pTagBuffer == nullptr) return;
+    const S64 bound = parser.m_s64DataTotalSize + kWidestStep;
+    for (U32 i = 0; i < parser.m_u32TagNum && i < parser.m_u32TagBufferNum; ++i) {
+        const S64 position = parser.m_pTagBuffer[i].s64Pos;
+        require(position >= 0, "a position is not negative");
+        require(position <= bound, "a position lies in the data, or one step behind it");
+    }
 }
 
 namespace {
@@ -53,7 +141,12 @@ constexpr U32 kLargest = 0xFFFFFFFF;
 constexpr U32 kFirst = 8;  // entries looked at from the start of the table
 constexpr U32 kLast = 2;   // and from its end
 
-std::vector<U32> entriesToAsk(U32 count) {
+/// How much of it an input is asked when it is not asked everything.
+constexpr U32 kSomeEntries = 2;
+constexpr U32 kSomeSmallBlocks = 2;
+constexpr U32 kSomeReserves = 1;
+
+std::vector<U32> entriesOf(U32 count) {
     std::vector<U32> entries;
     for (U32 i = 0; i < count && i < kFirst; ++i) entries.push_back(i);
     for (U32 i = count > kFirst + kLast ? count - kLast : kFirst; i < count; ++i) entries.push_back(i);
@@ -84,23 +177,22 @@ U32 askText(SubtitleParser& parser, Form form, U32 track, const Block& block, U3
     return units;
 }
 
-void askTexts(SubtitleParser& parser, U32 track, U32 index) {
-    static const Block large(8192, 0xAA);
-    static const Block largeToo(8192, 0x55);
-    static const Block small[] = {{0, 0xAA}, {1, 0xAA}, {2, 0xAA}, {3, 0xAA}, {6, 0xAA}, {7, 0xAA}, {8, 0xAA}};
+void askTexts(SubtitleParser& parser, Choice& choice, Form form, U32 track, U32 index) {
+    constexpr U32 kSmall[] = {0, 1, 2, 3, 6, 7, 8};
+    constexpr U32 kReserves[] = {0, 1, 2, 3};  // a terminator, and what walks keep
     const U32 unit = unitSize(parser, track);
-    for (const Form form : {Form::kText, Form::kWithGeometry}) {
-        for (const Block& block : small) askText(parser, form, track, block, index);
-        const U32 units = askText(parser, form, track, large, index);
-        if (units == 0) continue;
-        // what stood in the buffer makes no difference
+    choice.each(kSmall, kSomeSmallBlocks, [&](U32 size) { askText(parser, form, track, Block(size, 0xAA), index); });
+    const Block large(8192, 0xAA);
+    const U32 units = askText(parser, form, track, large, index);
+    if (units == 0) return;
+    {  // what stood in the buffer makes no difference
+        const Block largeToo(8192, 0x55);
         require(askText(parser, form, track, largeToo, index) == units, "a text has one length");
         require(memcmp(large.data(), largeToo.data(), size_t{units} * unit) == 0, "a text has one content");
-        // around the room that it just needs: its units, a terminator, and the reserve that walks keep
-        for (U32 reserve = 0; reserve < 4; ++reserve) {
-            askText(parser, form, track, Block((units + reserve) * unit, 0xAA), index);
-        }
     }
+    // around the room that it just needs
+    choice.each(kReserves, kSomeReserves,
+                [&](U32 reserve) { askText(parser, form, track, Block((units + reserve) * unit, 0xAA), index); });
 }
 
 void askTimes(SubtitleParser& parser, U32 track, U32 index) {
@@ -114,12 +206,15 @@ void askTimes(SubtitleParser& parser, U32 track, U32 index) {
 
 }  // namespace
 
-void ask(SubtitleParser& parser, U32 track) {
+void ask(SubtitleParser& parser, Choice& choice, U32 track) {
     const U32 count = parser.GetTagNum();
-    for (const U32 index : entriesToAsk(count)) {
+    const auto entry = [&](U32 index) {
         askTimes(parser, track, index);
-        askTexts(parser, track, index);
-    }
+        askTexts(parser, choice, Form::kText, track, index);
+        if (choice.oneIn(4)) askTexts(parser, choice, Form::kWithGeometry, track, index);
+    };
+    choice.each(entriesOf(count), kSomeEntries, entry);
+    if (count > 0) entry(choice.below(count));  // anywhere
     for (const U32 time : {0U, 0x7FFFFFFFU, 0x80000000U, kLargest}) parser.GetTag(track, time);
 
     ST_MEDIA_SUBTITLE_PARSER_TAG tag = {};
@@ -138,26 +233,39 @@ void ask(SubtitleParser& parser, U32 track) {
     parser.GetData(track, nullptr, 8192, 0);
 }
 
-void askInEveryLanguage(SubtitleParser& parser, Input in) {
-    ask(parser);
-    if (std::none_of(in.data, in.data + in.size, [](U8 byte) { return byte >= 0x80; })) return;
+void askInSomeLanguage(SubtitleParser& parser, Input in, Choice& choice) {
+    const bool ascii = std::none_of(in.data, in.data + in.size, [](U8 byte) { return byte >= 0x80; });
+    const bool native = choice.below(2) == 0;
+    if (ascii || native || askEverything) ask(parser, choice);
+    if (ascii || (native && !askEverything)) return;
     const test::SystemProperty big5("vendor.quarn.subtitle.language", "big5");
-    ask(parser);
+    ask(parser, choice);
 }
 
-void play(std::unique_ptr<SubtitleParser> parser, Input in) {
+ThreadOrder::ThreadOrder(Choice& choice) {
+    if (choice.below(16) != 0) mWorkersEndFirst.emplace();
+}
+
+void play(std::unique_ptr<SubtitleParser> parser, Input in,
+          const SubtitleParser* (*tableOf)(const SubtitleParser& parser)) {
     constexpr U32 kRates[] = {0, 25, 23976};
+    Choice choice(in);
+    const ThreadOrder order(choice);
     parser->SetFrameRate(kRates[in.size % 3]);
     parser->BeginParse();
-    ask(*parser);
+    if (const SubtitleParser* const table = tableOf != nullptr ? tableOf(*parser) : parser.get()) {
+        checkPositions(*table);
+    }
+    ask(*parser, choice);
     parser->StopParse();
     parser->Deinit();
     parser->GetTag(0, 0);  // a player's late question
+    parser.reset();
 }
 
 bool load(SubtitleParser& parser, Input in) {
     if (parser.Init(in.size) != TRUE) return false;
-    memcpy(parser.m_pu8RawBuffer, in.data, in.size);
+    if (in.size != 0) memcpy(parser.m_pu8RawBuffer, in.data, in.size);
     return true;
 }
 

@@ -13,6 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr android::U32 kMutations = 16;
+
 bool collect(const char* argument, std::vector<fs::path>* inputs) {
     std::error_code error;
     if (fs::is_regular_file(argument, error)) {
@@ -30,6 +32,7 @@ bool collect(const char* argument, std::vector<fs::path>* inputs) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    fuzz::askEverything = true;
     fuzz::chooseDriver(&argc, argv);
     if (argc < 2) {
         fprintf(stderr, "usage: %s [--driver=NAME] FILE|FOLDER...\n", argv[0]);
@@ -50,6 +53,11 @@ int main(int argc, char** argv) {
             const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
             const std::vector<android::U8> exact(bytes.begin(), bytes.end());
             driver.run({exact.data(), exact.size()});
+            if (driver.mutate == nullptr) continue;
+            for (android::U32 seed = 0; seed < kMutations; ++seed) {  // they stay in bounds, whatever they get
+                std::vector<android::U8> changed = exact;
+                driver.mutate(changed, seed);
+            }
         }
     }
     return 0;

@@ -10,7 +10,8 @@ packages_of() {
     test) echo "libgtest-dev" ;;
     arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf"
         for package in $android; do echo "$package:armhf"; done ;;
-    fuzz) echo "clang-14 libclang-rt-14-dev" ;;
+    clang | fuzz) echo "clang-14 libclang-rt-14-dev" ;;
+    valgrind) echo "valgrind" ;;
     coverage) echo "clang-14 libclang-rt-14-dev llvm-14 python3" ;;
     mutants) echo "python3" ;;
     bench) echo "libbenchmark-dev" ;;
