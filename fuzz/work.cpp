@@ -34,6 +34,8 @@ struct ScanBounds {
     U64 atAll = 20000;  ///< of any file
 };
 
+constexpr U64 kDialectPerByte = 500;  ///< of any dialect of .sub
+
 /// A file without its mark.
 struct Body {
     explicit Body(Input in) : mark(0), unit(1), bytes(in.data, in.data + in.size) {
@@ -175,10 +177,10 @@ const std::vector<Driver> drivers = {
      mutateText},
     {"smi", [](Input in) { bounded<SubtitleParserSMI>(in, {50}); }, mutateText},
     {"txt", [](Input in) { bounded<SubtitleParserTXT>(in, {500}); }, mutateText},
-    {"sv20", [](Input in) { bounded<SubtitleParserSubViewer20>(in, {150}); }, mutateText},
-    {"sv10", [](Input in) { bounded<SubtitleParserSubViewer10>(in, {150}); }, mutateText},
-    {"microdvd", [](Input in) { bounded<SubtitleParserSubMicroDVD>(in, {150}); }, mutateText},
-    {"dvb", [](Input in) { bounded<SubtitleParserSubDvbSubtitleSystem>(in, {500}); }, mutateText},
+#define VX_SUB_DIALECT(name, type, target, ...) \
+    {#target, [](Input in) { bounded<SubtitleParser##name>(in, {kDialectPerByte}); }, mutateText},
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
 };
 
 }  // namespace fuzz
