@@ -4,7 +4,6 @@
 include_guard(GLOBAL)
 
 set(VXSUBTITLE_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them (address,undefined or thread)")
-set(VXSUBTITLE_SANITIZE_LIBRARY "" CACHE STRING "Sanitizers for the library's own sources alone (integer, with clang)")
 option(VXSUBTITLE_WERROR "Treat warnings as errors (not with sanitizers)" ON)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -48,8 +47,6 @@ if(VXSUBTITLE_SANITIZE)
         target_compile_options(vxsubtitle_options INTERFACE
             -fno-sanitize=vptr $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
     endif()
-elseif(VXSUBTITLE_SANITIZE_LIBRARY)
-    target_link_options(vxsubtitle_options INTERFACE -fsanitize=${VXSUBTITLE_SANITIZE_LIBRARY})
 else()
     target_link_options(vxsubtitle_options INTERFACE LINKER:--no-undefined)
     if(VXSUBTITLE_WERROR)
