@@ -30,8 +30,8 @@ public:
     U32 GetData(const U32 track, U8* buf, const U32 size, const U32 index, stSubDecoderInfo* info) override;
 
     /// `TRUE` when a dialect has accepted the file and its scan has finished. `FALSE` once there is a delegate, which
-    /// stays; when no dialect accepts the file; when memory is short; and when a dialect's scan runs out of time: a call
-    /// after that begins anew.
+    /// stays; when no dialect accepts the file; when memory is short; and when a dialect's scan runs out of time: a
+    /// call after that begins anew.
     BOOL BeginParse() override;
 
     /// The delegate's answer; `FALSE` without one.
