@@ -51,7 +51,7 @@ struct Case {
 struct Format {
     const char* name;
     std::string (*make)(reference::Random&);
-    Answer (*library)(const Case&);
+    Answer (*ours)(const Case&);
     Answer (*reference)(const Case&);
 };
 
@@ -424,7 +424,7 @@ Case makeCase(const Format& format, unsigned seed) {
 
 /// Whether the answers differ. What the reference cannot decide is not looked at.
 bool differ(const Format& format, const Case& c, Answer* library = nullptr, Answer* own = nullptr) {
-    Answer first = format.library(c);
+    Answer first = format.ours(c);
     const Answer second = format.reference(c);
     const std::string undecided = "code type " + std::to_string(reference::kUndecided) + "\n";
     if (second.compare(0, undecided.size(), undecided) == 0) {

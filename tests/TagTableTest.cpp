@@ -56,7 +56,7 @@ Tags stablySorted(const std::vector<U32>& starts) {
 
 Tags quicklySorted(const std::vector<U32>& starts) {
     std::vector<Record> records = recordsOf(starts);
-    qsort(records.data(), records.size(), sizeof records[0], Compare);
+    if (!records.empty()) qsort(records.data(), records.size(), sizeof records[0], Compare);
     return tagsOf(records.data(), records.size());
 }
 

@@ -121,7 +121,7 @@ def copy_tree():
     mutated = set(sources())
     for folder, folders, files in os.walk(ROOT):
         relative = os.path.relpath(folder, ROOT)
-        folders[:] = [f for f in folders if f not in ('.git', 'build', '__pycache__') and not f.startswith('.library')]
+        folders[:] = [f for f in folders if f not in ('.git', 'build', '__pycache__')]
         for name in files:
             path = os.path.normpath(os.path.join(relative, name))
             if path in mutated or name == '.git':

@@ -27,7 +27,10 @@
 #include "tests/support/OwnMemory.h"
 
 // Of a plain type and without a constructor, so that allocators may look at it at any time.
-__thread int testOwnMemory = 0;
+__thread int testOwnMemory = 1;
+
+/// The main thread.
+__attribute__((constructor)) static void ownNothing() { testOwnMemory = 0; }
 
 namespace test {
 
@@ -261,6 +264,7 @@ extern "C" void* runThread(void* argument) {
         std::unique_lock<std::mutex> lock(start.gate->lock);
         start.gate->opened.wait(lock, [&] { return start.gate->open; });
     }
+    const LibraryMemory itsOwn;
     return start.routine(start.argument);
 }
 

@@ -1,7 +1,8 @@
 /// What the interposers know of each other.
 #pragma once
 
-/// How many `OwnMemory` are around what this thread does.
+/// How many `OwnMemory` are around what this thread does. A new thread begins with one: what its start allocates is not
+/// the library's.
 extern __thread int testOwnMemory;
 
 namespace test {
