@@ -89,6 +89,8 @@ SubtitleFileProcess* makeFileSource(Arguments... arguments) {
 
 }  // namespace vxsubtitle
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names of classes
+
 /// Defines what every text parser's class defines alike: the constructors from a path and from a descriptor, the
 /// destructor, and the operations that the pipeline carries out by the class's record.
 #define VX_DEFINE_TEXT_PARSER(Class, PathUnit)                                                                      \
@@ -107,3 +109,5 @@ SubtitleFileProcess* makeFileSource(Arguments... arguments) {
         return nullptr;                              \
     }                                                \
     void Class::ParserThread() { vxsubtitle::runScan(*this, vxsubtitle::formatOf<Class>()); }
+
+// NOLINTEND(bugprone-macro-parentheses)
