@@ -31,7 +31,7 @@ help:
 	@echo 'make arm      the tests on 32-bit ARM, under qemu-user'
 	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
 	@echo 'make tsan     the tests under the thread sanitizer'
-	@echo 'make clang    the tests built by clang, with containers that check their bounds'
+	@echo 'make clang    the tests built by clang, with checked containers and, in the library, integers'
 	@echo 'make valgrind the seeds of every fuzz target under valgrind'
 	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
 	@echo '              (RECORD=1: the figures are added to the rows of docs/quality.md)'

@@ -4,6 +4,7 @@
 include_guard(GLOBAL)
 
 set(VXSUBTITLE_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them (address,undefined or thread)")
+set(VXSUBTITLE_SANITIZE_LIBRARY "" CACHE STRING "Sanitizers of the library alone, as -fsanitize= takes them (integer)")
 option(VXSUBTITLE_WERROR "Treat warnings as errors (not with sanitizers)" ON)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -37,6 +38,14 @@ add_library(vxsubtitle_no_rtti INTERFACE)
 target_compile_options(vxsubtitle_no_rtti INTERFACE -fno-rtti)
 target_link_libraries(vxsubtitle_no_rtti INTERFACE vxsubtitle_options)
 
+# What the library's own sources are compiled with on top. The sanitizer's runtime comes with the programs.
+add_library(vxsubtitle_library_options INTERFACE)
+if(VXSUBTITLE_SANITIZE_LIBRARY)
+    target_compile_options(vxsubtitle_library_options INTERFACE
+        -fsanitize=${VXSUBTITLE_SANITIZE_LIBRARY} -fno-sanitize-recover=all)
+    target_link_options(vxsubtitle_options INTERFACE -fsanitize=${VXSUBTITLE_SANITIZE_LIBRARY})
+endif()
+
 if(VXSUBTITLE_SANITIZE)
     # Warnings stay warnings here: the code that sanitizers put in makes g++ warn where there is nothing.
     target_compile_options(vxsubtitle_options INTERFACE
@@ -47,9 +56,9 @@ if(VXSUBTITLE_SANITIZE)
         target_compile_options(vxsubtitle_options INTERFACE
             -fno-sanitize=vptr $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
     endif()
-else()
+elseif(VXSUBTITLE_WERROR)
+    target_compile_options(vxsubtitle_options INTERFACE -Werror)
+endif()
+if(NOT VXSUBTITLE_SANITIZE AND NOT VXSUBTITLE_SANITIZE_LIBRARY)
     target_link_options(vxsubtitle_options INTERFACE LINKER:--no-undefined)
-    if(VXSUBTITLE_WERROR)
-        target_compile_options(vxsubtitle_options INTERFACE -Werror)
-    endif()
 endif()

@@ -135,7 +135,7 @@ void guessPalette(MPEGSubtitleDecoder& decoder, const Unit& unit) {
     rankCodes(display, unit, ranking);
     const U8 indices[] = {display.u8BkgrdColor, display.u8PatternColor, display.u8Emp1Color, display.u8Emp2Color};
     constexpr U8 kGrey[] = {0, 238, 119};
-    for (U8 rank = 3; rank-- > 0;) {  // black last: it wins where two codes share an index
+    for (int rank = 2; rank >= 0; --rank) {  // black last: it wins where two codes share an index
         RGBPaletteColor& entry = decoder.m_pPaletteTable[indices[ranking[rank]]];
         entry.r = entry.g = entry.b = kGrey[rank];
     }
@@ -164,14 +164,14 @@ U8 resolveColours(MPEGSubtitleDecoder& decoder, const Unit& unit, RGBPaletteColo
         {display.PaletteEmp2, display.u8Emp2Color, display.u8Emp2Contrast},
     };
     U8 transparent = 0xFF;
-    for (U8 code = 4; code-- > 0;) {
+    for (int code = 3; code >= 0; --code) {
         RGBPaletteColor& colour = codes[code].colour;
         colour = decoder.m_pPaletteTable != nullptr ? decoder.m_pPaletteTable[codes[code].index] : RGBPaletteColor{};
         colour.a = static_cast<U8>(255 - kContrastStep * codes[code].contrast);
         const U8 alpha = static_cast<U8>(255 - colour.a);
         // 0xAARRGGBB, so the bytes lie as blue, green, red, alpha
         colours[code] = {colour.b, colour.g, colour.r, alpha};
-        if (colour.a == 255) transparent = code;
+        if (colour.a == 255) transparent = static_cast<U8>(code);
     }
     return transparent;
 }

@@ -12,6 +12,7 @@
 #include "subtitle/parser/EntryText.h"
 #include "subtitle/parser/ParserWorker.h"
 #include "subtitle/system/Log.h"
+#include "subtitle/system/Wraps.h"
 #include "subtitle/text/BaseWalk.h"
 #include "subtitle/text/Numbers.h"
 
@@ -244,7 +245,7 @@ U16 SubtitleParser::UTF8ToUCS2(const U8* src, U16* dst, const U16 srcLen, const 
 
 int SubtitleParser::UnicodeToUTF8(U16* src, int srcBytes, U8* dst) { return unicodeToUtf8(src, srcBytes, dst); }
 
-int Compare(const void* a, const void* b) {
+VX_WRAPS int Compare(const void* a, const void* b) {
     const auto start = [](const void* tag) {
         return static_cast<const ST_MEDIA_SUBTITLE_PARSER_TAG*>(tag)->u32TimeStart;
     };

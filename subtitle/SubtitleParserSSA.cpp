@@ -2,6 +2,7 @@
 
 #include "subtitle/parser/EncodingCheck.h"
 #include "subtitle/parser/TextParser.h"
+#include "subtitle/system/Wraps.h"
 #include "subtitle/text/Markup.h"
 #include "subtitle/text/TimeStamps.h"
 
@@ -21,8 +22,8 @@ struct Times : TimeStamp<SsaSpelling> {
     static constexpr size_t kSkipped = kLength + 1;
 
     // kept(ssa-fraction): the fraction counts hundredths, however many digits it has
-    U32 start() const { return milliseconds(v[0], v[1], v[2], v[3] * 10); }
-    U32 end() const { return milliseconds(v[4], v[5], v[6], v[7] * 10); }
+    VX_WRAPS U32 start() const { return milliseconds(v[0], v[1], v[2], v[3] * 10); }
+    VX_WRAPS U32 end() const { return milliseconds(v[4], v[5], v[6], v[7] * 10); }
 };
 
 /// The commas of the data, asked for in ascending order: each stretch is searched once, however many lines ask.

@@ -2,6 +2,7 @@
 
 #include "subtitle/parser/SubDialect.h"
 #include "subtitle/system/Log.h"
+#include "subtitle/system/Wraps.h"
 
 namespace vxsubtitle {
 
@@ -53,7 +54,7 @@ U64 thousandths(U32 whole, U32 fraction) {
     return U64{whole} * 1000 + U64{fraction} * 1000 / places;  // kept(mdvd-rate-zeros): 23.05 is read as 23.5
 }
 
-U32 timeOf(const SubtitleParser& parser, U32 frames) {
+VX_WRAPS U32 timeOf(const SubtitleParser& parser, U32 frames) {
     return static_cast<U32>(parser.m_u64NanoSecPerFrame * frames / 1000000);
 }
 

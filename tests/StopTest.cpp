@@ -169,11 +169,11 @@ TYPED_TEST(Stop, WhateverTheFileHolds) {
 TYPED_TEST(Stop, ForWhoeverWantsTheBuffers) {
     const TempFile empty("");  // what a repeated BeginParse finds
     const std::string pattern = patternOf(Content::kEntries, Encoding::kBytes, TypeParam::file());
+    const size_t size = scaled(64 << 20);
     for (const End end : {End::kDestructor, End::kInit, End::kBeginParse}) {
         SCOPED_TRACE(kEndNames[static_cast<int>(end)]);
-        expectToStop(end, [&] {
-            return std::make_unique<Scanning<TypeParam>>(pattern, Encoding::kBytes, largeSize(), empty.path());
-        });
+        expectToStop(
+            end, [&] { return std::make_unique<Scanning<TypeParam>>(pattern, Encoding::kBytes, size, empty.path()); });
     }
 }
 

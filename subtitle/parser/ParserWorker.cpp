@@ -2,6 +2,7 @@
 #include "subtitle/parser/ParserWorker.h"
 
 #include "subtitle/system/Log.h"
+#include "subtitle/system/Wraps.h"
 
 namespace vxsubtitle {
 
@@ -9,13 +10,16 @@ namespace {
 
 WorkerSlot slotOf(SubtitleParser& parser) { return {parser.m_threadParser, parser.mWorkerState}; }
 
+/// Milliseconds since `start`, whose clock begins anew every 49 days.
+VX_WRAPS U32 elapsedSince(SubtitleParser& parser, U32 start) { return parser.GetSystemTime() - start; }
+
 /// Waits until the scan has finished or the limit has passed, and joins a worker that is over. Whether it has finished:
 /// the look that ends the wait decides about the join and the result.
 bool waitForScan(SubtitleParser& parser, const WorkerStyle& style) {
     const WorkerSlot slot = slotOf(parser);
     const U32 start = parser.GetSystemTime();
     bool finished = isRaised(parser.bParseFinish);
-    while (!finished && parser.GetSystemTime() - start < style.limitMs) {
+    while (!finished && elapsedSince(parser, start) < style.limitMs) {
         waitForEnd(slot, style.periodUs);
         finished = isRaised(parser.bParseFinish);
     }

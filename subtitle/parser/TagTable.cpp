@@ -90,7 +90,7 @@ S64 positionOf(const SubtitleParser& parser, U32 index) {
     return index < parser.m_u32TagBufferNum ? parser.m_pTagBuffer[index].s64Pos : 0;
 }
 
-U32 spanOf(const SubtitleParser& parser, U32 index) {
+VX_WRAPS U32 spanOf(const SubtitleParser& parser, U32 index) {
     return static_cast<U32>(positionOf(parser, index + 1)) - static_cast<U32>(positionOf(parser, index));
 }
 

@@ -4,6 +4,7 @@
 #include <stddef.h>
 
 #include "subtitle/SubtitleParser.h"
+#include "subtitle/system/Wraps.h"
 
 namespace vxsubtitle {
 
@@ -51,10 +52,14 @@ inline bool TagTable::add(U32 start, U32 end, S64 pos) {
     return ++mParser.m_u32TagNum < mParser.m_u32TagBufferNum || grow();
 }
 
-inline U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
-    const S32 offset = mParser.m_s32TimeOffsetMs;
+/// The time at which an entry is looked for.
+VX_WRAPS inline U32 withoutOffset(U32 timeMs, S32 offsetMs) {
     // kept(lookup-offset): the offset is subtracted only from times that are not below it, compared as signed values
-    const U32 t = static_cast<S32>(timeMs) < offset ? timeMs : timeMs - static_cast<U32>(offset);
+    return static_cast<S32>(timeMs) < offsetMs ? timeMs : timeMs - static_cast<U32>(offsetMs);
+}
+
+inline U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
+    const U32 t = withoutOffset(timeMs, mParser.m_s32TimeOffsetMs);
     const ST_MEDIA_SUBTITLE_PARSER_TAG* const tags = mParser.m_pTagBuffer;
     const size_t capacity = mParser.m_u32TagBufferNum;
     using Index = ptrdiff_t;  // signed, and wide enough for every table that fits into memory

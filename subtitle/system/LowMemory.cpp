@@ -7,6 +7,8 @@
 #include <sys/mman.h>
 #include <time.h>
 #include <unistd.h>
+
+#include "subtitle/system/Wraps.h"
 #if __has_include(<sanitizer/asan_interface.h>)
 #include <sanitizer/asan_interface.h>  // both macros vanish in builds without the sanitizer
 #else
@@ -46,6 +48,8 @@ U8* mapLow(void* hint, size_t size, int flags) {
     return nullptr;
 }
 
+VX_WRAPS U64 nextRandom(U64 random) { return random * 6364136223846793005u + 1442695040888963407u; }
+
 /// Tries places all over the lower 4 GiB: for machines without a flag for them, or with that flag's area used up.
 U8* mapAnywhereLow(size_t size, size_t page) {
     constexpr U64 kFirst = 0x10000000;  // programs that lie low begin below
@@ -53,7 +57,7 @@ U8* mapAnywhereLow(size_t size, size_t page) {
     clock_gettime(CLOCK_REALTIME, &now);
     U64 place = static_cast<U64>(now.tv_nsec);
     for (int tries = 0; tries < 64; ++tries) {
-        place = place * 6364136223846793005u + 1442695040888963407u;
+        place = nextRandom(place);
         const U64 hint = kFirst + (place >> 32) % (kLimit - kFirst) / page * page;
         if (U8* const start = mapLow(reinterpret_cast<void*>(static_cast<uintptr_t>(hint)), size, 0)) return start;
     }

@@ -2,6 +2,7 @@
 /// it.
 #pragma once
 
+#include "subtitle/system/Wraps.h"
 #include "subtitle/text/TextView.h"
 
 namespace vxsubtitle {
@@ -16,6 +17,9 @@ template <class Enc>
 size_t skipBlanks(const TextView<Enc>& in, size_t i) {
     return in.skipBlanks(i);
 }
+
+/// `number` with one more digit, in 32 bits.
+VX_WRAPS constexpr U32 withDigit(U32 number, U32 base, U32 digit) { return number * base + digit; }
 
 /// Reads numbers from `in`, anything that answers `at(i)` in 8-bit characters, from `i` on under `format`: "%u" and
 /// "%x" convert, white space in the format is ignored, any other character takes one input character whatever it is.
@@ -43,7 +47,8 @@ constexpr U32 readNumbers(const Characters& in, size_t i, const char* format, Ne
         *value = 0;
         const U32 base = *f == 'x' ? 16 : 10;
         U32 digits = 0;
-        for (U32 d = 0; digits < 16 && (d = digitOf(in.at(i), base)) < base; ++digits, ++i) *value = *value * base + d;
+        for (U32 d = 0; digits < 16 && (d = digitOf(in.at(i), base)) < base; ++digits, ++i)
+            *value = withDigit(*value, base, d);
         if (digits == 0) break;
         ++conversions;
     }
@@ -81,8 +86,8 @@ template <class View, size_t kSize, size_t N>
             if (unit != Enc::lit(shape[column])) return false;
             continue;
         }
-        const U32 digit = U32{Enc::native(unit)} - '0';
-        if (digit > 9) return false;
+        if (!isDigit(Enc::native(unit))) return false;
+        const U32 digit = Enc::native(unit) - U32{'0'};
         const bool first = column == 0 || shape[column - 1] != '0';
         number = first ? digit : number * 10 + digit;
         if (shape[column + 1] == '0') continue;

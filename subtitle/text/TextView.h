@@ -9,6 +9,7 @@
 
 #include "subtitle/SubtitleTypes.h"
 #include "subtitle/system/StopRequest.h"
+#include "subtitle/system/Wraps.h"
 
 namespace vxsubtitle {
 
@@ -90,7 +91,7 @@ using Word = uintptr_t;
 constexpr Word kOnes = static_cast<Word>(-1) / 255;
 
 /// High bit set in the first byte of `w` that equals `c`, and in none before it; 0 when none does.
-inline Word matches(Word w, U8 c) {
+VX_WRAPS inline Word matches(Word w, U8 c) {
     const Word x = w ^ (kOnes * c);
     return (x - kOnes) & ~x & (kOnes * 0x80);
 }

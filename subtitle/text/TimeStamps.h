@@ -7,7 +7,7 @@
 namespace vxsubtitle {
 
 /// A time in milliseconds; the fraction counts as milliseconds whatever its digits. Wraps at 32 bits.
-constexpr U32 milliseconds(U32 hours, U32 minutes, U32 seconds, U32 fraction = 0) {
+VX_WRAPS constexpr U32 milliseconds(U32 hours, U32 minutes, U32 seconds, U32 fraction = 0) {
     // kept(scan-no-range): no part of a time has a range
     return (hours * 3600 + minutes * 60 + seconds) * 1000 + fraction;  // kept(beyond-32-bit): in 32 bits
 }

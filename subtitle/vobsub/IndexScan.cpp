@@ -160,7 +160,7 @@ bool IndexScan::onTimestamp(const TextView<Enc>& in, size_t* i, size_t length) {
     U32 filePos[1];
     if (!readAll(IndexText<Enc>(in, *i, kFilePosUnits), 0, "%x", filePos)) return true;
     // kept(vob-delay-wrap): 32 bits, so a start before 0 wraps
-    const U32 start = static_cast<U32>(mDelayMs) + milliseconds(t[0], t[1], t[2], t[3]);
+    const U32 start = static_cast<U32>(mDelayMs + milliseconds(t[0], t[1], t[2], t[3]));
     return mTarget.addPicture(start, filePos[0]);
 }
 

@@ -3,6 +3,8 @@
 
 #include <stdlib.h>
 
+#include "subtitle/system/Wraps.h"
+
 namespace vxsubtitle {
 
 namespace {
@@ -29,7 +31,7 @@ bool readPack(const TextView<Bytes>& in, size_t pack, PackPayload* payload) {
     const U32 header = in.at(pack + 22);
     // kept(vob-substream): the substream byte behind the header is skipped unseen, the index alone selects the track
     payload->offset = pack + 24 + header;
-    payload->size = static_cast<U16>(length - header - 4);  // modulo 65536
+    payload->size = static_cast<U16>(0x10000 + length - header - 4);  // modulo 65536
     return true;
 }
 
@@ -64,7 +66,7 @@ bool WorkingBlock::reserve(S64 size) {
     return true;
 }
 
-S64 guessUnitSize(S64 position, S64 nextPosition) {
+VX_WRAPS S64 guessUnitSize(S64 position, S64 nextPosition) {
     // kept(vob-descending): negative where the positions go back far, and the picture is refused
     return static_cast<S64>(static_cast<U64>(nextPosition) - static_cast<U64>(position) + kBlockStep);
 }
