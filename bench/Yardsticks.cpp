@@ -1,9 +1,7 @@
-// What a scan can be expected to cost: finding the line ends alone, and what a programmer would write for well-formed
-// SubRip files without another thought.
-#include <stdlib.h>
+// What a scan can be expected to cost: finding the line ends alone, and the scans by hand.
 #include <string.h>
 
-#include "bench/Films.h"
+#include "bench/ByHand.h"
 #include "bench/Formats.h"
 #include "bench/Table.h"
 
@@ -11,63 +9,8 @@ namespace bench {
 
 namespace {
 
-/// The parser's own record and its way of growing; not cleared.
-class Tags {
-public:
-    Tags() = default;
-    ~Tags() { free(mTags); }
-    Tags(const Tags&) = delete;
-    Tags& operator=(const Tags&) = delete;
-
-    void add(U32 start, U32 end, S64 pos) {
-        if (mCount == mCapacity) {
-            mCapacity += 8192;
-            void* const grown = realloc(mTags, mCapacity * sizeof *mTags);
-            if (grown == nullptr) abort();
-            mTags = static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(grown);
-        }
-        mTags[mCount++] = {start, end, pos, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE};
-    }
-    size_t count() const { return mCount; }
-    const ST_MEDIA_SUBTITLE_PARSER_TAG& operator[](size_t i) const { return mTags[i]; }
-
-private:
-    ST_MEDIA_SUBTITLE_PARSER_TAG* mTags = nullptr;
-    size_t mCount = 0;
-    size_t mCapacity = 0;
-};
-
-/// A number and the character behind it.
-const char* number(const char* p, char behind, U32* value) {
-    if (*p < '0' || *p > '9') return nullptr;
-    for (*value = 0; *p >= '0' && *p <= '9'; ++p) *value = *value * 10 + static_cast<U32>(*p - '0');
-    return *p == behind ? p + 1 : nullptr;
-}
-
-const char* time(const char* p, char behind, U32* ms) {
-    U32 h, m, s, f;
-    if ((p = number(p, ':', &h)) == nullptr || (p = number(p, ':', &m)) == nullptr) return nullptr;
-    if ((p = number(p, ',', &s)) == nullptr || (p = number(p, behind, &f)) == nullptr) return nullptr;
-    *ms = (h * 3600 + m * 60 + s) * 1000 + f;
-    return p;
-}
-
-/// One pass over 0-terminated text, line by line.
-void scanByHand(const char* text, Tags* tags) {
-    for (const char* p = text; *p != 0;) {
-        U32 start, end;
-        const char* q = time(p, ' ', &start);
-        if (q != nullptr && strncmp(q, "--> ", 4) == 0 && (q = time(q + 4, '\r', &end)) != nullptr && *q == '\n') {
-            p = q + 1;
-            tags->add(start, end, p - text);
-        }
-        while (*p != 0 && *p != '\n') ++p;
-        if (*p == '\n') ++p;
-    }
-}
-
-void memchrLines(benchmark::State& state) {
-    const std::string data = srtFilm(kLargeFile);
+void memchrLines(benchmark::State& state, const Format& format) {
+    const std::string data = format.film(kLargeFile);
     for (auto _ : state) {
         size_t lines = 0;
         const char* const end = data.data() + data.size();
@@ -90,13 +33,13 @@ bool sameTags(const Tags& tags, const SubtitleParser& parser) {
     return true;
 }
 
-void handWritten(benchmark::State& state) {
-    const std::string data = srtFilm(kLargeFile);
-    const std::unique_ptr<SubtitleParser> parser = loadAndScan(formats.front(), data);
+void byHand(benchmark::State& state, const Format& format, ScanByHand scan) {
+    const std::string data = format.film(kLargeFile);
+    const std::unique_ptr<SubtitleParser> parser = loadAndScan(format, data);
     bool same = true;
     for (auto _ : state) {
         Tags tags;
-        scanByHand(data.c_str(), &tags);
+        scan(data.data(), data.data() + data.size(), &tags);
         state.PauseTiming();
         same = same && sameTags(tags, *parser);
         state.ResumeTiming();
@@ -108,8 +51,16 @@ void handWritten(benchmark::State& state) {
 }  // namespace
 
 void registerYardsticks() {
-    add(kScanGroup, "yardstick: memchr from line end to line end", memchrLines)->Repetitions(5);
-    add(kScanGroup, "yardstick: SRT by hand, the same tags", handWritten)->Repetitions(5);
+    for (const Format& format : formats) {
+        add(kScanGroup, "memchr from line end to line end: " + std::string(format.name),
+            [&format](benchmark::State& state) { memchrLines(state, format); })
+            ->Repetitions(5);
+        const ScanByHand scan = scanByHand(format.name);
+        if (scan == nullptr) continue;
+        add(kScanGroup, "by hand, the same tags: " + std::string(format.name),
+            [&format, scan](benchmark::State& state) { byHand(state, format, scan); })
+            ->Repetitions(5);
+    }
 }
 
 }  // namespace bench

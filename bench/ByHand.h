@@ -1,0 +1,50 @@
+/// What a programmer would write for well-formed files of one format without another thought: no other spelling than
+/// the usual one, no damage, no encoding but 8-bit. The measure for what the parsers do.
+#pragma once
+
+#include <stddef.h>
+#include <stdlib.h>
+
+#include "subtitle/SubtitleTypes.h"
+
+namespace bench {
+
+using namespace android;
+
+/// The parser's own record and its way of growing; not cleared.
+class Tags {
+public:
+    Tags() = default;
+    ~Tags() { free(mTags); }
+    Tags(const Tags&) = delete;
+    Tags& operator=(const Tags&) = delete;
+
+    void add(U32 start, U32 end, S64 pos) {
+        if (mCount == mCapacity) grow();
+        mTags[mCount++] = {start, end, pos, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE};
+    }
+    size_t count() const { return mCount; }
+    const ST_MEDIA_SUBTITLE_PARSER_TAG* begin() const { return mTags; }
+    const ST_MEDIA_SUBTITLE_PARSER_TAG* end() const { return mTags + mCount; }
+    const ST_MEDIA_SUBTITLE_PARSER_TAG& operator[](size_t i) const { return mTags[i]; }
+
+private:
+    __attribute__((noinline)) void grow() {
+        mCapacity += 8192;
+        void* const grown = realloc(mTags, mCapacity * sizeof *mTags);
+        if (grown == nullptr) abort();
+        mTags = static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(grown);
+    }
+
+    ST_MEDIA_SUBTITLE_PARSER_TAG* mTags = nullptr;
+    size_t mCount = 0;
+    size_t mCapacity = 0;
+};
+
+/// A scan: the tags of the text from `text` up to `end`, where a 0 stands.
+using ScanByHand = void (*)(const char* text, const char* end, Tags* tags);
+
+/// The scan of the format with that name in `formats`; null when there is none.
+ScanByHand scanByHand(const char* format);
+
+}  // namespace bench
