@@ -47,4 +47,10 @@ using ScanByHand = void (*)(const char* text, const char* end, Tags* tags);
 /// The scan of the format with that name in `formats`; null when there is none.
 ScanByHand scanByHand(const char* format);
 
+/// The text that begins at `text`, put to `out`, not terminated; answers its end. The next entry's begins at `end`.
+using TextByHand = char* (*)(const char* text, const char* end, char* out);
+
+/// The same for texts.
+TextByHand textByHand(const char* format);
+
 }  // namespace bench
