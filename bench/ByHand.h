@@ -53,4 +53,16 @@ using TextByHand = char* (*)(const char* text, const char* end, char* out);
 /// The same for texts.
 TextByHand textByHand(const char* format);
 
+/// Reads the file whole and scans it, on the calling thread; answers the number of tags, 0 when it cannot be read.
+size_t openByHand(const char* path, ScanByHand scan);
+
+/// Size of a decoded subpicture; 0 x 0 for none.
+struct PictureSize {
+    unsigned width, height;
+};
+
+/// Reads the subpicture from `begin` to `end` of a VobSub stream and decodes it into `codes`, a byte a pixel. Up to
+/// 16 bytes behind them are written, too.
+PictureSize pictureByHand(int fd, S64 begin, S64 end, U8* codes);
+
 }  // namespace bench

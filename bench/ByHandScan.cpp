@@ -30,16 +30,26 @@ U32 seconds(const char* p) {
     return static_cast<U32>((pairs & 0xFF) * 3600 + (pairs >> 24 & 0xFF) * 60 + (pairs >> 48 & 0xFF));
 }
 
-/// The number of at most seven digits at `p`, which moves behind it.
-inline __attribute__((always_inline)) U32 number(const char*& p) {
-    const U64 characters = eight(p) ^ 0x3030303030303030;
-    const U64 others = (characters + 0x7676767676767676) | characters;  // the highest bit of what is no digit
-    const int count = __builtin_ctzll(others & 0x8080808080808080) / 8;
-    const U64 digits = characters << (8 - count) * 8;  // zeros in front
+/// Eight digits as `eight` gives them, their upper halves cleared.
+U32 valueOf(U64 digits) {
     const U64 pairs = digits * 10 + (digits >> 8);
-    p += count;
     return static_cast<U32>((pairs & 0xFF) * 1000000 + (pairs >> 16 & 0xFF) * 10000 + (pairs >> 32 & 0xFF) * 100 +
                             (pairs >> 48 & 0xFF));
+}
+
+/// The number at `p`, which moves behind it.
+inline __attribute__((always_inline)) U32 number(const char*& p) {
+    const U64 characters = eight(p) ^ 0x3030303030303030;
+    // the highest bit of what is no digit
+    const U64 others = ((characters + 0x7676767676767676) | characters) & 0x8080808080808080;
+    if (others != 0) {
+        const int count = __builtin_ctzll(others) / 8;
+        p += count;
+        return valueOf(characters << (8 - count) * 8);  // zeros in front
+    }
+    U32 value = valueOf(characters);
+    for (p += 8; isDigit(*p); ++p) value = value * 10 + digit(*p);
+    return value;
 }
 
 // 1

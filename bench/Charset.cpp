@@ -8,31 +8,33 @@ using namespace android;
 
 namespace {
 
+constexpr U32 kLookups = 1000;
+
 template <class Code>
-void lookUp(benchmark::State& state, U16 (SubtitleParser::*convert)(Code), U32 first, U32 last) {
-    SubtitleParser parser;
-    U32 code = first;
-    for (auto _ : state) {
-        code = first + (code - first + 7919) % (last - first + 1);
-        benchmark::DoNotOptimize((parser.*convert)(static_cast<Code>(code)));
-    }
-    reportRate(state, "per s", 1);
+void addTable(const char* title, U16 (SubtitleParser::*convert)(Code), U32 first, U32 last) {
+    add(title, [=]() -> std::vector<Measure> {
+        return {[=] {
+            SubtitleParser parser;
+            U32 code = first;
+            return cpuNsEach(kLookups, [&] {
+                for (U32 i = 0; i < kLookups; ++i) {
+                    code = first + (code - first + 7919) % (last - first + 1);
+                    keep((parser.*convert)(static_cast<Code>(code)));
+                }
+            });
+        }};
+    });
 }
 
 }  // namespace
 
 void registerCharset() {
-    constexpr const char* kGroup = "table lookups";
-    add(kGroup, "GBK",
-        [](benchmark::State& state) { lookUp<U16>(state, &SubtitleParser::GBToUnicode, 0x8140, 0xFEFE); });
-    add(kGroup, "Big5",
-        [](benchmark::State& state) { lookUp<U16>(state, &SubtitleParser::BIG52Unicode, 0xA140, 0xF9D5); });
-    add(kGroup, "Windows-1256",
-        [](benchmark::State& state) { lookUp<U8>(state, &SubtitleParser::Farsi2Unicode, 0x80, 0xFF); });
-    add(kGroup, "Windows-1252",
-        [](benchmark::State& state) { lookUp<U8>(state, &SubtitleParser::Spanish2Unicode, 0x80, 0xFF); });
-    add(kGroup, "ISO 8859-8",
-        [](benchmark::State& state) { lookUp<U8>(state, &SubtitleParser::Hebrew2Unicode, 0xAA, 0xFE); });
+    begin({"A code looked up in a conversion table", "ns", Better::kLower, {}});
+    addTable<U16>("GBK", &SubtitleParser::GBToUnicode, 0x8140, 0xFEFE);
+    addTable<U16>("Big5", &SubtitleParser::BIG52Unicode, 0xA140, 0xF9D5);
+    addTable<U8>("Windows-1256", &SubtitleParser::Farsi2Unicode, 0x80, 0xFF);
+    addTable<U8>("Windows-1252", &SubtitleParser::Spanish2Unicode, 0x80, 0xFF);
+    addTable<U8>("ISO 8859-8", &SubtitleParser::Hebrew2Unicode, 0xAA, 0xFE);
 }
 
 }  // namespace bench

@@ -24,6 +24,13 @@ const std::vector<Format> formats = {
 #undef VX_SUB_DIALECT
 };
 
+const Format& formatNamed(const char* name) {
+    for (const Format& format : formats) {
+        if (strcmp(format.name, name) == 0) return format;
+    }
+    abort();
+}
+
 std::string encode(const Format& format, Encoding encoding, size_t size) {
     if (encoding == kEightBit) return format.film(size);
     const std::string film = format.film(size / 2);

@@ -26,6 +26,14 @@ struct Format {
 
 extern const std::vector<Format> formats;
 
+const Format& formatNamed(const char* name);
+
+struct WideEncoding {
+    Encoding encoding;
+    const char* name;
+};
+constexpr WideEncoding wideEncodings[] = {{kUtf16Le, "UTF-16 LE"}, {kUtf16Be, "UTF-16 BE"}};
+
 /// The film in an encoding, `size` bytes of it, with a byte-order mark where it is UTF-16.
 std::string encode(const Format& format, Encoding encoding, size_t size);
 

@@ -1,58 +1,106 @@
-/// Results as a table: each benchmark reports one figure under its unit.
+/// The benchmarks' table: groups of rows, each a piece of work done in several ways. Every row is measured in rounds
+/// that take its ways in turn, so that a machine that is slow for a while is slow for all of them; figures are medians
+/// over the rounds, and so are the ratios to the first way.
 #pragma once
 
 #include <stdio.h>
+#include <time.h>
 
-#include <benchmark/benchmark.h>
-
+#include <algorithm>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace bench {
 
-// The rows of each file, in the table's order.
-void registerTextFormats();  ///< every row of `formats`
-void registerYardsticks();   ///< what the scans are measured against; right behind them
+// The groups of each file, in the table's order.
+void registerScan();
+void registerText();
+void registerLookup();
+void registerOpening();
 void registerDispatcher();
+void registerMemory();
+void registerPictures();
 void registerCharset();
-void registerVobSub();
 void registerPushedQueue();
 
-constexpr char kScanGroup[] = "scan of 32 MiB, from memory to tags";
-constexpr size_t kLargeFile = 32 << 20;
+/// One round's figure, in the unit of its group. None: there is nothing to compare with, or it is not installed.
+using Measure = std::function<double()>;
 
-/// A row `title` under the heading `group`.
-template <class Body>
-benchmark::internal::Benchmark* add(const std::string& group, const std::string& title, Body body) {
-    return benchmark::RegisterBenchmark((group + "/" + title).c_str(), body);
-}
+/// What a way stands for that could be measured if it were installed.
+Measure notInstalled();
 
-/// Sets what the table shows: "how much" in `unit`.
-inline void report(benchmark::State& state, const char* unit, double value) { state.counters[unit] = value; }
+enum class Better { kLower, kHigher };
 
-/// The same as a rate: `perIteration` units of work, in `unit` per second of CPU time.
-inline void reportRate(benchmark::State& state, const char* unit, double perIteration) {
-    state.counters[unit] = benchmark::Counter(perIteration, benchmark::Counter::kIsIterationInvariantRate);
-}
-
-/// CPU time per piece of work, with `perIteration` pieces in each iteration.
-inline void reportNanosecondsEach(benchmark::State& state, double perIteration) {
-    using benchmark::Counter;
-    state.counters["ns"] =
-        Counter(perIteration * 1e-9, Counter::Flags(Counter::kIsIterationInvariantRate | Counter::kInvert));
-}
-
-/// One row per benchmark: its name, the figure (the median where it was repeated) and the unit.
-class Table : public benchmark::BenchmarkReporter {
-public:
-    explicit Table(FILE* out) : mOut(out) {}
-    bool ReportContext(const Context& context) override;
-    void ReportRuns(const std::vector<Run>& runs) override;
-    bool failed() const { return mFailed; }
-
-private:
-    FILE* mOut;
-    std::string mGroup;
-    bool mFailed = false;
+struct Group {
+    std::string title;
+    const char* unit;
+    Better better;
+    std::vector<const char*> others;  ///< the ways that the library is measured against
 };
+
+/// A group; rows that are added from now on belong to it.
+void begin(const Group& group);
+
+/// A row of the last group. `prepare` makes its ways, the library's first, right before they are measured; what they
+/// own is gone behind the row. Not all of the group's ways need to be there.
+void add(const std::string& title, std::function<std::vector<Measure>()> prepare, int rounds = 5);
+
+/// The table of all rows whose group or title holds `filter`, as Markdown.
+void run(FILE* out, const std::string& filter);
+
+/// Ends the program: what was measured did not do its work.
+[[noreturn]] void fail(const std::string& why);
+
+/// The compiler has to come up with the value.
+template <class T>
+void keep(const T& value) {
+    asm volatile("" : : "r,m"(value) : "memory");
+}
+
+// ---- Time ----
+
+inline double clockNs(clockid_t clock) {
+    timespec now;
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
+
+/// Nanoseconds of this thread's processor time that one call takes.
+template <class Work>
+double cpuNs(Work work) {
+    const double start = clockNs(CLOCK_THREAD_CPUTIME_ID);
+    work();
+    return clockNs(CLOCK_THREAD_CPUTIME_ID) - start;
+}
+
+/// The same on the wall clock.
+template <class Work>
+double wallNs(Work work) {
+    const double start = clockNs(CLOCK_MONOTONIC);
+    work();
+    return clockNs(CLOCK_MONOTONIC) - start;
+}
+
+/// Nanoseconds of processor time for each of `pieces` pieces of work that a call does, called again and again for a
+/// while.
+template <class Work>
+double cpuNsEach(double pieces, Work work) {
+    constexpr double kWhile = 15e6;
+    double passed = 0;
+    size_t calls = 0;
+    for (size_t batch = 1; passed < kWhile; batch *= 2, calls += batch / 2) {
+        passed += cpuNs([&] {
+            for (size_t i = 0; i < batch; ++i) work();
+        });
+    }
+    return passed / (static_cast<double>(calls) * pieces);
+}
+
+inline double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
 
 }  // namespace bench
