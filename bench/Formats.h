@@ -28,11 +28,12 @@ extern const std::vector<Format> formats;
 
 const Format& formatNamed(const char* name);
 
-struct WideEncoding {
+struct NamedEncoding {
     Encoding encoding;
     const char* name;
 };
-constexpr WideEncoding wideEncodings[] = {{kUtf16Le, "UTF-16 LE"}, {kUtf16Be, "UTF-16 BE"}};
+constexpr NamedEncoding wideEncodings[] = {{kUtf16Le, "UTF-16 LE"}, {kUtf16Be, "UTF-16 BE"}};
+constexpr NamedEncoding encodings[] = {{kEightBit, "8-bit"}, wideEncodings[0], wideEncodings[1]};
 
 /// The film in an encoding, `size` bytes of it, with a byte-order mark where it is UTF-16.
 std::string encode(const Format& format, Encoding encoding, size_t size);

@@ -1,19 +1,18 @@
 // VobSub: index lines, subpictures read and decoded, pictures drawn.
 #include <fcntl.h>
-#include <gui/IGraphicBufferProducer.h>
 #include <stdlib.h>
 #include <string.h>
-#include <ui/GraphicBufferMapper.h>
 #include <unistd.h>
 
 #include <memory>
 
 #include "bench/ByHand.h"
 #include "bench/General.h"
+#include "bench/OneSurface.h"
 #include "bench/Table.h"
+#include "bench/VobSubFilms.h"
 #include "subtitle/MPEGSubtitleDecoder.h"
 #include "tests/support/VobSubPair.h"
-#include "tools/samples/VobSubMaker.h"
 
 namespace bench {
 
@@ -21,46 +20,9 @@ using namespace android;
 
 namespace {
 
-constexpr int kSurfaceWidth = 1920, kSurfaceHeight = 1080;
-constexpr size_t kSurfaceBytes = size_t{kSurfaceWidth} * kSurfaceHeight * 4;
-
-/// The pixels of the one surface there is here, touched once.
-U8* surfacePixels() {
-    static const std::vector<U8> pixels(kSurfaceBytes, 1);
-    return const_cast<U8*>(pixels.data());
-}
-
-/// Hands out the same buffer again and again, and shows it nowhere: what is measured is the drawing.
-class OneBuffer : public IGraphicBufferProducer {
-public:
-    OneBuffer() {
-        mBuffer.width = mBuffer.stride = kSurfaceWidth;
-        mBuffer.height = kSurfaceHeight;
-        mBuffer.common.incRef = mBuffer.common.decRef = [](android_native_base_t*) {};
-    }
-    status_t dequeue(ANativeWindowBuffer** buffer, uint64_t) override {
-        *buffer = &mBuffer;
-        return OK;
-    }
-    status_t queue(ANativeWindowBuffer*, int) override { return OK; }
-    status_t cancel(ANativeWindowBuffer*, int) override { return OK; }
-
-private:
-    ANativeWindowBuffer mBuffer;
-};
-
-/// Two lines of text, about 600x80.
-std::string textUnit() {
-    samples::Subpicture picture;
-    picture.bitmap = samples::drawText({"THE HARBOUR WAS EMPTY", "WHEN WE CAME BACK."}, 4);
-    picture.spareLines = 1;
-    return samples::encodeUnit(picture);
-}
-
 std::vector<Measure> indexLines() {
     constexpr U32 kLines = 8000;
-    std::string idx = "size: 720x576\nid: en, index: 0\n";
-    for (U32 i = 0; i < kLines; ++i) idx += samples::indexLine(i * 1000, i * 0x800) + "\n";
+    const std::string idx = textFilm(kLines).idx();
     const auto files = std::make_shared<test::VobSubInMemory>();
     return {[=] {
         const double ns = cpuNsEach(kLines, [&] { files->load(idx, ""); });
@@ -98,19 +60,14 @@ std::vector<Measure> decoded() {
 
 /// A film of three pictures on disk.
 struct Film {
-    Film() : files(film().idx(), film().sub()), parser(files.path()), fd(open(files.sub().c_str(), O_RDONLY)) {
+    Film()
+        : files(textFilm(3).idx(), textFilm(3).sub()), parser(files.path()), fd(open(files.sub().c_str(), O_RDONLY)) {
         if (parser.BeginParse() != TRUE || parser.GetTagNum() != 3) fail("the pictures did not open");
     }
     ~Film() { close(fd); }
     Film(const Film&) = delete;
     Film& operator=(const Film&) = delete;
 
-    static samples::VobSub film() {
-        samples::VobSub made(720, 576, {0x000000, 0xFFFFFF, 0x202020});
-        made.track("en");
-        for (U32 i = 0; i < 3; ++i) made.addUnit(i * 1000, textUnit());
-        return made;
-    }
     void ours(U32 tag) {
         if (parser.GetData(0, nullptr, 0, tag, &info) == 0) fail("a picture is missing");
     }
@@ -149,38 +106,16 @@ std::vector<Measure> readAndDecoded() {
 
 // ---- Drawing ----
 
-/// A picture of a 720x576 frame, drawn on the cleared surface; beside it the surface cleared once.
-std::vector<Measure> drawn(U16 width, U16 height, U8 code) {
-    const auto parser = std::make_shared<SubtitleParserSUBIDX>(-1, -1, 0, 0);
-    parser->m_u32Width = 720;
-    parser->m_u32Height = 576;
-    for (U32& colour : parser->m_au32Palette_result) colour = 0xFF808080;
-    if (code == 0) parser->m_au32Palette_result[0] = 0;
-    const sp<OneBuffer> producer = new OneBuffer;
-    parser->SetIGraphicBufferProducer(producer);
-    std::shared_ptr<std::vector<U8>> codes = std::make_shared<std::vector<U8>>(size_t{width} * height, code);
-    if (code == 0) {
-        const samples::Bitmap text = samples::drawText({"THE HARBOUR WAS EMPTY", "WHEN WE CAME BACK."}, 4);
-        for (unsigned y = 0; y < height && y < text.height; ++y) {
-            for (unsigned x = 0; x < width && x < text.width; ++x) (*codes)[size_t{y} * width + x] = text.at(x, y);
-        }
-    }
-    return {[=] {
-                return cpuNsEach(1,
-                                 [&] {
-                                     if (parser->_render(codes->data(), width, height) != TRUE)
-                                         fail("nothing was drawn");
-                                 }) /
-                       1e3;
-            },
-            [] {
-                return cpuNsEach(1,
-                                 [] {
-                                     memset(surfacePixels(), 0, kSurfaceBytes);
-                                     keep(surfacePixels());
-                                 }) /
-                       1e3;
-            }};
+/// A picture drawn on the cleared surface; beside it the surface cleared once.
+std::vector<Measure> drawn(const DrawnPicture& picture) {
+    const auto draw = [picture, parser = parserOfSurface(picture)] {
+        if (parser->_render(picture.codes.data(), picture.width, picture.height) != TRUE) fail("nothing was drawn");
+    };
+    const auto clear = [] {
+        memset(surfacePixels(), 0, kSurfaceBytes);
+        keep(surfacePixels());
+    };
+    return {[=] { return cpuNsEach(1, draw) / 1e3; }, [=] { return cpuNsEach(1, clear) / 1e3; }};
 }
 
 // ---- The inspector ----
@@ -189,9 +124,7 @@ std::vector<Measure> drawn(U16 width, U16 height, U8 code) {
 /// Milliseconds a picture, the program's start included.
 std::vector<Measure> rendered() {
     constexpr U32 kPictures = 100;
-    samples::VobSub film(720, 576, {0x000000, 0xFFFFFF, 0x202020});
-    film.track("en");
-    for (U32 i = 0; i < kPictures; ++i) film.addUnit(i * 1000, textUnit());
+    const samples::VobSub film = textFilm(kPictures);
     const auto files = std::make_shared<test::VobSubPair>(film.idx(), film.sub());
     return {[=] {
         const std::string folder = files->idx() + ".pictures";
@@ -214,8 +147,7 @@ void registerPictures() {
     add("the same read from its packs and decoded", readAndDecoded);
     begin(
         {"Drawing a picture of a 720x576 frame on a surface of 1920x1080", "µs", Better::kLower, {"clearing it once"}});
-    add("600x80, two lines of text", [] { return drawn(600, 80, 0); });
-    add("720x576, opaque", [] { return drawn(720, 576, 1); });
+    for (const DrawnPicture& picture : drawnPictures()) add(picture.title, [picture] { return drawn(picture); });
 #ifdef BENCH_VXSUB
     begin({"vxsub render --all", "ms a picture", Better::kLower, {}});
     add("600x80 on 1920x1080, into PNG files", rendered);
@@ -223,10 +155,3 @@ void registerPictures() {
 }
 
 }  // namespace bench
-
-// In place of the desktop's: there is one surface.
-android::status_t android::GraphicBufferMapper::lock(buffer_handle_t, uint32_t, const Rect&, void** address) {
-    *address = bench::surfacePixels();
-    return OK;
-}
-android::status_t android::GraphicBufferMapper::unlock(buffer_handle_t) { return OK; }
