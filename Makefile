@@ -14,6 +14,7 @@ TIDIED = $(filter-out %/empty_7z.cpp,$(shell find subtitle platform tools -name 
 SECONDS ?= 60
 TARGET ?=
 RECORD ?=
+REASON ?=
 CASES ?= 200000
 COUNT ?= 600
 SEED ?=
@@ -41,7 +42,11 @@ help:
 	@echo 'make coverage which lines and branches of the library the tests run (RECORD=1: goes into docs/quality.md)'
 	@echo 'make mutants  changes the library in COUNT=600 ways chosen by SEED=n, and looks whether a test fails for each'
 	@echo '              (again with the same SEED: goes on; AT=FILE:LINE: those of one line; RECORD=1 as above)'
-	@echo 'make bench    the benchmarks; their table goes into docs/performance.md'
+	@echo 'make bench    the benchmarks: ours, by hand, general libraries; their table goes into docs/performance.md'
+	@echo 'make bench-busy  how long a film takes to open on a machine that has no time; make bench-arm: the pace on'
+	@echo '              32-bit ARM under qemu-user; both tables go there, too'
+	@echo 'make instructions  the instructions of each operation against bench/instructions.txt'
+	@echo "              (RECORD=1 REASON='what changed': writes them anew)"
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make format   clang-format on every source'
 	@echo 'make tidy     clang-tidy on the library and the tools'
@@ -132,14 +137,38 @@ mutants:
 	@nice tools/mutants.py --jobs $(JOBS) --count $(COUNT) $(if $(SEED),--seed $(SEED)) \
 	    $(addprefix --at ,$(AT)) $(if $(RECORD),--record)
 
+# $(call table,command,document,name): what a command prints becomes a table of a document.
+table = $(1) | tee build/$(3)-table.txt && tools/write_table.sh $(2) $(3) <build/$(3)-table.txt
+
 .PHONY: bench
 bench: SHELL := /bin/bash
 bench: .SHELLFLAGS := -o pipefail -c
 bench:
 	@$(SETUP) build bench
 	$(call build,bench)
-	@build/bench/bench/vxsubtitle_bench | tee build/bench/table.txt
-	@sed 's/./    &/' build/bench/table.txt | tools/write_table.sh docs/performance.md bench
+	@$(call table,build/bench/bench/vxsubtitle_bench,docs/performance.md,bench)
+
+.PHONY: bench-busy
+bench-busy: SHELL := /bin/bash
+bench-busy: .SHELLFLAGS := -o pipefail -c
+bench-busy:
+	@$(SETUP) build
+	@cmake --preset bench --log-level=WARNING && cmake --build --preset bench --target vxsubtitle_busy
+	@$(call table,build/bench/bench/vxsubtitle_busy,docs/performance.md,busy)
+
+.PHONY: bench-arm
+bench-arm: SHELL := /bin/bash
+bench-arm: .SHELLFLAGS := -o pipefail -c
+bench-arm:
+	@$(SETUP) arm
+	$(call build,arm-bench)
+	@$(call table,qemu-arm build/arm-bench/bench/vxsubtitle_pace,docs/performance.md,arm)
+
+.PHONY: instructions
+instructions:
+	@$(SETUP) build instructions
+	@cmake --preset bench --log-level=WARNING && cmake --build --preset bench --target vxsubtitle_instructions
+	@tools/instructions.py build/bench/bench/vxsubtitle_instructions $(if $(RECORD),--record '$(REASON)')
 
 .PHONY: format
 format:

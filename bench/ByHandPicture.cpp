@@ -74,7 +74,7 @@ const U8* decodeRow(const U8* data, unsigned width, U8* codes) {
 PictureSize pictureByHand(int fd, S64 begin, S64 end, U8* codes) {
     static U8 unit[kLargestUnit];
     const size_t size = static_cast<size_t>(end - begin);
-    if (size > sizeof unit || pread(fd, unit, size, begin) != static_cast<ssize_t>(size)) return {};
+    if (size > sizeof unit || pread(fd, unit, size, static_cast<off_t>(begin)) != static_cast<ssize_t>(size)) return {};
     if (joinPacks(unit, size) < word(unit)) return {};
     Commands commands = readCommands(unit);
     for (unsigned y = 0; y < commands.size.height; ++y) {

@@ -73,7 +73,7 @@ void printRow(FILE* out, const Row& row) {
 }
 
 void printHead(FILE* out, const Group& group) {
-    fprintf(out, "\n**%s, %s**\n\n| | ours |", group.title.c_str(), group.unit);
+    fprintf(out, "**%s, %s**\n\n| | ours |", group.title.c_str(), group.unit);
     for (const char* other : group.others) fprintf(out, " %s |", other);
     for (const char* other : group.others) fprintf(out, " ours : %s |", other);
     fprintf(out, "\n|---|");
@@ -97,7 +97,10 @@ void run(FILE* out, const std::string& filter) {
     std::string group;
     for (const Row& row : rows()) {
         if ((row.group.title + "/" + row.title).find(filter) == std::string::npos) continue;
-        if (group != row.group.title) printHead(out, row.group);
+        if (group != row.group.title) {
+            if (!group.empty()) fprintf(out, "\n");
+            printHead(out, row.group);
+        }
         group = row.group.title;
         printRow(out, row);
     }

@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     // The table goes where standard output goes; what a worker prints there does not.
     FILE* const out = fdopen(dup(STDOUT_FILENO), "w");
     if (out == nullptr || freopen("/dev/null", "w", stdout) == nullptr) return 1;
-    fprintf(out, "%s, %ld x %s MHz; g++ %s; %s\n", processor("model name").c_str(), sysconf(_SC_NPROCESSORS_ONLN),
+    fprintf(out, "%s, %ld x %s MHz; g++ %s; %s\n\n", processor("model name").c_str(), sysconf(_SC_NPROCESSORS_ONLN),
             processor("cpu MHz").c_str(), __VERSION__, bench::generalLibraries().c_str());
     bench::registerScan();
     bench::registerText();

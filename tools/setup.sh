@@ -14,7 +14,8 @@ packages_of() {
     valgrind) echo "valgrind" ;;
     coverage) echo "clang-14 libclang-rt-14-dev llvm-14 python3" ;;
     mutants) echo "python3" ;;
-    bench) echo "libbenchmark-dev" ;;
+    bench) echo "pkg-config libavformat-dev libavcodec-dev libass-dev" ;;
+    instructions) echo "valgrind python3" ;;
     format) echo "clang-format-14" ;;
     tidy) echo "clang-tidy-14" ;;
     ci) echo "git make python3" ;;
