@@ -168,7 +168,7 @@ bench-arm:
 instructions:
 	@$(SETUP) build instructions
 	@cmake --preset bench --log-level=WARNING && cmake --build --preset bench --target vxsubtitle_instructions
-	@tools/instructions.py build/bench/bench/vxsubtitle_instructions $(if $(RECORD),--record '$(REASON)')
+	@tools/instructions.py build/bench/bench/vxsubtitle_instructions $(if $(RECORD),--record "$$REASON")
 
 .PHONY: format
 format:

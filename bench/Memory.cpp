@@ -1,6 +1,8 @@
 // What opening a file adds to the process at its highest.
 #include <malloc.h>
 #include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -25,14 +27,28 @@ double statusOf(const char* key) {
     return 0;
 }
 
+/// In a process of its own, so that what `open` leaves behind is gone for the next one.
 template <class Open>
 Measure highest(Open open) {
     return [=] {
-        malloc_trim(0);
-        std::ofstream("/proc/self/clear_refs") << "5\n";  // the highest so far is what is in use now
-        const double before = statusOf("VmRSS:");
-        open();
-        return statusOf("VmHWM:") - before;
+        int ends[2];
+        if (pipe(ends) != 0) fail("no pipe");
+        const pid_t child = fork();
+        if (child == 0) {
+            open();  // what only the first one touches is not counted
+            malloc_trim(0);
+            std::ofstream("/proc/self/clear_refs") << "5\n";  // the highest so far is what is in use now
+            const double before = statusOf("VmRSS:");
+            open();
+            const double added = statusOf("VmHWM:") - before;
+            _exit(write(ends[1], &added, sizeof added) == sizeof added ? 0 : 1);
+        }
+        close(ends[1]);
+        double added = 0;
+        if (read(ends[0], &added, sizeof added) != sizeof added) fail("a film did not open");
+        close(ends[0]);
+        waitpid(child, nullptr, 0);
+        return added;
     };
 }
 
@@ -40,7 +56,7 @@ Measure ours(const Format& format, const File& file) {
     return highest([&format, file] {
         std::string path = file->path();
         const auto parser = format.onPath(path.data());
-        if (parser->BeginParse() != TRUE) fail("a film did not open");
+        if (parser->BeginParse() != TRUE) _exit(1);
     });
 }
 
@@ -61,13 +77,11 @@ Measure general(const Format& format, const File& file) {
 
 void registerMemory() {
     begin({"Memory at its highest while a file is opened", "KiB", Better::kLower, {"by hand", "libavformat"}});
-    for (const size_t size : {size_t{90000}, size_t{32} << 20}) {
-        add(size < 1 << 20 ? "SRT, 90 KB" : "SRT, 32 MiB", [size]() -> std::vector<Measure> {
-            const Format& srt = formatNamed("SRT");
-            const auto file = std::make_shared<test::TempFile>(encode(srt, kEightBit, size));
-            return {ours(srt, file), byHand(srt, file), general(srt, file)};
-        });
-    }
+    add("SRT, 32 MiB", []() -> std::vector<Measure> {
+        const Format& srt = formatNamed("SRT");
+        const auto file = std::make_shared<test::TempFile>(encode(srt, kEightBit, 32 << 20));
+        return {ours(srt, file), byHand(srt, file), general(srt, file)};
+    });
 }
 
 }  // namespace bench

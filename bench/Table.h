@@ -14,12 +14,12 @@
 namespace bench {
 
 // The groups of each file, in the table's order.
+void registerMemory();
 void registerScan();
 void registerText();
 void registerLookup();
 void registerOpening();
 void registerDispatcher();
-void registerMemory();
 void registerPictures();
 void registerCharset();
 void registerPushedQueue();
