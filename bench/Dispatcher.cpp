@@ -10,7 +10,6 @@ namespace bench {
 namespace {
 
 constexpr size_t kFilm = 90000;
-constexpr int kOpenings = 60;
 
 using Type = EN_MEDIA_SUBTITLE_PARSER_TYPE;
 
@@ -24,24 +23,14 @@ Type decide(const test::TempFile& file) {
     return info.eSubtitleType;
 }
 
-/// The median wall time of `open`, in microseconds.
-template <class Open>
-Measure opening(Open open) {
-    return [=] {
-        std::vector<double> samples;
-        for (int i = 0; i < kOpenings; ++i) samples.push_back(wallNs(open));
-        return median(samples) / 1e3;
-    };
-}
-
 /// The dispatcher, and the dialect's parser alone.
 std::vector<Measure> ways(Type type, const std::string& film, const char* dialect) {
     const auto file = std::make_shared<test::TempFile>(film);
-    std::vector<Measure> both = {opening([file, type] {
+    std::vector<Measure> both = {medianWallUs([file, type] {
         if (decide(*file) != type) fail("the dispatcher decided otherwise");
     })};
     if (dialect == nullptr) return both;
-    both.push_back(opening([file, &format = formatNamed(dialect)] {
+    both.push_back(medianWallUs([file, &format = formatNamed(dialect)] {
         std::string path = file->path();
         format.onPath(path.data())->BeginParse();
     }));

@@ -10,22 +10,15 @@ namespace bench {
 namespace {
 
 constexpr size_t kFilm = 90000;
-constexpr int kOpenings = 60;
 
 using File = std::shared_ptr<test::TempFile>;
 
-/// The median wall time of `open(path)`, which answers whether it worked, in microseconds.
+/// `open(path)` answers whether it worked.
 template <class Open>
 Measure opening(const File& file, Open open) {
-    return [=] {
-        std::vector<double> samples;
-        for (int i = 0; i < kOpenings; ++i) {
-            samples.push_back(wallNs([&] {
-                if (!open(file->path())) fail("a film did not open");
-            }));
-        }
-        return median(samples) / 1e3;
-    };
+    return medianWallUs([=] {
+        if (!open(file->path())) fail("a film did not open");
+    });
 }
 
 Measure ours(const Format& format, const File& file) {

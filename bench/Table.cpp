@@ -87,6 +87,15 @@ Measure notInstalled() {
     return [] { return kNotInstalled; };
 }
 
+Measure medianWallUs(std::function<void()> work) {
+    return [work = std::move(work)] {
+        constexpr size_t kCalls = 60;
+        std::vector<double> samples(kCalls);
+        for (double& sample : samples) sample = wallNs(work);
+        return median(samples) / 1e3;
+    };
+}
+
 void begin(const Group& group) { currentGroup() = group; }
 
 void add(const std::string& title, std::function<std::vector<Measure>()> prepare, int rounds) {

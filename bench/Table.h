@@ -97,6 +97,9 @@ double cpuNsEach(double pieces, Work work) {
     return passed / (static_cast<double>(calls) * pieces);
 }
 
+/// The median wall time of 60 calls, in microseconds.
+Measure medianWallUs(std::function<void()> work);
+
 inline double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());

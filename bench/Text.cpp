@@ -27,11 +27,11 @@ struct Scanned {
 };
 using Shared = std::shared_ptr<Scanned>;
 
-/// Nanoseconds an entry, times `pieces`.
-Measure ours(const Shared& scanned, double times = 1) {
-    return [scanned, times] {
+/// Nanoseconds for so many entries.
+Measure ours(const Shared& scanned, double entries = 1) {
+    return [scanned, entries] {
         static U8 text[kBuffer];
-        return times * cpuNsEach(scanned->count, [&] {
+        return entries * cpuNsEach(scanned->count, [&] {
                    for (U32 i = 0; i < scanned->count; ++i) {
                        if (scanned->parser->GetData(0, text, sizeof text, i) == 0) fail("a text is missing");
                    }
@@ -79,7 +79,7 @@ void registerText() {
             return {ours(scanned), byHand(format, scanned), general(format, scanned)};
         });
     }
-    // An entry has twice as many bytes.
+    // an entry has twice as many bytes
     begin({"Text of an entry, UTF-16", "ns", Better::kLower, {"two of 8-bit"}});
     for (const Format& format : formats) {
         for (const auto& [encoding, name] : wideEncodings) {
