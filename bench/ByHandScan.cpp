@@ -1,4 +1,4 @@
-// The scans by hand. Each is told by a comment how its film looks, and takes it by its columns.
+// The scans by hand. The comment above each shows how its film looks; it takes that by its columns.
 #include <string.h>
 
 #include "bench/ByHand.h"

@@ -11,7 +11,6 @@ struct Row {
     Group group;
     std::string title;
     std::function<std::vector<Measure>()> prepare;
-    int rounds;
 };
 
 std::vector<Row>& rows() {
@@ -24,6 +23,7 @@ Group& currentGroup() {
     return group;
 }
 
+constexpr int kRounds = 5;
 constexpr double kNotInstalled = -1;
 
 /// Three figures, and no more behind the point than they need.
@@ -37,7 +37,7 @@ std::string shown(double value) {
 std::vector<std::vector<double>> measure(const Row& row) {
     const std::vector<Measure> ways = row.prepare();
     std::vector<std::vector<double>> figures(1 + row.group.others.size());
-    for (int round = 0; round < row.rounds; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         for (size_t way = 0; way < ways.size() && way < figures.size(); ++way) {
             if (ways[way]) figures[way].push_back(ways[way]());
         }
@@ -98,8 +98,8 @@ Measure medianWallUs(std::function<void()> work) {
 
 void begin(const Group& group) { currentGroup() = group; }
 
-void add(const std::string& title, std::function<std::vector<Measure>()> prepare, int rounds) {
-    rows().push_back({currentGroup(), title, std::move(prepare), rounds});
+void add(const std::string& title, std::function<std::vector<Measure>()> prepare) {
+    rows().push_back({currentGroup(), title, std::move(prepare)});
 }
 
 void run(FILE* out, const std::string& filter) {

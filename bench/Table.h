@@ -44,7 +44,7 @@ void begin(const Group& group);
 
 /// A row of the last group. `prepare` makes its ways, the library's first, right before they are measured; what they
 /// own is gone behind the row. Not all of the group's ways need to be there.
-void add(const std::string& title, std::function<std::vector<Measure>()> prepare, int rounds = 5);
+void add(const std::string& title, std::function<std::vector<Measure>()> prepare);
 
 /// The table of all rows whose group or title holds `filter`, as Markdown.
 void run(FILE* out, const std::string& filter);

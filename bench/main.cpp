@@ -1,5 +1,6 @@
 // The benchmarks' table: vxsubtitle_bench [WORDS], where WORDS are a part of a group's or row's title.
 #include <stdio.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -25,8 +26,8 @@ int main(int argc, char** argv) {
     // The table goes where standard output goes; what a worker prints there does not.
     FILE* const out = fdopen(dup(STDOUT_FILENO), "w");
     if (out == nullptr || freopen("/dev/null", "w", stdout) == nullptr) return 1;
-    fprintf(out, "%s, %ld x %s MHz; g++ %s; %s\n\n", processor("model name").c_str(), sysconf(_SC_NPROCESSORS_ONLN),
-            processor("cpu MHz").c_str(), __VERSION__, bench::generalLibraries().c_str());
+    fprintf(out, "%s, %ld x %.0f MHz; g++ %s; %s\n\n", processor("model name").c_str(), sysconf(_SC_NPROCESSORS_ONLN),
+            strtod(processor("cpu MHz").c_str(), nullptr), __VERSION__, bench::generalLibraries().c_str());
     bench::registerMemory();  // first: no other row has torn the heap yet
     bench::registerScan();
     bench::registerText();
