@@ -75,7 +75,7 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 bound, U32 limit, U32 dat
     CloseFinder<Bytes> tags('>', Runs::kJoined, Zeros::kEndSearch);
     U32 at = 0;
     const auto is = [&](char c) { return at < dataSize && in.at(at) == Bytes::lit(c); };
-    while (at < bound && out.count() < limit && in.at(at) != 0) {
+    while (copyPlain<Stops<'{', '&', '<'>>(in, at, bound, out, limit)) {
         if (atLineBreak(in, at)) {
             if (endsEntry(in, at)) break;
             ++at;
@@ -111,9 +111,10 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 bound, U32 limit, U32 dat
 
 /// Little-endian text.
 U32 extractLe(WorkText<Utf16Le> in, TextSink<U16> out, U32 units, U32 limit) {
-    for (U32 at = 0; at < units && out.count() < limit && in.at(at) != 0; ++at) {
+    // kept(smi-utf16-markup): markup and entities stay
+    for (U32 at = 0; copyPlain<Stops<>>(in, at, units, out, limit); ++at) {
         if (!atLineBreak(in, at)) {
-            out.put(in.at(at));  // kept(smi-utf16-markup): markup and entities stay
+            out.put(in.at(at));
         } else if (endsEntry(in, at)) {
             break;
         }

@@ -129,8 +129,9 @@ private:
     template <class Enc>
     U32 line(WorkText<Enc> in, TextSink<typename Enc::Unit> out, U32 units, U32 limit) const {
         Markup<Enc> markup(dataBound, tagBound);
-        const auto atEnd = [&in](U32 i) { return in.at(i) == 0 || isLf<Enc>(in.at(i)) || atCrLf(in, i); };
-        for (U32 at = 0; at < units && out.count() < limit && !atEnd(at);) {
+        const auto atEnd = [&in](U32 i) { return isLf<Enc>(in.at(i)) || atCrLf(in, i); };
+        U32 at = 0;
+        while (copyPlain<typename Markup<Enc>::Stops>(in, at, units, out, limit) && !atEnd(at)) {
             // kept(ssa-drawing): drawing commands stand between two blocks, and are text
             // kept(break-N): \N and \n go out as they stand
             if (!markup.step(in, at, out)) return out.count();

@@ -130,7 +130,7 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 size, U32 dataSize, bool 
     bool endedAtZero = false;
     // False when the text ends without a terminating 0.
     const auto line = [&](U32 limit) {
-        while (out.count() < limit) {
+        while (copyPlain<Stops<'|', '{', '<'>>(in, at, in.units(), out, limit) || out.count() < limit) {
             const U8 c = in.at(at);
             endedAtZero = c == 0;
             if (c == 0 || atCrLf(in, at)) {  // kept(txt-lf): CR LF alone ends a line
@@ -162,7 +162,7 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 size, U32 dataSize, bool 
 template <class Enc>
 U32 extract16(WorkText<Enc> in, TextSink<U16> out, U32 limit) {
     const auto line = [&](U32 at) {
-        at = copyUntil(in, at, in.kUnits, out, limit, [&in](U32 i) { return atCrLf(in, i); });
+        at = copyUntil<Stops<>>(in, at, in.kUnits, out, limit, [&in](U32 i) { return atCrLf(in, i); });
         if (out.count() < limit && atCrLf(in, at)) {
             out.put(kCr);
             out.put(kLf);

@@ -7,6 +7,10 @@ namespace vxsubtitle {
 
 namespace {
 
+/// What plain text has none of, when `Others` are not plain and `Ends` may end it.
+template <class Ends, class Others>
+using StopsOf = typename Ends::template Stops<Others>;
+
 /// Where an entry's text goes, and what bounds its walk.
 struct Extraction {
     SubtitleParser& parser;
@@ -22,7 +26,8 @@ struct Extraction {
         const U32 dataSize = parser.m_u32SubtitleBufferDataSize;
         Markup<Bytes> markup(dataSize, span);
         TextSink<U8> out(buf, size);
-        for (U32 at = 0; at < dataSize && out.count() < limit && in.at(at) != 0 && !ends(in, at);) {
+        U32 at = 0;
+        while (copyPlain<StopsOf<Ends, Markup<Bytes>::Stops>>(in, at, dataSize, out, limit) && !ends(in, at)) {
             if (!markup.step(in, at, out)) return out.count();
         }
         trim(out);
@@ -31,13 +36,16 @@ struct Extraction {
     template <class Ends, class Trim>
     U32 walk(WorkText<Utf16Le> in, U32 limit, Ends ends, Trim trim) const {
         TextSink<U16> out(buf, size);
-        copyUntil(in, 0, copied / 2, out, limit, [&](U32 i) { return ends(in, i); });
+        copyUntil<StopsOf<Ends, Stops<>>>(in, 0, copied / 2, out, limit, [&](U32 i) { return ends(in, i); });
         trim(out);
         return out.finish();
     }
 };
 
 struct AtLineBreak {
+    template <class Others>
+    using Stops = Others;
+
     template <class Enc>
     bool operator()(const WorkText<Enc>& in, U32 i) const {
         // kept(sv1-lf): LF alone ends no text, so in LF files the next line is part of it
@@ -61,6 +69,9 @@ struct Line : Extraction {
 
 /// Digit, digit, ':' three times, digit, digit.
 struct AtTimeStamp {
+    template <class Others>
+    using Stops = StopsWithin<'0', '9', Others>;
+
     template <class Enc>
     bool operator()(const WorkText<Enc>& in, U32 i) const {
         for (U32 k = 0; k < 11; ++k) {

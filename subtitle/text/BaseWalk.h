@@ -25,7 +25,13 @@ public:
     U32 runBe(U32 units);
 
 private:
-    bool full() const { return mOut.count() >= mLimit; }
+    using MarkupStops = Stops<'<', '{'>;
+    using Big5Stops = StopsWithin<0x80, 0xFF, MarkupStops>;
+
+    template <class Stops>
+    bool copyText(U32 bound) {
+        return copyPlain<Stops>(mIn, mAt, bound, mOut, mLimit);
+    }
 
     /// Steps past the tag at '<', if it is one: what stands behind it is text whatever it is. True when the text
     /// ends right behind the tag, with a blank line below `blankBound`.
@@ -58,13 +64,11 @@ private:
 
 template <class Enc>
 U32 BaseWalk<Enc>::run8(bool big5) {
-    if (mLimit == 0 || mSpan == 0) return mOut.finish();
-    const auto spent = [this] { return full() || U64{mAt} + 1 >= mSpan; };
     CloseFinder<Enc> tags('>', Runs::kJoined);
     CloseFinder<Enc> braces('}');
-    while (mIn.at(mAt) != 0) {
+    while (big5 ? copyText<Big5Stops>(mSpan) : copyText<MarkupStops>(mSpan)) {
         if (atLineBreak(mIn, mAt)) {
-            if (endsText(mIn, mAt) || spent()) break;
+            if (endsText(mIn, mAt)) break;
             ++mAt;
             continue;
         }
@@ -86,7 +90,6 @@ U32 BaseWalk<Enc>::run8(bool big5) {
         }
         // kept(srt-behind-markup): what stands behind a tag or a group goes out, be it the next bracket
         putCharacter(big5);
-        if (spent()) break;
         ++mAt;
     }
     return mOut.finish();
@@ -95,8 +98,7 @@ U32 BaseWalk<Enc>::run8(bool big5) {
 template <class Enc>
 U32 BaseWalk<Enc>::runLe(U32 units, U32 braceBound) {
     CloseFinder<Enc> tags('>');
-    while (mAt < units && !full()) {
-        if (mIn.at(mAt) == 0) break;
+    while (copyText<MarkupStops>(units)) {
         if (atLineBreak(mIn, mAt)) {
             if (endsText(mIn, mAt)) break;
             ++mAt;
@@ -129,16 +131,12 @@ U32 BaseWalk<Enc>::runLe(U32 units, U32 braceBound) {
 
 template <class Enc>
 U32 BaseWalk<Enc>::runBe(U32 units) {
-    for (; mAt < units && !full(); ++mAt) {
-        const Unit unit = mIn.at(mAt);  // kept(srt-utf16be-markup): markup stays in big-endian text
-        if (unit == 0) break;
-        if (isCr<Enc>(unit) && isLf<Enc>(mIn.at(mAt + 1))) {
-            const bool blankLine = isCr<Enc>(mIn.at(mAt + 2)) && isLf<Enc>(mIn.at(mAt + 3));
-            // kept(srt-utf16be-zero): the digit 0 in the next line ends it too
-            if (blankLine || mIn.at(mAt + 2) == Enc::lit('0')) break;
-            continue;
+    for (; copyText<Stops<>>(units); ++mAt) {  // kept(srt-utf16be-markup): markup stays in big-endian text
+        if (!atCrLf(mIn, mAt)) {
+            mOut.put(Enc::native(mIn.at(mAt)));
+        } else if (atBlankLine(mIn, mAt) || mIn.at(mAt + 2) == Enc::lit('0')) {
+            break;  // kept(srt-utf16be-zero): the digit 0 in the next line ends it too
         }
-        mOut.put(Enc::native(unit));
     }
     return mOut.finish();
 }

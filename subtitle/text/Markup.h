@@ -19,7 +19,7 @@ bool opensMarkup(const WorkText<Enc>& in, U32 i) {
 /// The first `close` at or after `from` and below `bound`, across line ends; `kNone` when there is none.
 template <class Enc>
 U32 findUnit(const WorkText<Enc>& in, U32 from, U32 bound, char close) {
-    for (U32 i = from; i < bound && i < in.kUnits; ++i) {
+    for (U32 i = from; i < bound && i < in.units(); ++i) {
         if (in.at(i) == Enc::lit(close)) return i;
     }
     return kNone;
@@ -41,7 +41,7 @@ public:
     U32 find(const WorkText<Enc>& in, U32 open, U32 bound) {
         if (open < mFailedUpTo) return kNone;
         U32 i = open + 1;
-        for (; i < bound && i < in.kUnits && !atBreakInMarkup(in, i); ++i) {
+        for (; i < bound && i < in.units() && !atBreakInMarkup(in, i); ++i) {
             const auto unit = in.at(i);
             if (unit == mClose && !(mJoined && in.at(i + 1) == Enc::lit('<'))) return i;
             if (unit == 0 && mEndAtZero) break;
@@ -100,6 +100,8 @@ U32 pastBlock(WorkText<Enc>& in, U32 open, U32 bound, TextSink<Unit>& out) {
 template <class Enc>
 class Markup {
 public:
+    using Stops = vxsubtitle::Stops<'{', '<'>;  ///< what plain text has none of
+
     /// From `dataBound` on everything is text; tags begin and end below `tagBound`.
     Markup(U32 dataBound, U32 tagBound) : mDataBound(dataBound), mTagBound(tagBound) {}
 

@@ -2,13 +2,16 @@
 /// what does not fit.
 #pragma once
 
+#include <algorithm>
+
 #include "subtitle/text/TextView.h"
+#include "subtitle/text/Vector.h"
 
 namespace vxsubtitle {
 
 constexpr U32 kWorkBufferSize = 8192;
 
-/// The work buffer in units of an encoding. Behind it everything reads 0 and nothing is written.
+/// The work buffer in units of an encoding. Behind what it holds everything reads 0 and nothing is written.
 template <class Enc>
 class WorkText {
 public:
@@ -16,15 +19,47 @@ public:
     using Unit = typename Enc::Unit;
     static constexpr U32 kUnits = kWorkBufferSize / sizeof(Unit);
 
-    explicit WorkText(U8* buffer) : mBuffer(buffer) {}
-    Unit at(U32 i) const { return i < kUnits ? Enc::load(mBuffer + i * sizeof(Unit)) : Unit{0}; }
+    /// `bytes`: how many the buffer holds; an odd last one of 16-bit text has a 0 behind it.
+    explicit WorkText(U8* buffer, U32 bytes = kWorkBufferSize)
+        : mBuffer(buffer), mUnits((bytes + U32{sizeof(Unit)} - 1) / U32{sizeof(Unit)}) {}
+
+    U32 units() const { return mUnits; }
+    Unit at(U32 i) const { return i < mUnits ? Enc::load(bytesAt(i)) : Unit{0}; }
     void set(U32 i, Unit unit) {
-        if (i < kUnits) Enc::store(mBuffer + i * sizeof(Unit), unit);
+        if (i < mUnits) Enc::store(mBuffer + i * sizeof(Unit), unit);
+    }
+    const U8* bytesAt(U32 i) const { return mBuffer + i * sizeof(Unit); }  ///< of a unit in the buffer
+
+    /// The first of `Stops` at or after `i`; `end` when none stands below it. May give up earlier, at the buffer's end.
+    template <class Stops>
+    U32 plainEnd(U32 i, U32 end) const {
+        using UnitBlock = Block<Unit>;
+        for (; i < end && i + UnitBlock::kUnits <= kUnits; i += U32{UnitBlock::kUnits}) {
+            const Hits hits = Stops::template in<Enc>(UnitBlock(bytesAt(i))).hits();
+            if (hits) return std::min(end, i + static_cast<U32>(hits.first()));
+        }
+        return std::min(i, end);
     }
 
 private:
     U8* mBuffer;
+    U32 mUnits;
 };
+
+/// Copies 16-bit units with their bytes swapped.
+inline void copySwapped(U8* to, const U8* from, size_t units) {
+    using bytes::Word;
+    constexpr Word kLow = static_cast<Word>(-1) / 0xFFFF * 0xFF;
+    constexpr size_t kStep = sizeof(Word) / 2;
+    size_t i = 0;
+    for (; i + kStep <= units; i += kStep) {
+        Word w;
+        memcpy(&w, from + 2 * i, sizeof w);
+        w = (w & kLow) << 8 | (w >> 8 & kLow);
+        memcpy(to + 2 * i, &w, sizeof w);
+    }
+    for (; i < units; ++i) Utf16Le::store(to + 2 * i, Utf16Be::native(Utf16Be::load(from + 2 * i)));
+}
 
 /// The caller's buffer, written unit by unit: counts every unit, keeps those that fit.
 template <class Unit>
@@ -32,6 +67,19 @@ class TextSink {
 public:
     TextSink(U8* buffer, U32 bytes) : mBuffer(buffer), mUnits(bytes / U32{sizeof(Unit)}) {}
     void put(Unit unit) { write(mCount++, unit); }
+
+    /// The units of `in` from `from` up to `to`, in little-endian order.
+    template <class Enc>
+    void put(const WorkText<Enc>& in, U32 from, U32 to) {
+        const U32 fit = mCount < mUnits ? std::min(mUnits - mCount, to - from) : 0;
+        U8* const end = mBuffer + size_t{mCount} * sizeof(Unit);
+        if constexpr (Enc::kBigEndian) {
+            copySwapped(end, in.bytesAt(from), fit);
+        } else if (fit != 0) {
+            memmove(end, in.bytesAt(from), fit * sizeof(Unit));  // a player may extract into the work buffer itself
+        }
+        mCount += to - from;
+    }
     U32 count() const { return mCount; }
     void cut(U32 count) { mCount = count; }
     Unit back(U32 fromEnd) const {  ///< the unit `fromEnd` places before the end, 1 for the last; 0 when there is none
@@ -103,6 +151,41 @@ bool atWord(const WorkText<Enc>& in, U32 i, const char (&word)[N]) {
     return true;
 }
 
+// ---- Plain text ----
+
+/// Where a walk has to look: at control characters from 0 to CR, and at `kChars`. All else is text as it stands.
+template <char... kChars>
+struct Stops {
+    template <class Enc>
+    static auto in(const Block<typename Enc::Unit>& block) {
+        const auto ends = Enc::kBigEndian ? (block == 0) | (block == Enc::lit('\r')) | (block == Enc::lit('\n'))
+                                          : block.within(0, kCr);
+        return (ends | ... | (block == Enc::lit(kChars)));
+    }
+};
+
+/// Those, and units from `kFirst` to `kLast`.
+template <U8 kFirst, U8 kLast, class Others>
+struct StopsWithin {
+    template <class Enc>
+    static auto in(const Block<typename Enc::Unit>& block) {
+        return block.within(kFirst, kLast) | Others::template in<Enc>(block);
+    }
+};
+
+/// Puts the plain text at `at` out, which moves behind it. A walk goes on there unit by unit, be the next one plain;
+/// but not at a 0, at `bound` or when the output holds `limit` units: false.
+template <class Stops, class Enc>
+bool copyPlain(const WorkText<Enc>& in, U32& at, U32 bound, TextSink<typename Enc::Unit>& out, U32 limit) {
+    const U32 end = std::min(bound, in.units());
+    if (at < end && out.count() < limit) {
+        const U32 from = at;
+        at = in.template plainEnd<Stops>(from, from + std::min(end - from, limit - out.count()));
+        out.put(in, from, at);
+    }
+    return at < bound && out.count() < limit && in.at(at) != 0;
+}
+
 // ---- Text that keeps its markup ----
 
 /// CR LF at `i`.
@@ -111,17 +194,17 @@ bool atCrLf(const WorkText<Enc>& in, U32 i) {
     return isCr<Enc>(in.at(i)) && isLf<Enc>(in.at(i + 1));
 }
 
-/// Puts the units from `at` on out in little-endian order until `ends(i)`, a 0, `bound` or until the output holds
-/// `limit` units. Answers where it stopped.
-template <class Enc, class Ends>
+/// Puts the units from `at` on out in little-endian order until `ends(i)`, which only one of `Stops` does, a 0, `bound`
+/// or until the output holds `limit` units. Answers where it stopped.
+template <class Stops, class Enc, class Ends>
 U32 copyUntil(const WorkText<Enc>& in, U32 at, U32 bound, TextSink<typename Enc::Unit>& out, U32 limit, Ends ends) {
-    while (at < bound && out.count() < limit && in.at(at) != 0 && !ends(at)) out.put(Enc::native(in.at(at++)));
+    while (copyPlain<Stops>(in, at, bound, out, limit) && !ends(at)) out.put(Enc::native(in.at(at++)));
     return at;
 }
 
 /// The first line of big-endian text as little-endian units: at most `units` of input and `limit` of output.
 inline U32 copyFirstLine(WorkText<Utf16Be> in, TextSink<U16> out, U32 units, U32 limit) {
-    copyUntil(in, 0, units, out, limit, [&in](U32 i) { return atCrLf(in, i); });
+    copyUntil<Stops<>>(in, 0, units, out, limit, [&in](U32 i) { return atCrLf(in, i); });
     return out.finish();
 }
 
