@@ -111,6 +111,7 @@ SubtitleParser::SubtitleParser()
       m_s32TimeOffsetMs(0),
       bParseFinish(FALSE),
       mWorkerState(kWorkerNone),
+      mWorkBytes(kWorkBufferSize),
       m_u64NanoSecPerFrame(0),
       pFileProcess(nullptr),
       m_u8TimeStampTagSizeCase(0) {}
@@ -131,6 +132,7 @@ BOOL SubtitleParser::Init(U64 size) {
         return FALSE;
     }
     mRawBufferLimit = size > 0xFFFFFFFF ? 0xFFFFFFFF : static_cast<U32>(size);
+    mWorkBytes = kWorkBufferSize;
     return TRUE;
 }
 

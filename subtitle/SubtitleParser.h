@@ -145,6 +145,7 @@ public:
     S32 m_s32TimeOffsetMs;                           ///< subtracted from query times in `GetTag`, milliseconds
     BOOL bParseFinish;                               ///< set by the worker when its scan ended normally (atomic access)
     U8 mWorkerState;                    ///< the worker's life, see system/Worker.h (fills padding; atomic access)
+    U16 mWorkBytes;                     ///< bytes of the work buffer that may not be 0 (fills padding)
     U64 m_u64NanoSecPerFrame;           ///< frame duration for frame-based formats, nanoseconds
     SubtitleFileProcess* pFileProcess;  ///< the file source; owned by the concrete parser
     U8 m_u8TimeStampTagSizeCase;        ///< format-specific

@@ -16,6 +16,7 @@
 #include "subtitle/system/Descriptor.h"
 #include "subtitle/system/Log.h"
 #include "subtitle/system/PathField.h"
+#include "subtitle/text/WorkText.h"
 #include "subtitle/vobsub/Blit.h"
 #include "subtitle/vobsub/IndexScan.h"
 #include "subtitle/vobsub/SurfaceBuffer.h"
@@ -78,6 +79,7 @@ FileWindow indexWindow(SubtitleParserSUBIDX& parser) {
 }
 
 FileWindow streamWindow(SubtitleParserSUBIDX& parser) {
+    parser.mWorkBytes = kWorkBufferSize;
     return {parser.fpSub, parser.m_pu8SubtitleBuffer, parser.m_u32SubtitleBufferDataSize,
             parser.m_s64SubtitleBufferPosition};
 }

@@ -16,14 +16,41 @@ bool canExtract(const SubtitleParser& parser, const U8* buf, U32 index) {
            parser.m_pTagBuffer != nullptr;
 }
 
+namespace {
+
+/// Whether a run of zeros still is one, as far as a look at both of its ends tells.
+bool isUntouched(const U8* zeros, U32 size) {
+    U64 ends[2] = {};
+    const size_t some = std::min<size_t>(size, sizeof *ends);
+    memcpy(&ends[0], zeros, some);
+    memcpy(&ends[1], zeros + size - some, some);
+    return (ends[0] | ends[1]) == 0;
+}
+
+/// Fills the work buffer with `size` bytes of the raw buffer and zeros. Behind what an earlier text left there are
+/// zeros already: the buffer is the parser's own. A player that uses it all the same, from its start on or whole, is
+/// noticed.
+void fillWorkBuffer(SubtitleParser& parser, S64 pos, U32 size) {
+    U8* const work = parser.m_pu8SubtitleBuffer;
+    U32 used = std::max<U32>(parser.mWorkBytes, size);
+    if (!isUntouched(work + used, kWorkBufferSize - used)) used = kWorkBufferSize;
+    if (size > 0) memcpy(work, parser.m_pu8RawBuffer + pos, size);
+    memset(work + size, 0, used - size);
+    parser.mWorkBytes = static_cast<U16>(size);
+}
+
+}  // namespace
+
 U32 copyUpTo(SubtitleParser& parser, S64 pos, S64 end) {
-    memset(parser.m_pu8SubtitleBuffer, 0, kWorkBufferSize);
     parser.m_s64SubtitleBufferPosition = 0;
     const S64 limit = parser.m_pu8RawBuffer != nullptr ? S64{parser.mRawBufferLimit} : 0;
-    if (pos < 0 || pos >= limit || end == pos) return 0;
-    const S64 span = end > pos && end - pos < S64{kWorkBufferSize} ? end - pos : S64{kWorkBufferSize};
-    const S64 available = limit - pos;
-    memcpy(parser.m_pu8SubtitleBuffer, parser.m_pu8RawBuffer + pos, static_cast<size_t>(std::min(span, available)));
+    S64 span = 0;
+    S64 available = 0;
+    if (pos >= 0 && pos < limit && end != pos) {
+        span = end > pos && end - pos < S64{kWorkBufferSize} ? end - pos : S64{kWorkBufferSize};
+        available = limit - pos;
+    }
+    fillWorkBuffer(parser, pos, static_cast<U32>(std::min(span, available)));
     return static_cast<U32>(span);
 }
 

@@ -47,8 +47,9 @@ constexpr CodeTypes kUnicodeOrNative{
 template <class Walk>
 U32 walkEntry(const SubtitleParser& parser, const CodeTypes& read, Walk walk) {
     if (!read.hold(parser.m_eCodeType)) return 0;
-    return withEncoding(parser.m_eCodeType,
-                        [&](auto encoding) { return walk(WorkText<decltype(encoding)>(parser.m_pu8SubtitleBuffer)); });
+    return withEncoding(parser.m_eCodeType, [&](auto encoding) {
+        return walk(WorkText<decltype(encoding)>(parser.m_pu8SubtitleBuffer, parser.mWorkBytes));
+    });
 }
 
 /// Sets the parser's count of valid bytes for an extraction: the low 32 bits of the data's length.
