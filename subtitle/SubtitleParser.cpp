@@ -4,8 +4,9 @@
 #include <stdarg.h>
 #include <stdlib.h>
 #include <string.h>
-#include <strings.h>
 #include <time.h>
+
+#include <algorithm>
 
 #include "subtitle/charset/Charset.h"
 #include "subtitle/parser/EncodingCheck.h"
@@ -41,7 +42,8 @@ void release(T*& memory) {
 bool languageIsBig5() {
     char language[PROPERTY_VALUE_MAX] = {};
     property_get("vendor.quarn.subtitle.language", language, "");
-    return strncasecmp(language, "big5", 4) == 0;
+    constexpr char kBig5[] = "BIG5";
+    return std::equal(kBig5, kBig5 + sizeof kBig5 - 1, language, [](char a, char b) { return a == upperCase(b); });
 }
 
 template <class Unit>

@@ -53,10 +53,15 @@ U32 walkEntry(const SubtitleParser& parser, const CodeTypes& read, Walk walk) {
 }
 
 /// Sets the parser's count of valid bytes for an extraction: the low 32 bits of the data's length.
-void takeDataSize(SubtitleParser& parser);
+inline void takeDataSize(SubtitleParser& parser) {
+    parser.m_u32SubtitleBufferDataSize = static_cast<U32>(parser.m_s64DataTotalSize);
+}
 
 /// Whether text of tag `index` can be extracted into `buf`.
-[[nodiscard]] bool canExtract(const SubtitleParser& parser, const U8* buf, U32 index);
+[[nodiscard]] inline bool canExtract(const SubtitleParser& parser, const U8* buf, U32 index) {
+    return buf != nullptr && index < parser.m_u32TagNum && parser.m_pu8SubtitleBuffer != nullptr &&
+           parser.m_pTagBuffer != nullptr;
+}
 
 /// Clears the work buffer and copies the data from `pos` up to `end` into it: at most the buffer's size, and zeros
 /// where there is no data. An `end` before `pos` counts as very far. Answers the number of bytes copied.

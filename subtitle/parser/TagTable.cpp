@@ -86,14 +86,6 @@ void TagTable::sort() {
     }
 }
 
-S64 positionOf(const SubtitleParser& parser, U32 index) {
-    return index < parser.m_u32TagBufferNum ? parser.m_pTagBuffer[index].s64Pos : 0;
-}
-
-VX_WRAPS U32 spanOf(const SubtitleParser& parser, U32 index) {
-    return static_cast<U32>(positionOf(parser, index + 1)) - static_cast<U32>(positionOf(parser, index));
-}
-
 void logTags(const SubtitleParser& parser, const char* logTag) {
     constexpr char kRule[] = "\n\n*************************************\n\n";
     VX_LOG(logTag, "%s", kRule);

@@ -87,11 +87,15 @@ inline U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
 }
 
 /// The position in record `index` of the tag table, 0 behind the table.
-S64 positionOf(const SubtitleParser& parser, U32 index);
+inline S64 positionOf(const SubtitleParser& parser, U32 index) {
+    return index < parser.m_u32TagBufferNum ? parser.m_pTagBuffer[index].s64Pos : 0;
+}
 
 /// Bytes from tag `index` to the next record, as a wrapping difference of positions. The record behind the last
 /// tag was never filled, so the span of the last tag wraps to a very large number.
-U32 spanOf(const SubtitleParser& parser, U32 index);
+VX_WRAPS inline U32 spanOf(const SubtitleParser& parser, U32 index) {
+    return static_cast<U32>(positionOf(parser, index + 1)) - static_cast<U32>(positionOf(parser, index));
+}
 
 /// Adds a tag for the text at `offset` of the raw buffer, by the parser's own operation. False when it could not be
 /// stored.

@@ -46,19 +46,15 @@ private:
     U32 mUnits;
 };
 
-/// Copies 16-bit units with their bytes swapped.
+/// Copies big-endian units in little-endian order.
 inline void copySwapped(U8* to, const U8* from, size_t units) {
-    using bytes::Word;
-    constexpr Word kLow = static_cast<Word>(-1) / 0xFFFF * 0xFF;
-    constexpr size_t kStep = sizeof(Word) / 2;
-    size_t i = 0;
-    for (; i + kStep <= units; i += kStep) {
-        Word w;
-        memcpy(&w, from + 2 * i, sizeof w);
-        w = (w & kLow) << 8 | (w >> 8 & kLow);
-        memcpy(to + 2 * i, &w, sizeof w);
+    U16 block[8];
+    for (; units >= 8; units -= 8, from += sizeof block, to += sizeof block) {
+        memcpy(block, from, sizeof block);
+        for (U16& unit : block) unit = Utf16Be::native(unit);
+        memcpy(to, block, sizeof block);
     }
-    for (; i < units; ++i) Utf16Le::store(to + 2 * i, Utf16Be::native(Utf16Be::load(from + 2 * i)));
+    for (; units > 0; --units, from += 2, to += 2) Utf16Le::store(to, Utf16Be::native(Utf16Be::load(from)));
 }
 
 /// The caller's buffer, written unit by unit: counts every unit, keeps those that fit.
