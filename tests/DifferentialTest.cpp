@@ -30,6 +30,7 @@
 #include "tests/reference/Films.h"
 #include "tests/reference/Reference.h"
 #include "tests/support/Cuts.h"
+#include "tests/support/DialectFilm.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/VobSubPair.h"
 
@@ -53,6 +54,7 @@ struct Format {
     std::string (*make)(reference::Random&);
     Answer (*ours)(const Case&);
     Answer (*reference)(const Case&);
+    const char* entry = nullptr;  ///< one entry, as `dialectEntry` writes it; null where there are no texts
 };
 
 void PrintTo(const Format& format, std::ostream* out) { *out << format.name; }
@@ -383,23 +385,32 @@ Answer unitAnswer(const Case& c) {
     return out;
 }
 
+#define VX_SUB_DIALECT(name, type, target, title, entry) constexpr char k##name[] = entry;
+#include "subtitle/parser/SubDialects.def"
+#undef VX_SUB_DIALECT
+
 const Format kFormats[] = {
     {"SRT", reference::makeSrt, parsed<SubtitleParserSRT>,
-     [](const Case& c) { return baseAnswer(c, reference::scanSrt(c.file)); }},
+     [](const Case& c) { return baseAnswer(c, reference::scanSrt(c.file)); },
+     "1\r\n$h:$m:$s,0$c --> $H:$M:$S,0$C\r\n$t\r\n\r\n"},
     {"SSA", reference::makeSsa, parsed<SubtitleParserSSA>,
-     [](const Case& c) { return ownAnswer(c, reference::scanSsa(c.file), reference::ssaText); }},
+     [](const Case& c) { return ownAnswer(c, reference::scanSsa(c.file), reference::ssaText); },
+     "Dialogue: 0,$h:$m:$s.$c,$H:$M:$S.$C,D,,0,0,0,,$t\r\n"},
     {"SMI", reference::makeSmi, parsed<SubtitleParserSMI>,
-     [](const Case& c) { return ownAnswer(c, reference::scanSmi(c.file), reference::smiText); }},
+     [](const Case& c) { return ownAnswer(c, reference::scanSmi(c.file), reference::smiText); },
+     "<SYNC Start=$f><P>$t\r\n"},
     {"TXT", reference::makeTxt, parsed<SubtitleParserTXT>,
-     [](const Case& c) { return ownAnswer(c, reference::scanTxt(c.file), reference::txtText); }},
+     [](const Case& c) { return ownAnswer(c, reference::scanTxt(c.file), reference::txtText); },
+     "$h:$m:$s,1=$t\r\n$h:$m:$s,2=$t\r\n$H:$M:$S,1=\r\n$H:$M:$S,2=\r\n"},
     {"SubViewer20", reference::makeSubViewer20, parsed<SubtitleParserSubViewer20>,
-     [](const Case& c) { return baseAnswer(c, reference::scanSubViewer20(c.file)); }},
+     [](const Case& c) { return baseAnswer(c, reference::scanSubViewer20(c.file)); }, kSubViewer20},
     {"SubViewer10", reference::makeSubViewer10, parsed<SubtitleParserSubViewer10>,
-     [](const Case& c) { return ownAnswer(c, reference::scanSubViewer10(c.file), reference::lineText); }},
+     [](const Case& c) { return ownAnswer(c, reference::scanSubViewer10(c.file), reference::lineText); }, kSubViewer10},
     {"MicroDVD", reference::makeMicroDvd, parsed<SubtitleParserSubMicroDVD>,
-     [](const Case& c) { return ownAnswer(c, reference::scanMicroDvd(c.file, c.rate), reference::lineText); }},
+     [](const Case& c) { return ownAnswer(c, reference::scanMicroDvd(c.file, c.rate), reference::lineText); },
+     kSubMicroDVD},
     {"DVB", reference::makeDvb, parsed<SubtitleParserSubDvbSubtitleSystem>,
-     [](const Case& c) { return filmed(c, reference::scanDvb(c.file), dvbText); }},
+     [](const Case& c) { return filmed(c, reference::scanDvb(c.file), dvbText); }, kSubDvbSubtitleSystem},
     {"Sub", reference::makeSub, parsed<SubtitleParserSUB>, subAnswer},
     {"Index", reference::makeIndex, indexed, indexAnswer},
     {"Unit", reference::makeUnit, decoded, unitAnswer},
@@ -477,6 +488,39 @@ std::string grouped(unsigned number) {
     return digits;
 }
 
+/// Fails with the smallest part of a case that still differs.
+void showDifference(const Format& format, const Case& whole, const std::string& origin) {
+    const Case small = shrunk(format, whole);
+    Answer library, own;
+    differ(format, small, &library, &own);
+    ADD_FAILURE() << format.name << ", " << origin << " (rate " << small.rate << (small.big5 ? ", Big5)" : ")")
+                  << "\nfile: \"" << escaped(small.file) << "\"\nlibrary:\n"
+                  << library << "reference:\n"
+                  << own;
+}
+
+/// What a walk looks at, and its look-alikes.
+std::vector<std::string> pieces() {
+    std::vector<std::string> all = {
+        "\r\n",     "\n\r",        "\r\n\r\n",  "\n\n",     "\r\n0",       "\r\n<SYNC", "<i>",
+        "</i>\r\n", "<i>\r\n\r\n", "<i><b>",    "<3",       "<i\r\n>",     "{y:i}",     "{y:i}\r\n",
+        "{y}<b>",   "{y}<b",       "{\\an8}",   "{y\n}",    "&nbsp;",      "<br>\r\n",  "<br>",
+        "00:00:01", "00:00:0",     "0:00:00:0", "\xA4\x40", "\xA4\x40<i>", "\x85\r\n",
+    };
+    for (unsigned byte = 0; byte < 256; ++byte) all.emplace_back(1, static_cast<char>(byte));
+    return all;
+}
+
+/// A film in which `piece` stands in each entry, one column further on than in the one before, from `first` to `last`.
+std::string filmOf(const Format& format, const std::string& piece, unsigned first, unsigned last) {
+    std::string film;
+    for (unsigned column = first; column <= last; ++column) {
+        const std::string text = std::string(column, 'x') + piece + (column % 2 == 0 ? "" : "and what is behind it");
+        film += test::dialectEntry(format.entry, 4000 * (column - first), 4000 * (column - first) + 2000, text);
+    }
+    return film;
+}
+
 class Differential : public testing::TestWithParam<Format> {};
 
 }  // namespace
@@ -495,18 +539,37 @@ TEST_P(Differential, LibraryAndReferenceAgree) {
         const bool different = differ(format, whole, &library, &own);
         withEntries += library.find("entry 0") != std::string::npos || library.find("; colours") != std::string::npos;
         if (!different || ++differences > kShown) continue;
-        const Case small = shrunk(format, whole);
-        differ(format, small, &library, &own);
-        ADD_FAILURE() << format.name << ", VX_DIFFERENTIAL_SEED=" << seed + i << " (rate " << small.rate
-                      << (small.big5 ? ", Big5)" : ")") << "\nfile: \"" << escaped(small.file) << "\"\nlibrary:\n"
-                      << library << "reference:\n"
-                      << own;
+        showDifference(format, whole, "VX_DIFFERENTIAL_SEED=" + std::to_string(seed + i));
     }
     printf("| `%s` | %s | %s | %s | %u |\n", format.name, grouped(cases).c_str(), grouped(withEntries).c_str(),
            differences == 0 ? "none" : grouped(differences).c_str(), seed);
     EXPECT_EQ(0U, differences);
     if (cases >= 100) {
         EXPECT_GT(withEntries, cases / 4) << "many files hold something";
+    }
+}
+
+// Plain text is copied in blocks: no piece is missed wherever it stands in one, at the end of the text, of the work
+// buffer or of the player's.
+TEST_P(Differential, APieceInEveryColumn) {
+    const Format& format = GetParam();
+    if (format.entry == nullptr) return;
+    const test::ThreadsEndFirst threadsEndFirst;
+    const unsigned every = 100 / test::scaled(100);
+    unsigned cases = 0;
+    const auto compare = [&](const std::string& piece, unsigned first, unsigned last, const std::vector<U32>& sizes) {
+        const std::string film = filmOf(format, piece, first, last);
+        for (const std::string& file : {film, test::utf16le(film), test::utf16be(film)}) {
+            if (cases++ % every != 0) continue;
+            const Case c{file, sizes, 25, cases % 2 == 0};
+            if (differ(format, c)) showDifference(format, c, "\"" + escaped(piece) + "\"");
+        }
+    };
+    for (const std::string& piece : pieces()) {
+        compare(piece, 0, 33, {8192, 21, 40, 41});
+        if (piece.size() == 1 && strchr("\r\n<{&|", piece[0]) == nullptr) continue;
+        compare(piece, 4070, 4100, {20000});
+        compare(piece, 8165, 8195, {20000});
     }
 }
 

@@ -117,7 +117,7 @@ Shown smiText(const Film& film, size_t index, U32 size) {
             }
             out.push_back(at(i++));
         } else if (work.bytes.compare(i, 5, "&nbsp") == 0) {
-            out.push_back(' ');
+            if (i + 5 < kWorkSize) out.push_back(' ');  // it is written over what stands there
             i += 6;
         } else {
             out.push_back(c);
