@@ -69,6 +69,20 @@ TEST(SubtitleParserSUBIDX, GathersAndDecodesASubpicture) {
     EXPECT_EQ(0U, files.parser.GetData(0, nullptr, 0, 1, &info)) << "no such tag";
 }
 
+TEST(SubtitleParserSUBIDX, ATextIsReadThroughTheWindowOfThePictures) {
+    VobSubInMemory files;
+    files.load(indexOf({0, 3}), samples::packUnit(samples::encodeUnit(smallPicture())));
+    SubtitleParserSUBIDX& parser = files.parser;
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_NE(0U, parser.GetData(0, nullptr, 0, 0, nullptr));
+        memset(parser.m_pu8SubtitleBuffer + 4000, 'x', 8);  // as a picture may have left it
+        U8 text[16];
+        parser.GetData(0, text, sizeof text, 0);  // of the index, as it lies in its window
+        for (U32 i = 3; i < 8192; ++i) ASSERT_EQ(0, parser.m_pu8SubtitleBuffer[i]) << time << ", " << i;
+        parser.m_u32SubtitleBufferDataSize = 0;  // so that the window is read again
+    }
+}
+
 // kept(vob-top-left)
 TEST(SubtitleParserSUBIDX, TheColourOfTheTopLeftPixelIsBackground) {
     for (U32 code = 0; code < 4; ++code) {

@@ -394,6 +394,68 @@ TEST(GetData, TellsWhatTheWorkBufferHolds) {
     EXPECT_EQ(0, parser.m_pu8SubtitleBuffer[8191]);
 }
 
+std::string workBufferOf(const SubtitleParser& parser) {
+    return std::string(reinterpret_cast<const char*>(parser.m_pu8SubtitleBuffer), 8192);
+}
+
+/// An entry's bytes as they come to lie in the work buffer.
+std::string inWorkBuffer(std::string entry) {
+    entry.resize(8192);
+    return entry;
+}
+
+TEST(GetData, TheWorkBufferHoldsTheEntryAndZeros) {
+    const std::vector<std::string> entries = {std::string(100, 'a'),  "b",  "", std::string(8185, 'c'), "d",
+                                              std::string(8191, 'e'), "ff", "", std::string(8192, 'g'), "h",
+                                              std::string(9000, 'i'), "",   "", std::string(60, 'j')};
+    for (const auto type : {kNative, kUtf8, kUtf16Le, kUtf16Be, kUnknown}) {
+        SCOPED_TRACE(type);
+        Entries parser = Entries::raw(type, entries);
+        U8 text[64];
+        for (U32 before = 0; before < entries.size(); ++before) {
+            for (U32 i = 0; i < entries.size(); ++i) {
+                parser.GetData(0, text, sizeof text, before);
+                parser.GetData(0, text, sizeof text, i);
+                EXPECT_EQ(inWorkBuffer(entries[i]), workBufferOf(parser)) << i << " after " << before;
+            }
+        }
+    }
+}
+
+TEST(GetData, AGroupThatClosesItsLineLosesItsBraceInTheWorkBuffer) {
+    Entries parser(kNative, {"x{y:i}\r\nz", "next"});
+    EXPECT_EQ("x\0\0\nz"s, textOf(parser, 0));
+    EXPECT_EQ(inWorkBuffer("x{y:i\0\r\nz"s), workBufferOf(parser));
+    EXPECT_EQ("next", textOf(parser, 1));
+    EXPECT_EQ(inWorkBuffer("next"), workBufferOf(parser));
+}
+
+// The work buffer is the parser's own, but not even a player that writes into it changes a text.
+TEST(GetData, WhatAPlayerLeavesInTheWorkBufferIsNoText) {
+    Entries parser(kNative, {"first", "un{closed"});
+    EXPECT_EQ("un{closed", textOf(parser, 1));
+    for (const U32 at : {9u, 10u, 25u, 3000u, 8191u}) {
+        parser.m_pu8SubtitleBuffer[at] = '}';
+        EXPECT_EQ("un{closed", textOf(parser, 1)) << at;
+    }
+    for (const U32 used : {8192u, 100u, 17u, 8u}) {
+        EXPECT_EQ("first", textOf(parser, 0));
+        memset(parser.m_pu8SubtitleBuffer, 'x', used);
+        EXPECT_EQ("first", textOf(parser, 0));
+        EXPECT_EQ(inWorkBuffer("first"), workBufferOf(parser)) << used;
+    }
+}
+
+TEST(GetData, ANewWorkBufferIsCleared) {
+    Entries parser(kNative, {"first"});
+    EXPECT_EQ("first", textOf(parser, 0));
+    load(parser, "....anew");
+    parser.m_pu8SubtitleBuffer[4000] = 'x';
+    parser.AddTag(0, 0, 4, kWhole);
+    EXPECT_EQ("anew", textOf(parser, 0));
+    EXPECT_EQ(inWorkBuffer("anew"), workBufferOf(parser));
+}
+
 TEST(GetData, AnEntryEndsWhereTheNextBegins) {
     for (const auto type : {kNative, kUtf8, kUtf16Le, kUtf16Be}) {
         SCOPED_TRACE(type);
