@@ -10,11 +10,9 @@ namespace {
 
 constexpr char kTag[] = "SubtitleParserSubMicroDVD";
 
-// the one for 16-bit data has no blank behind the first comma
-constexpr char kEntryWords8[] =
-    "ParserThread::m_u64NanoSecPerFrame = %lld, u32Frames1= %ld,u32Frames2= %ld,u32Time1= %ld, u32Time2 = %ld\n";
-constexpr char kEntryWords16[] =
-    "ParserThread::m_u64NanoSecPerFrame = %lld,u32Frames1= %ld,u32Frames2= %ld,u32Time1= %ld, u32Time2 = %ld\n";
+// between the words for an entry; those for 16-bit data have no blank here
+constexpr char kBehindDuration8[] = ", ";
+constexpr char kBehindDuration16[] = ",";
 
 constexpr U32 kAcceptedUnits = 12;     // of 16-bit data, by the acceptance test
 constexpr U32 kLongestHeader = 256;    // units; a longer one is not read
@@ -92,11 +90,13 @@ struct Judge {
 };
 
 /// Logs an entry and adds its tag for the text at `offset`. False when it could not be stored.
-bool add(SubtitleParser& parser, const char* words, const Frames& frames, S64 offset) {
+bool add(SubtitleParser& parser, const char* behindDuration, const Frames& frames, S64 offset) {
     const U32 start = timeOf(parser, frames.v[0]);
     const U32 end = timeOf(parser, frames.v[1]);
-    VX_LOG(kTag, words, static_cast<S64>(parser.m_u64NanoSecPerFrame), asLong(frames.v[0]), asLong(frames.v[1]),
-           asLong(start), asLong(end));
+    LogLine line;
+    line << "ParserThread::m_u64NanoSecPerFrame = " << static_cast<S64>(parser.m_u64NanoSecPerFrame) << behindDuration;
+    line << "u32Frames1= " << asLong(frames.v[0]) << ",u32Frames2= " << asLong(frames.v[1]);
+    (line << ",u32Time1= " << asLong(start) << ", u32Time2 = " << asLong(end) << "\n").log(kTag);
     return addTag(parser, start, end, offset);
 }
 
@@ -115,7 +115,7 @@ bool firstLine(SubtitleParser& parser, const TextView<Bytes>& in, ClosingBraces<
         return true;
     }
     deriveDuration(parser);
-    return add(parser, kEntryWords8, frames, in.byteOffset(i));
+    return add(parser, kBehindDuration8, frames, in.byteOffset(i));
 }
 
 struct Scan {
@@ -129,7 +129,7 @@ struct Scan {
             // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
             if (in.at(i) == '{' && frames.read(in, i)) {
                 i = braces.pastSecond(i);
-                if (!add(parser, kEntryWords8, frames, in.byteOffset(i))) return false;
+                if (!add(parser, kBehindDuration8, frames, in.byteOffset(i))) return false;
             }
             i = in.nextLine(i);
         }
@@ -162,7 +162,7 @@ private:
         if (units > kLongestHeader) return true;
         if (!frames.read(Narrowed<kLongestHeader>(in, i, static_cast<U32>(units)), 0)) return true;
         i = behind;
-        return add(parser, kEntryWords16, frames, in.byteOffset(i));
+        return add(parser, kBehindDuration16, frames, in.byteOffset(i));
     }
 };
 
