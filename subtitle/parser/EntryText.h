@@ -63,7 +63,7 @@ inline void takeDataSize(SubtitleParser& parser) {
            parser.m_pTagBuffer != nullptr;
 }
 
-/// Clears the work buffer and copies the data from `pos` up to `end` into it: at most the buffer's size, and zeros
+/// Fills the work buffer with the data from `pos` up to `end`, at most the buffer's size, and with zeros behind it and
 /// where there is no data. An `end` before `pos` counts as very far. Answers the number of bytes copied.
 U32 copyUpTo(SubtitleParser& parser, S64 pos, S64 end);
 

@@ -1,5 +1,5 @@
 /// The two ends of every text extraction: the work buffer that is walked, with its line ends, and the output that drops
-/// what does not fit.
+/// what does not fit. A walk looks at units where one of its rules may apply; the plain text between them is copied.
 #pragma once
 
 #include <algorithm>
@@ -57,7 +57,7 @@ inline void copySwapped(U8* to, const U8* from, size_t units) {
     for (; units > 0; --units, from += 2, to += 2) Utf16Le::store(to, Utf16Be::native(Utf16Be::load(from)));
 }
 
-/// The caller's buffer, written unit by unit: counts every unit, keeps those that fit.
+/// The caller's buffer, written from its start on: counts every unit, keeps those that fit.
 template <class Unit>
 class TextSink {
 public:
