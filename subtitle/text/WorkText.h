@@ -172,12 +172,13 @@ struct StopsWithin {
 /// Puts the plain text at `at` out, which moves behind it. A walk goes on there unit by unit, be the next one plain;
 /// but not at a 0, at `bound` or when the output holds `limit` units: false.
 template <class Stops, class Enc>
-bool copyPlain(const WorkText<Enc>& in, U32& at, U32 bound, TextSink<typename Enc::Unit>& out, U32 limit) {
+__attribute__((always_inline)) inline bool copyPlain(const WorkText<Enc>& in, U32& at, U32 bound,
+                                                     TextSink<typename Enc::Unit>& out, U32 limit) {
     const U32 end = std::min(bound, in.units());
     if (at < end && out.count() < limit) {
         const U32 from = at;
         at = in.template plainEnd<Stops>(from, from + std::min(end - from, limit - out.count()));
-        out.put(in, from, at);
+        if (at != from) out.put(in, from, at);
     }
     return at < bound && out.count() < limit && in.at(at) != 0;
 }
