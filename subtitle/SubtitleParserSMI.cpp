@@ -10,6 +10,9 @@ namespace {
 
 constexpr char kSync[] = "<SYNC START=";  // kept(smi-sync-form): one blank, none around the equals sign
 constexpr size_t kSyncLength = sizeof kSync - 1;
+struct UsualStart {
+    static constexpr char kForm[] = "#>";
+};
 constexpr U32 kStartUnits = 10;  // what 16-bit data is narrowed of a Start value
 
 template <class Enc>
@@ -19,20 +22,21 @@ public:
 
     /// False when a tag could not be stored.
     bool run(size_t i) {
-        while (mIn.inside(i)) {
-            i = mIn.skipSpace(i);            // kept(smi-be-indented): a big-endian blank is no white space
-            if (atKeyword(mIn, i, kSync)) {  // kept(smi-sync-not-at-line-start): first on its line or not at all
+        for (size_t ahead; mIn.inside(i); i = mIn.nextLine(i, ahead)) {
+            i = mIn.skipSpace(i);  // kept(smi-be-indented): a big-endian blank is no white space
+            ahead = mIn.lineAhead(i);
+            if (atKeyword<kSync>(mIn, i)) {  // kept(smi-sync-not-at-line-start): first on its line or not at all
                 // kept(smi-negative): whatever stands in front of the first digit, be it a minus sign
                 const size_t digit = mIn.find(i + kSyncLength, [](auto unit) { return isDigit(Enc::native(unit)); });
                 i = digit;
                 U32 start[1];
                 if (readStart(digit, start)) {
                     // kept(smi-no-p): two elements are stepped over, whatever they are and however far the second is
-                    i = behindElement(behindElement(digit + 1));
+                    i = behindElements(digit + 1);
                     if (!add(start[0], i)) return false;  // kept(smi-languages): into the one track, whatever the class
                 }
             }
-            i = mIn.nextLine(i);  // kept(smi-skipped-sync-text): what is no entry is text of the one before
+            // kept(smi-skipped-sync-text): what is no entry is text of the one before
         }
         return true;
     }
@@ -40,10 +44,15 @@ public:
 private:
     static constexpr bool k8Bit = sizeof(typename Enc::Unit) == 1;
 
-    bool readStart(size_t digit, U32 (&start)[1]) const { return readNarrowed<kStartUnits>(mIn, digit, "%u", start); }
+    bool readStart(size_t digit, U32 (&start)[1]) const {
+        return readForm<UsualStart>(mIn, digit, start) != 0 || readNarrowed<kStartUnits>(mIn, digit, "%u", start);
+    }
 
-    /// Behind the first '>' at or after `i`; past the last whole unit when there is none.
-    size_t behindElement(size_t i) const { return mIn.findUnit(i, Enc::lit('>')) + 1; }
+    /// Behind the second '>' at or after `i`; past the last whole unit when there are not two.
+    size_t behindElements(size_t i) const {
+        if (const size_t near = mIn.behindNear(i, Enc::lit('>'), 2)) return near;
+        return mIn.findUnit(mIn.findUnit(i, Enc::lit('>')) + 1, Enc::lit('>')) + 1;
+    }
 
     bool add(U32 start, size_t text) {
         // kept(smi-last-element): a '>' that ends the data makes an empty entry of 16-bit data, none of 8-bit data

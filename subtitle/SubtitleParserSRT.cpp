@@ -30,14 +30,20 @@ struct Scan {
         parser.m_eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_SRT;
         while (in.inside(i)) {  // kept(srt-mark-on-time-line): a first one may stand behind half a UTF-8 mark
             Timing timing;
-            // kept(srt-no-fraction): eight numbers or no timing line
-            // kept(srt-no-hours): the hours are two of the eight
-            if (!timing.readShape(in, i) && !readAll(in, i, SrtSpelling::kFormat, timing.v)) {
+            const size_t line = pastNumberLine(in, i);
+            size_t behind;
+            if (timing.readShape(in, line)) {
+                i = line;
+                behind = in.nextLineSoon(i + Timing::kLength);
+                // kept(srt-no-fraction): eight numbers or no timing line
+                // kept(srt-no-hours): the hours are two of the eight
+            } else if (!opensNumber(in, i) || !readAll(in, i, SrtSpelling::kFormat, timing.v)) {
                 i = in.nextLine(i);
                 continue;
+            } else {
+                behind = in.nextLine(i);
             }
             // kept(srt-empty-entry): blank lines vanish, so the next number and timing line become the text
-            const size_t behind = in.nextLine(i);
             // kept(srt-blank-below-time): a blank line right behind leaves the position on the timing line's own CR
             const bool noText = behind >= 4 && in.at(behind - 4) == kCr;
             const size_t text = noText ? behind - 4 : in.skipSpace(behind);
@@ -55,6 +61,8 @@ struct Scan {
         parser.m_eSubtitleType = E_MEDIA_SUBTITLE_PARSER_TYPE_SRT;
         while (in.inside(i)) {
             Timing timing;
+            const size_t line = pastNumberLine(in, i);
+            if (timing.readShape(in, line)) i = line;
             if (atTimingLine(in, i, &timing)) {
                 i += Timing::kLength;
                 // kept(srt-leading-break): a big-endian line end is no white space here, so the text begins on the CR

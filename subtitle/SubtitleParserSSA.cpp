@@ -14,7 +14,7 @@ constexpr char kTag[] = "SubtitleParserSSA";
 
 constexpr char kDialogue[] = "DIALOGUE:";
 constexpr size_t kDialogueLength = sizeof kDialogue - 1;
-constexpr int kFieldsBeforeText = 6;  // Style, Name, three margins, Effect
+constexpr U32 kFieldsBeforeText = 6;  // Style, Name, three margins, Effect
 
 /// The fields Start and End.
 struct Times : TimeStamp<SsaSpelling> {
@@ -38,6 +38,13 @@ public:
         return mAt + 1;
     }
 
+    /// Behind the `count`th.
+    size_t behind(size_t from, U32 count) {
+        if (const size_t near = mIn.behindNear(from, Enc::lit(','), count)) return near;
+        for (; count > 0 && from <= mIn.wholeUnits(); --count) from = behind(from);
+        return from;
+    }
+
 private:
     const TextView<Enc>& mIn;
     size_t mAt = 0;
@@ -50,27 +57,21 @@ public:
 
     /// False when a tag could not be stored.
     bool run(size_t i) {
-        while (mIn.inside(i)) {
-            if (!atKeyword(mIn, i, kDialogue)) {  // kept(ssa-leading-blank): at the very start of the line
-                i = mIn.nextLine(i);
-                continue;
-            }
+        for (size_t ahead; mIn.inside(i); i = mIn.nextLine(i, ahead)) {
+            ahead = mIn.lineAhead(i);
+            if (!atKeyword<kDialogue>(mIn, i)) continue;  // kept(ssa-leading-blank): at the very start of the line
             const size_t begin = i + kDialogueLength;
-            const size_t times = mCommas.behind(begin);  // may lie lines further on
+            const size_t times = mCommas.behind(begin, 1);  // may lie lines further on
             Times stamps;
             if (times == mNoTimes || !stamps.read(mIn, times)) {
                 mNoTimes = times;
-                i = mIn.nextLine(k8Bit ? begin : times);
+                i = k8Bit ? begin : times;
                 continue;
             }
-            i = times + Times::kSkipped;
-            for (int field = 0; field < kFieldsBeforeText; ++field) {
-                i = mCommas.behind(i);
-                // kept(ssa-few-commas): the data's end among the fields ends the whole scan
-                if (i > mIn.wholeUnits()) return true;
-            }
+            i = mCommas.behind(times + Times::kSkipped, kFieldsBeforeText);
+            // kept(ssa-few-commas): the data's end among the fields ends the whole scan
+            if (i > mIn.wholeUnits()) return true;
             if (!add(stamps, i)) return false;
-            i = mIn.nextLine(i);
         }
         return true;
     }

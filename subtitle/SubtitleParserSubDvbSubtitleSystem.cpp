@@ -10,19 +10,14 @@ namespace {
 struct TimeLine : TimeStamp<DvbSpelling> {
     U32 number = 0;
 
-    bool opens(const TextView<Bytes>& in, size_t i) {
+    __attribute__((always_inline)) bool opens(const TextView<Bytes>& in, size_t i) {
         if (!isDigit(in.at(i))) return false;
-        if (read(in, i)) return true;
-        U32 numbered[9];
-        if (!readAll(in, i, "%u %u:%u:%u,%u %u:%u:%u,%u", numbered)) return false;
-        number = numbered[0];
-        memcpy(v, numbered + 1, sizeof v);
-        return true;
+        return read(in, i) || readNumbered(in, i);
     }
 
     // kept(dvb-utf16-number): a leading number is not read in 16-bit data
     template <class View>
-    bool opens(const View& in, size_t i) {
+    __attribute__((always_inline)) bool opens(const View& in, size_t i) {
         return isDigit(in.at(i)) && read(in, i);
     }
 
@@ -36,6 +31,14 @@ struct TimeLine : TimeStamp<DvbSpelling> {
 
 private:
     static constexpr size_t kTextAtNumbered = 30;
+
+    __attribute__((noinline)) bool readNumbered(const TextView<Bytes>& in, size_t i) {
+        U32 numbered[9];
+        if (!readAll(in, i, "%u %u:%u:%u,%u %u:%u:%u,%u", numbered)) return false;
+        number = numbered[0];
+        memcpy(v, numbered + 1, sizeof v);
+        return true;
+    }
 };
 
 struct Judge {
@@ -49,14 +52,14 @@ struct Judge {
 struct Scan {
     template <class View>
     bool operator()(SubtitleParser& parser, const View& in, size_t i) const {
-        while (in.inside(i)) {
+        for (size_t ahead; in.inside(i); i = in.nextLine(i, ahead)) {
             i = in.skipSpace(i);
+            ahead = in.lineAhead(i);
             TimeLine time;
             if (time.opens(in, i)) {
                 i += time.textAt();
                 if (!addTag(parser, time.start(), time.end(), in.byteOffset(i))) return false;
             }
-            i = in.nextLine(i);
         }
         return true;
     }

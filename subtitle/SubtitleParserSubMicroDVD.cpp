@@ -20,12 +20,19 @@ constexpr size_t kFirstLineBelow = 4;  // kept(mdvd-first-line): by its index a 
 
 /// "{first frame}{last frame}".
 struct Frames {
+    static constexpr char kForm[] = "{#}{#}";
     static constexpr char kFormat[] = "{%u}{%u}";
 
     U32 v[2] = {};  // a number that is not reached is 0
     template <class View>
     bool read(const View& in, size_t i) {
         return readAll(in, i, kFormat, v);
+    }
+
+    /// Reads them in the usual form, and answers their length; 0 for any other.
+    template <class View>
+    size_t readUsual(const View& in, size_t i) {
+        return readForm<Frames>(in, i, v);
     }
 };
 
@@ -122,16 +129,17 @@ struct Scan {
     /// 8-bit data.
     bool operator()(SubtitleParser& parser, const TextView<Bytes>& in, size_t i) const {
         ClosingBraces<Bytes> braces(in);
-        while (in.inside(i)) {
+        for (size_t ahead; in.inside(i); i = in.nextLine(i, ahead)) {
             i = in.skipSpace(i);
+            ahead = in.lineAhead(i);
             if (i < kFirstLineBelow && in.at(i) == '{' && !firstLine(parser, in, braces, i)) return false;
             Frames frames;
+            const size_t usual = frames.readUsual(in, i);
             // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
-            if (in.at(i) == '{' && frames.read(in, i)) {
-                i = braces.pastSecond(i);
+            if (usual != 0 || (in.at(i) == '{' && frames.read(in, i))) {
+                i = usual != 0 ? i + usual : braces.pastSecond(i);
                 if (!add(parser, kBehindDuration8, frames, in.byteOffset(i))) return false;
             }
-            i = in.nextLine(i);
         }
         return true;
     }
@@ -140,13 +148,13 @@ struct Scan {
     template <class Enc>
     bool operator()(SubtitleParser& parser, const TextView<Enc>& in, size_t i) const {
         ClosingBraces<Enc> braces(in);
-        while (in.inside(i)) {
+        for (size_t ahead; in.inside(i); i = in.nextLine(i, ahead)) {
             i = in.skipSpace(i);
+            ahead = in.lineAhead(i);
             // kept(mdvd-utf16): no line can name a rate
             // kept(mdvd-rate-rounded): one above 1000000 is rounded again and again
             deriveDuration(parser);
             if (in.at(i) == Enc::lit('{') && !entry(parser, in, braces, i)) return false;
-            i = in.nextLine(i);
         }
         return true;
     }
@@ -155,12 +163,13 @@ private:
     /// The entry at `i`, if it is one: then `i` moves to its text. False when its tag could not be stored.
     template <class Enc>
     static bool entry(SubtitleParser& parser, const TextView<Enc>& in, ClosingBraces<Enc>& braces, size_t& i) {
-        const size_t behind = braces.pastSecond(i);
+        Frames frames;
+        const size_t usual = frames.readUsual(in, i);
+        const size_t behind = usual != 0 ? i + usual : braces.pastSecond(i);
         const size_t units = behind - i;
         VX_LOG(kTag, "SubtitleParserSubMicroDVD::parseThread u32TagSize = %ld", asLong(static_cast<U32>(units)));
-        Frames frames;
         if (units > kLongestHeader) return true;
-        if (!frames.read(Narrowed<kLongestHeader>(in, i, static_cast<U32>(units)), 0)) return true;
+        if (usual == 0 && !frames.read(Narrowed<kLongestHeader>(in, i, static_cast<U32>(units)), 0)) return true;
         i = behind;
         return add(parser, kBehindDuration16, frames, in.byteOffset(i));
     }

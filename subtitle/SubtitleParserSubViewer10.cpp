@@ -14,7 +14,7 @@ struct TimeLine : TimeStamp<SubViewer10Spelling> {
     U32 time() const { return milliseconds(v[0], v[1], v[2]); }
 
     template <class View>
-    bool opens(const View& in, size_t i) {
+    __attribute__((always_inline)) bool opens(const View& in, size_t i) {
         // kept(sv1-utf16-bracket): in 16-bit data any character will do for the bracket
         return (View::kWidth == 2 || in.at(i) == '[') && read(in, i);
     }
@@ -42,7 +42,7 @@ struct Scan {
             i = in.skipSpace(i);
             TimeLine start;
             if (start.opens(in, i)) {
-                const size_t text = in.nextLine(i + TimeLine::kSkipped);
+                const size_t text = in.nextLineSoon(i + TimeLine::kSkipped);
                 i = in.nextLine(text);
                 TimeLine end;
                 if (end.read(in, i) && !addTag(parser, start.time(), end.time(), in.byteOffset(text))) return false;

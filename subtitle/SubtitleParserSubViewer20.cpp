@@ -16,7 +16,7 @@ struct TimeLine : TimeStamp<SubViewer20Spelling> {
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7]); }
 
     template <class View>
-    bool opens(const View& in, size_t i) {
+    __attribute__((always_inline)) bool opens(const View& in, size_t i) {
         return isDigit(in.at(i)) && read(in, i);
     }
 };
@@ -43,7 +43,7 @@ struct Scan {
                 rest = i + TimeLine::kSkipped;
                 // kept(sv2-leading-break): in 16-bit data the text begins right behind the time line, and is looked at
                 // kept(sv2-unseen-line): in 8-bit data it begins on the next line, which is stepped over unseen
-                if constexpr (View::kWidth == 1) rest = in.nextLine(rest);
+                if constexpr (View::kWidth == 1) rest = in.nextLineSoon(rest);
                 if (!addTag(parser, time.start(), time.end(), in.byteOffset(rest))) return false;
             }
             i = in.nextLine(rest);

@@ -16,35 +16,77 @@ struct Stamp {
     using Long = TimeStamp<TxtSpelling>;
     static constexpr U32 kLongWidth = Long::kLength;
 
-    U32 width = 0;       ///< characters up to the text, 0 when the line has no time stamp
-    bool range = false;  ///< the line reads as a SubRip time range
+    U32 width = 0;  ///< characters up to the text, 0 when the line has no time stamp
 
-    Stamp(const TextView<Bytes>& in, size_t pos) {
-        if (mNumbers.readShape(in, pos)) {
+    __attribute__((always_inline)) Stamp(const TextView<Bytes>& in, size_t pos) {
+        if (mNumbers.readShape(in, pos) || readColumns<PointSpelling>(in, pos, mNumbers.v)) {
             width = kLongWidth;
-            U32 end[4];
-            range = readAll(in, pos + kRangeEndAt, kRangeEnd, end);
+            mShaped = true;
         } else {
-            read(in, pos, true);
+            readOther(in, pos);
         }
     }
 
     // kept(txt-utf16-short): 16-bit data knows the long form alone, and is looked at no further than its width
     template <class Enc>
-    Stamp(const TextView<Enc>& in, size_t pos) {
-        if (mNumbers.readShape(in, pos)) {
+    __attribute__((always_inline)) Stamp(const TextView<Enc>& in, size_t pos) {
+        if (mNumbers.readShape(in, pos) || readColumns<PointSpelling>(in, pos, mNumbers.v)) {
             width = kLongWidth;
         } else {
-            read(Narrowed<kLongWidth>(in, pos), 0, false);
+            readOther(in, pos);
         }
     }
 
     bool isShort() const { return width == 8 || width == 9; }
+
+    /// Whether the line reads as a SubRip time range.
+    bool isRange(const TextView<Bytes>& in, size_t pos) const {
+        if (width != kLongWidth) return false;
+        if (mShaped) {  // the '=' and two characters more count as the arrow
+            size_t i = in.skipBlanks(pos + kLongWidth) + 1;
+            i = in.skipBlanks(i) + 1;
+            if (!isDigit(in.at(in.skipBlanks(i)))) return false;
+        }
+        U32 all[8];
+        return readAll(in, pos, SrtSpelling::kFormat, all);
+    }
+    template <class Enc>
+    bool isRange(const TextView<Enc>& in, size_t pos) const {
+        U32 all[8];
+        return width == kLongWidth && readAll(Narrowed<kLongWidth>(in, pos), 0, SrtSpelling::kFormat, all);
+    }
+
     U32 time() const { return milliseconds(mNumbers.v[0], mNumbers.v[1], mNumbers.v[2]); }
 
 private:
-    static constexpr size_t kRangeEndAt = kLongWidth - 1;  ///< where the '=' stands that a range has not
-    static constexpr const char* kRangeEnd = SrtSpelling::kFormat + sizeof "%u:%u:%u,%u" - 1;
+    struct PointSpelling {
+        static constexpr char kShape[] = "00:00:00.0:";
+    };
+    struct TwoDigitHours {
+        static constexpr char kShape[] = "00:00:00:";
+    };
+    struct OneDigitHours {
+        static constexpr char kShape[] = "0:00:00:";
+    };
+
+    /// Reads a short stamp with text behind it that cannot be a fourth number.
+    template <class Spelling>
+    bool readShort(const TextView<Bytes>& in, size_t pos) {
+        constexpr U32 kLength = sizeof Spelling::kShape - 1;
+        U32 numbers[3];
+        if (!readColumns<Spelling>(in, pos, numbers) || opensNumber(in, pos + kLength)) return false;
+        memcpy(mNumbers.v, numbers, sizeof numbers);
+        width = kLength;
+        return true;
+    }
+
+    __attribute__((noinline)) void readOther(const TextView<Bytes>& in, size_t pos) {
+        if (!readShort<TwoDigitHours>(in, pos) && !readShort<OneDigitHours>(in, pos)) read(in, pos, true);
+    }
+    template <class Enc>
+    __attribute__((noinline)) void readOther(const TextView<Enc>& in, size_t pos) {
+        read(Narrowed<kLongWidth>(in, pos), 0, false);
+    }
 
     /// Reads anything that answers `at(i)` in 8-bit characters.
     template <class Characters>
@@ -55,7 +97,6 @@ private:
         // kept(txt-tenths): tenths of a short time are a fourth number, too
         if (numbers == 4) {
             width = kLongWidth;
-            range = readAll(in, pos, SrtSpelling::kFormat, all);
         } else if (numbers == 3 && shortForm) {
             const bool leadingZero = readSome(in, pos, "0%u:%u:%u:", all) >= 3;
             width = mNumbers.v[0] < 10 && !leadingZero ? 8 : 9;
@@ -63,6 +104,7 @@ private:
     }
 
     Long mNumbers = {};
+    bool mShaped = false;  ///< has just the usual characters
 };
 
 template <class Enc>
@@ -77,26 +119,25 @@ public:
             i = mIn.skipSpace(i);
             const Stamp start(mIn, i);
             // kept(txt-empty-first-line): an empty first line reads as a range with the second, and opens nothing
-            if (start.width == 0 || start.range) {
+            if (start.width == 0 || start.isRange(mIn, i)) {
                 i = mIn.nextLine(i);
                 continue;
             }
             if (start.isShort() && mShortWidth == 0) mShortWidth = static_cast<U8>(start.width);
             const size_t text = i + start.width;
-            i = mIn.skipSpace(nextEntry(text));
+            i = mIn.skipSpace(nextEntry(mIn.nextLine(text)));
             const Stamp end(mIn, i);
             if (end.width == 0) continue;  // kept(txt-broken-line): not a closing line, it may open an entry
             if (!add(start, end, text)) return false;
             // kept(txt-no-closing-lines): a closing line opens none
-            i = nextEntry(i + (mShortWidth != 0 ? mShortWidth : Stamp::kLongWidth));
+            i = nextEntry(mIn.nextLineSoon(i + (mShortWidth != 0 ? mShortWidth : Stamp::kLongWidth)));
         }
         return true;
     }
 
 private:
-    /// From behind a time stamp past its line, and past the second line of two.
+    /// From behind a time stamp's line past the second line of two.
     size_t nextEntry(size_t i) const {
-        i = mIn.nextLine(i);
         // kept(txt-second-line-missing): the second line is stepped over unseen
         return mShortWidth != 0 ? i : mIn.nextLine(i);
     }

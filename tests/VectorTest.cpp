@@ -88,6 +88,22 @@ TYPED_TEST(Blocks, FindUnitsWithinBounds) {
     }
 }
 
+TYPED_TEST(Blocks, StandInARowInAWindow) {
+    using Unit = typename TestFixture::BlockUnit;
+    std::mt19937 random(3);
+    for (unsigned round = 0; round < 30000; ++round) {
+        Unit row[TypeParam::kWindow];
+        U64 bits = 0;
+        for (size_t i = 0; i < TypeParam::kWindow; ++i) {
+            row[i] = static_cast<Unit>(7 + random() % 3);
+            bits |= U64{row[i] == 7 || row[i] == 9} << i;
+        }
+        const Hits hits = TypeParam::window(reinterpret_cast<const U8*>(row),
+                                            [](TypeParam block) { return (block == Unit{7}) | (block == Unit{9}); });
+        EXPECT_EQ(hits.bits(), bits);
+    }
+}
+
 TYPED_TEST(Blocks, EachUnitHasItsBit) {
     using Unit = typename TestFixture::BlockUnit;
     for (size_t i = 0; i < this->kUnits; ++i) {

@@ -3,7 +3,7 @@
 #pragma once
 
 #if defined(__clang__)
-#define VX_WRAPS __attribute__((no_sanitize("unsigned-integer-overflow")))
+#define VX_WRAPS __attribute__((no_sanitize("unsigned-integer-overflow", "unsigned-shift-base")))
 #else
 #define VX_WRAPS
 #endif

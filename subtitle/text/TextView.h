@@ -9,7 +9,7 @@
 
 #include "subtitle/SubtitleTypes.h"
 #include "subtitle/system/StopRequest.h"
-#include "subtitle/system/Wraps.h"
+#include "subtitle/text/Vector.h"
 
 namespace vxsubtitle {
 
@@ -36,6 +36,11 @@ struct Bytes {
     using Unit = U8;
     static constexpr bool kBigEndian = false;
     static Unit load(const U8* p) { return *p; }
+    static U64 eight(const U8* p) {
+        U64 characters;
+        memcpy(&characters, p, sizeof characters);
+        return characters;
+    }
     static void store(U8* p, Unit u) { *p = u; }
     static constexpr Unit lit(char c) { return static_cast<U8>(c); }
     static constexpr Unit native(Unit u) { return u; }  ///< the unit's value as a character
@@ -45,6 +50,7 @@ struct Utf16Le {
     using Unit = U16;
     static constexpr bool kBigEndian = false;
     static Unit load(const U8* p) { return static_cast<U16>(p[0] | p[1] << 8); }
+    static U64 eight(const U8* p) { return eightNarrowed<false>(p); }
     static void store(U8* p, Unit u) {
         p[0] = static_cast<U8>(u);
         p[1] = static_cast<U8>(u >> 8);
@@ -55,6 +61,7 @@ struct Utf16Le {
 
 struct Utf16Be : Utf16Le {
     static constexpr bool kBigEndian = true;
+    static U64 eight(const U8* p) { return eightNarrowed<true>(p); }
     static constexpr Unit lit(char c) { return static_cast<U16>(static_cast<U8>(c) << 8); }
     static constexpr Unit native(Unit u) { return static_cast<U16>(u << 8 | u >> 8); }
 };
@@ -85,32 +92,6 @@ constexpr bool isLineEnd(typename Enc::Unit u) {
     return isCr<Enc>(u) || isLf<Enc>(u);
 }
 
-namespace bytes {
-
-using Word = uintptr_t;
-constexpr Word kOnes = static_cast<Word>(-1) / 255;
-
-/// High bit set in the first byte of `w` that equals `c`, and in none before it; 0 when none does.
-VX_WRAPS inline Word matches(Word w, U8 c) {
-    const Word x = w ^ (kOnes * c);
-    return (x - kOnes) & ~x & (kOnes * 0x80);
-}
-
-/// The first CR or LF at or after `p`, else `end`: a machine word at a time.
-inline const U8* findLineEnd(const U8* p, const U8* end) {
-    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "a word's first byte is its lowest");
-    for (; static_cast<size_t>(end - p) >= sizeof(Word); p += sizeof(Word)) {
-        Word w;
-        memcpy(&w, p, sizeof w);
-        const Word found = matches(w, kCr) | matches(w, kLf);
-        if (found != 0) return p + __builtin_ctzll(found) / 8;
-    }
-    while (p != end && *p != kCr && *p != kLf) ++p;
-    return p;
-}
-
-}  // namespace bytes
-
 template <class Enc>
 class TextView {
 public:
@@ -125,18 +106,24 @@ public:
 
     /// The unit at `i`, 0 behind the data.
     Unit at(size_t i) const {
-        if (i < wholeUnits()) return Enc::load(mData + i * kWidth);
+        if (i < wholeUnits()) return unit(i);
         return kWidth == 2 && i == wholeUnits() && mSize % 2 != 0 ? Unit{mData[mSize - 1]} : Unit{0};
     }
 
     size_t wholeUnits() const { return mSize / kWidth; }
     size_t end() const { return mSize / kWidth + mSize % kWidth; }  ///< the index behind the last unit
     bool inside(size_t i) const { return i < end() && !mStop.isMade(); }
+    /// Whether the `count` units from `i` on all lie inside.
+    bool holds(size_t i, size_t count) const { return i < wholeUnits() && wholeUnits() - i >= count; }
+    /// Eight characters from `i` on, where the view holds as many: the first one is the lowest byte. What is no
+    /// character of a byte reads 0 or 255.
+    U64 eight(size_t i) const { return Enc::eight(mData + i * kWidth); }
     static S64 byteOffset(size_t i) { return static_cast<S64>(i) * static_cast<S64>(kWidth); }
 
     // The skips move forward and never past the end; an index already behind it stays.
 
     size_t skipSpace(size_t i) const {
+        if (i < wholeUnits() && unit(i) > ' ') return i;
         return skip(i, [](Unit unit) { return isSpace(unit); });
     }
 
@@ -146,62 +133,77 @@ public:
     }
 
     /// To the first CR or LF at or after `i`.
-    size_t toLineEnd(size_t i) const {
-        if constexpr (kWidth == 1) {
-            return search(i, [](const U8* from, const U8* to) { return bytes::findLineEnd(from, to); });
-        } else {
-            i = find(i, isLineEnd<Enc>);
-            return i < end() && !isLineEnd<Enc>(at(i)) ? end() : i;
-        }
-    }
+    size_t toLineEnd(size_t i) const { return search(i, kLineEnds); }
 
     /// Past the whole run of CR and LF at `i`: blank lines vanish.
     size_t pastLineEnds(size_t i) const { return skip(i, isLineEnd<Enc>); }
 
+    /// To the first `unit` at or after `i`, the end of the data when there is none.
+    size_t toUnit(size_t i, Unit unit) const {
+        return search(i, [unit](Block<Unit> block) { return block == unit; });
+    }
+
+    /// The same, of whole units alone. Not below `wholeUnits()` when there is none.
+    size_t findUnit(size_t i, Unit unit) const {
+        const size_t found = toUnit(i, unit);
+        return found < end() ? found : i < wholeUnits() ? wholeUnits() : i;
+    }
+
+    /// Behind the `count`th `unit` at or after `i`, if it is not far; else 0.
+    size_t behindNear(size_t i, Unit unit, U32 count) const {
+        Hits hits = window(i, [unit](Block<Unit> block) { return block == unit; });
+        for (; count > 1; --count) hits.dropFirst();
+        return hits ? i + hits.first() + 1 : 0;
+    }
+
     /// The first whole unit at or after `i` for which `is` holds. Not below `wholeUnits()` when there is none.
     template <class Is>
     size_t find(size_t i, Is is) const {
-        const size_t last = wholeUnits();
-        while (i < last) {
-            const size_t to = stretchEnd(i, last);
-            while (i < to && !is(Enc::load(mData + i * kWidth))) ++i;
-            if (i < to) break;
-            if (mStop.isMade()) return last;
+        while (i < wholeUnits() && !is(unit(i))) {
+            if (++i % kStretch == 0 && mStop.isMade()) return wholeUnits();
         }
         return i;
-    }
-    size_t findUnit(size_t i, Unit unit) const {
-        if constexpr (kWidth == 1) {
-            return search(i, [unit](const U8* from, const U8* to) {
-                const void* const found = memchr(from, unit, static_cast<size_t>(to - from));
-                return found != nullptr ? static_cast<const U8*>(found) : to;
-            });
-        } else {
-            return find(i, [unit](Unit u) { return u == unit; });
-        }
-    }
-
-    /// To the first `unit` at or after `i`, the end of the data when there is none.
-    size_t toUnit(size_t i, Unit unit) const {
-        i = findUnit(i, unit);
-        return i < end() && at(i) != unit ? end() : i;
     }
 
     /// From `i` to the start of the next line.
     size_t nextLine(size_t i) const {
         if constexpr (!Enc::kBigEndian) {
-            return pastLineEnds(toLineEnd(i));
+            // A run of bits carries over into the first bit behind it.
+            const U64 ends = window(i, kLineEnds).bits();
+            const U64 behind = (ends + (ends & -ends)) & ~ends;
+            return behind != 0 ? i + Hits(behind).first() : farLine(i);
         } else {
             // kept(utf16be-lf): big-endian lines end with CR and the next LF, however far; LF alone ends none
             i = past(toUnit(i, Enc::lit('\r')));
-            return past(toUnit(i, Enc::lit('\n')));
+            return past(isLf<Enc>(at(i)) ? i : toUnit(i, Enc::lit('\n')));
         }
     }
 
-private:
-    static constexpr size_t kStretch = kStopStretch / kWidth;  ///< units between two looks at the request to stop
+    /// The same from a place where CR LF, the usual line break, can be expected.
+    size_t nextLineSoon(size_t i) const {
+        if (holds(i, 3) && isCr<Enc>(unit(i)) && isLf<Enc>(unit(i + 1))) {
+            if (Enc::kBigEndian || !isLineEnd<Enc>(unit(i + 2))) return i + 2;
+        }
+        return nextLine(i);
+    }
 
-    static size_t stretchEnd(size_t i, size_t last) { return last - i > kStretch ? i + kStretch : last; }
+    /// The next line of a place at or before `i`, looked for before it is known whether `i` is still in front of it; 0
+    /// where that would not be the next line of all places in between.
+    size_t lineAhead(size_t i) const { return Enc::kBigEndian ? 0 : nextLine(i); }
+
+    /// From `i` to the start of the next line, which may be `ahead`.
+    size_t nextLine(size_t i, size_t ahead) const { return i < ahead ? ahead : nextLine(i); }
+
+private:
+    static constexpr size_t kWindow = Block<Unit>::kWindow;
+    static constexpr size_t kStretch = kStopStretch / kWidth;  ///< units between two looks at the request to stop
+    static_assert(kStretch % kWindow == 0);
+
+    static constexpr auto kLineEnds = [](Block<Unit> block) {
+        return (block == Enc::lit('\r')) | (block == Enc::lit('\n'));
+    };
+
+    Unit unit(size_t i) const { return Enc::load(mData + i * kWidth); }  ///< of those inside
 
     /// Past the units at `i` for which `is` holds.
     template <class Is>
@@ -212,17 +214,37 @@ private:
         return i;
     }
 
-    /// `hit(from, to)` answers the first hit in a stretch of bytes, or `to`: asked for one stretch after the other of
-    /// those from `i` on. An index behind the data stays.
-    template <class Hit>
-    size_t search(size_t i, Hit hit) const {
-        while (i < mSize) {
-            const size_t to = stretchEnd(i, mSize);
-            i = static_cast<size_t>(hit(mData + i, mData + to) - mData);
-            if (i < to) break;
-            if (mStop.isMade()) return mSize;
+    /// The hits among the units from `i` on, as many as are looked at at once.
+    template <class Match>
+    Hits window(size_t i, Match match) const {
+        return holds(i, kWindow) ? Block<Unit>::window(mData + i * kWidth, match) : lastWindow(i, match);
+    }
+
+    /// The same where the data ends within the window.
+    template <class Match>
+    __attribute__((noinline, cold)) Hits lastWindow(size_t i, Match match) const {
+        U8 last[kWindow * kWidth] = {};
+        if (i >= end()) return Hits();
+        memcpy(last, mData + i * kWidth, mSize - i * kWidth);
+        return Hits(Block<Unit>::window(last, match).bits() & ~U64{0} >> (64 - (end() - i)));
+    }
+
+    /// The line behind one that does not end among the units looked at at once.
+    __attribute__((noinline)) size_t farLine(size_t i) const {
+        // those that have been looked at hold no line end, or one that may go on behind them
+        const bool ends = holds(i, kWindow) && isLineEnd<Enc>(unit(i + kWindow - 1));
+        return pastLineEnds(ends || !holds(i, kWindow) ? toLineEnd(i) : toLineEnd(i + kWindow));
+    }
+
+    /// To the first hit at or after `i`, the end of the data when there is none. An index behind the data stays.
+    template <class Match>
+    size_t search(size_t i, Match match) const {
+        if (i >= end()) return i;
+        for (size_t at = i; at < end(); at += kWindow) {
+            if (const Hits hits = window(at, match)) return at + hits.first();
+            if ((at - i) % kStretch == 0 && mStop.isMade()) break;
         }
-        return i;
+        return end();
     }
 
     size_t past(size_t i) const { return i < end() ? i + 1 : i; }

@@ -47,6 +47,13 @@ struct DvbSpelling {
     static constexpr char kFormat[] = "%u:%u:%u:%u %u:%u:%u:%u";
 };
 
+struct NumberCrLf {
+    static constexpr char kForm[] = "#\r\n";
+};
+struct NumberLf {
+    static constexpr char kForm[] = "#\n";
+};
+
 // ---- Reading them ----
 
 /// The numbers that a format converts.
@@ -67,15 +74,31 @@ struct TimeStamp {
     /// Reads a stamp of exactly the shape.
     template <class View>
     [[nodiscard]] __attribute__((always_inline)) bool readShape(const View& in, size_t i) {
-        return readColumns(in, i, Spelling::kShape, v);
+        return readColumns<Spelling>(in, i, v);
     }
 
     /// Reads a stamp however it is written.
     template <class View>
     [[nodiscard]] __attribute__((always_inline)) bool read(const View& in, size_t i) {
-        return readShape(in, i) || readNarrowed<kLength>(in, i, Spelling::kFormat, v);
+        return readShape(in, i) || readOther(in, i);
+    }
+
+private:
+    template <class View>
+    [[nodiscard]] __attribute__((noinline)) bool readOther(const View& in, size_t i) {
+        return readNarrowed<kLength>(in, i, Spelling::kFormat, v);
     }
 };
+
+/// Past a line that holds nothing but a number, if the usual line end follows it; else `i`. In front of a stamp of the
+/// shape such a line is none itself: the number reader gives up in it, or within that stamp.
+template <class View>
+size_t pastNumberLine(const View& in, size_t i) {
+    U32 number[1];
+    if (const size_t length = readForm<NumberCrLf>(in, i, number)) return i + length;
+    if (View::Encoding::kBigEndian) return i;  // there LF ends no line
+    return i + readForm<NumberLf>(in, i, number);
+}
 
 // ---- Proof ----
 
@@ -86,6 +109,12 @@ struct Spelled {
     U8 units[N];
     U8 behind;
     constexpr U8 at(size_t i) const { return i < N ? units[i] : behind; }
+    constexpr bool holds(size_t, size_t) const { return true; }
+    constexpr U64 eight(size_t i) const {
+        U64 characters = 0;
+        for (size_t k = 0; k < 8; ++k) characters |= U64{at(i + k)} << 8 * k;
+        return characters;
+    }
 };
 
 /// Whether a stamp of the shape gives the same numbers by its columns and under the format, with `digit(column)` for
@@ -101,7 +130,7 @@ constexpr bool readsAlike(Digit digit, U8 behind) {
     in.behind = behind;
     U32 byColumns[countOf(Spelling::kFormat)] = {};
     U32 byFormat[countOf(Spelling::kFormat)] = {};
-    if (!readColumns(in, 0, Spelling::kShape, byColumns) || !readAll(in, 0, Spelling::kFormat, byFormat)) return false;
+    if (!readColumns<Spelling>(in, 0, byColumns) || !readAll(in, 0, Spelling::kFormat, byFormat)) return false;
     for (size_t i = 0; i < countOf(Spelling::kFormat); ++i) {
         if (byColumns[i] != byFormat[i]) return false;
     }

@@ -25,21 +25,21 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first unit is the 
 /// Some of the first 64 units of something, a bit for each.
 class Hits {
 public:
-    explicit Hits(U64 bits = 0) : mBits(bits) {}
+    explicit Hits(U64 bits = 0) : mBits(bits) {}  ///< the lowest for the first
 
     explicit operator bool() const { return mBits != 0; }
     U64 bits() const { return mBits; }
 
     /// Where the first one stands; only of some.
     size_t first() const { return static_cast<size_t>(__builtin_ctzll(mBits)); }
-    void dropFirst() { mBits &= mBits - 1; }
+    void dropFirst() { mBits &= mBits - 1; }  ///< of none: nothing
 
 private:
     U64 mBits;
 };
 
 // A block is a few neighbouring units, loaded from anywhere. It answers matches: which of its units are what is asked
-// for. Matches are combined, and then told as hits.
+// for. Matches are combined, and then told as hits; those of a window, some blocks in a row, at one blow.
 
 /// A block as a machine word.
 template <class Unit>
@@ -47,6 +47,7 @@ class WordBlock {
 public:
     using Word = uintptr_t;
     static constexpr size_t kUnits = sizeof(Word) / sizeof(Unit);
+    static constexpr size_t kWindow = 4 * kUnits;
 
     /// The highest bit of each unit that is a match.
     class Matches {
@@ -68,6 +69,16 @@ public:
     };
 
     explicit WordBlock(const U8* p) { memcpy(&mUnits, p, sizeof mUnits); }
+
+    /// The hits among the `kWindow` units at `p`, where `match` tells the matches of a block.
+    template <class Match>
+    static Hits window(const U8* p, Match match) {
+        U64 bits = 0;
+        for (size_t i = 0; i < kWindow; i += kUnits) {
+            bits |= match(WordBlock(p + i * sizeof(Unit))).hits().bits() << i;
+        }
+        return Hits(bits);
+    }
 
     Matches operator==(Unit unit) const { return atMost(mUnits ^ kOnes * unit, 0); }
 
@@ -105,6 +116,10 @@ template <>
 struct VectorOf<U16> {
     using Type = U16 __attribute__((vector_size(16)));
 };
+template <>
+struct VectorOf<U64> {
+    using Type = U64 __attribute__((vector_size(16)));
+};
 
 /// A block as a vector of the compiler's; only what turns matches into bits is written for each machine.
 template <class Unit>
@@ -112,6 +127,7 @@ class VectorBlock {
 public:
     using Vector = typename VectorOf<Unit>::Type;
     static constexpr size_t kUnits = 16 / sizeof(Unit);
+    static constexpr size_t kWindow = 64;
 
     /// All bits of each unit that is a match.
     class Matches {
@@ -122,10 +138,15 @@ public:
         Hits hits() const;
 
     private:
+        friend class VectorBlock;
         Vector mUnits;
     };
 
     explicit VectorBlock(const U8* p) { memcpy(&mUnits, p, sizeof mUnits); }
+
+    /// The hits among the `kWindow` units at `p`, where `match` tells the matches of a block.
+    template <class Match>
+    static Hits window(const U8* p, Match match);
 
     Matches operator==(Unit unit) const { return Matches(static_cast<Vector>(mUnits == all(unit))); }
 
@@ -142,40 +163,65 @@ private:
 
 #if defined(__SSE2__)
 
-template <>
-inline Hits VectorBlock<U8>::Matches::hits() const {
-    return Hits(static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(mUnits))));
-}
+using Sixteen = __m128i;  ///< matches of sixteen units, a byte for each
 
-template <>
-inline Hits VectorBlock<U16>::Matches::hits() const {
-    const __m128i bytes = _mm_packs_epi16(reinterpret_cast<__m128i>(mUnits), _mm_setzero_si128());
-    return Hits(static_cast<unsigned>(_mm_movemask_epi8(bytes)));
+inline Sixteen sixteen(VectorOf<U8>::Type units) { return reinterpret_cast<Sixteen>(units); }
+inline Sixteen sixteen(VectorOf<U16>::Type low, VectorOf<U16>::Type high) {
+    return _mm_packs_epi16(reinterpret_cast<__m128i>(low), reinterpret_cast<__m128i>(high));
+}
+inline U64 bitsOf(Sixteen matches) { return static_cast<unsigned>(_mm_movemask_epi8(matches)); }
+inline U64 bitsOf(Sixteen a, Sixteen b, Sixteen c, Sixteen d) {
+    return (bitsOf(d) << 16 | bitsOf(c)) << 32 | bitsOf(b) << 16 | bitsOf(a);
 }
 
 #else
 
-/// A bit for each byte that is all ones.
-inline U64 bitsOf(uint8x8_t low, uint8x8_t high) {
-    const uint8x8_t places = vcreate_u8(0x8040201008040201);
+using Sixteen = uint8x16_t;  ///< matches of sixteen units, a byte for each
+
+inline Sixteen sixteen(VectorOf<U8>::Type units) { return reinterpret_cast<Sixteen>(units); }
+inline Sixteen sixteen(VectorOf<U16>::Type low, VectorOf<U16>::Type high) {
+    return vcombine_u8(vmovn_u16(reinterpret_cast<uint16x8_t>(low)), vmovn_u16(reinterpret_cast<uint16x8_t>(high)));
+}
+
+/// The bits of the eight bytes of each half, spread over two.
+inline uint8x8_t bitPairs(Sixteen matches) {
+    const uint8x16_t bits = vandq_u8(matches, vreinterpretq_u8_u64(vdupq_n_u64(0x8040201008040201)));
+    return vpadd_u8(vget_low_u8(bits), vget_high_u8(bits));
+}
+inline U64 bitsOf(Sixteen a, Sixteen b, Sixteen c, Sixteen d) {
+    const uint8x8_t low = vpadd_u8(bitPairs(a), bitPairs(b));
+    const uint8x8_t high = vpadd_u8(bitPairs(c), bitPairs(d));
+    return vget_lane_u64(vreinterpret_u64_u8(vpadd_u8(low, high)), 0);
+}
+inline U64 bitsOf(Sixteen matches) {
     const uint8x8_t zero = vdup_n_u8(0);
-    const uint8x8_t pairs = vpadd_u8(vand_u8(low, places), vand_u8(high, places));
-    const uint8x8_t halves = vpadd_u8(vpadd_u8(pairs, zero), zero);
-    return vget_lane_u16(vreinterpret_u16_u8(halves), 0);
-}
-
-template <>
-inline Hits VectorBlock<U8>::Matches::hits() const {
-    const uint8x16_t bytes = reinterpret_cast<uint8x16_t>(mUnits);
-    return Hits(bitsOf(vget_low_u8(bytes), vget_high_u8(bytes)));
-}
-
-template <>
-inline Hits VectorBlock<U16>::Matches::hits() const {
-    return Hits(bitsOf(vmovn_u16(reinterpret_cast<uint16x8_t>(mUnits)), vdup_n_u8(0)));
+    const uint8x8_t bits = vpadd_u8(vpadd_u8(bitPairs(matches), zero), zero);
+    return vget_lane_u16(vreinterpret_u16_u8(bits), 0);
 }
 
 #endif
+
+template <>
+inline Hits VectorBlock<U8>::Matches::hits() const {
+    return Hits(bitsOf(sixteen(mUnits)));
+}
+template <>
+inline Hits VectorBlock<U16>::Matches::hits() const {
+    return Hits(bitsOf(sixteen(mUnits, Vector{})));
+}
+
+template <class Unit>
+template <class Match>
+Hits VectorBlock<Unit>::window(const U8* p, Match match) {
+    const auto matches = [&](size_t i) {
+        if constexpr (sizeof(Unit) == 1) {
+            return sixteen(match(VectorBlock(p + 16 * i)).mUnits);
+        } else {
+            return sixteen(match(VectorBlock(p + 32 * i)).mUnits, match(VectorBlock(p + 32 * i + 16)).mUnits);
+        }
+    };
+    return Hits(bitsOf(matches(0), matches(1), matches(2), matches(3)));
+}
 
 template <class Unit>
 using Block = VectorBlock<Unit>;
@@ -186,5 +232,31 @@ template <class Unit>
 using Block = WordBlock<Unit>;
 
 #endif
+
+/// Eight 16-bit units at `p` as bytes of a number, the first one lowest. What does not fit into a byte becomes 0 or
+/// 255.
+template <bool kBigEndian>
+U64 eightNarrowed(const U8* p) {
+#if VX_VECTORS
+    VectorOf<U16>::Type units;
+    memcpy(&units, p, sizeof units);
+    if (kBigEndian) units = units << 8 | units >> 8;
+#if defined(__SSE2__)
+    const auto vector = reinterpret_cast<__m128i>(units);
+    const VectorOf<U64>::Type bytes = reinterpret_cast<VectorOf<U64>::Type>(_mm_packus_epi16(vector, vector));
+    return bytes[0];
+#else
+    return vget_lane_u64(vreinterpret_u64_u8(vqmovn_u16(reinterpret_cast<uint16x8_t>(units))), 0);
+#endif
+#else
+    U64 bytes = 0;
+    for (size_t i = 0; i < 8; ++i) {
+        const U8 low = p[2 * i + (kBigEndian ? 1 : 0)];
+        const U8 high = p[2 * i + (kBigEndian ? 0 : 1)];
+        bytes |= U64{high == 0 ? low : U8{255}} << 8 * i;
+    }
+    return bytes;
+#endif
+}
 
 }  // namespace vxsubtitle
