@@ -45,23 +45,6 @@ constexpr U16 word(U8 first, U8 second) { return static_cast<U16>(first << 8 | s
 
 U16 wordAt(const TextView<Bytes>& unit, size_t i) { return word(unit.at(i), unit.at(i + 1)); }
 
-/// Where the colour codes of a bitmap go: what does not fit is dropped.
-struct CodeSink {
-    U8* codes;
-    size_t size;
-
-    void fill(size_t at, size_t run, U8 code) const {
-        if (at >= size) return;
-        if (run > size - at) run = size - at;
-        if (run < 4) {  // most runs of letters are this short: not worth a call
-            do codes[at + --run] = code;
-            while (run != 0);
-        } else {
-            memset(codes + at, code, run);
-        }
-    }
-};
-
 // A caller of a single step names no size and vouches for what the unit's offsets reach, and for the largest bitmap.
 TextView<Bytes> vouchedFor(const U8* unit) { return {unit, kUnitReach}; }
 
@@ -115,12 +98,16 @@ void queueUnit(MPEGSubtitleDecoder& decoder, const Unit& unit) {
 
 /// The codes of a unit that comes without a palette, by their pixels in the first field: most first, ties to the lower.
 void rankCodes(const DisplayParam& display, const Unit& unit, U8 (&ranking)[4]) {
-    U64 pixels[4] = {};
-    walkField(NibbleReader(unit, display.u16RLTopField, display.u16RLTopLen), display.u16Width, display.u16Height / 2U,
-              [&](U32, U32, U32 length, U8 code) { pixels[code] += length; });
+    struct {
+        U64 pixels[4] = {};
+        void add(U32, const Run& run) { pixels[run.colour] += run.length; }
+        void endRow(U32) {}
+    } count;
+    walkField(RunReader(unit, display.u16RLTopField, display.u16RLTopLen), display.u16Width, display.u16Height / 2U,
+              count);
     for (U8 i = 0; i < 4; ++i) ranking[i] = i;
     for (U8 i = 1; i < 4; ++i) {
-        for (U8 k = i; k > 0 && pixels[ranking[k]] > pixels[ranking[k - 1]]; --k) {
+        for (U8 k = i; k > 0 && count.pixels[ranking[k]] > count.pixels[ranking[k - 1]]; --k) {
             const U8 code = ranking[k];
             ranking[k] = ranking[k - 1];
             ranking[k - 1] = code;
@@ -178,12 +165,10 @@ U8 resolveColours(MPEGSubtitleDecoder& decoder, const Unit& unit, RGBPaletteColo
 
 /// Decodes both fields of the unit, as the display parameters describe them.
 void decodeFields(const DisplayParam& display, const Unit& unit, const CodeSink& out) {
-    const U32 width = display.u16Width;
+    const size_t width = display.u16Width;
     const auto decodeField = [&](U32 firstRow, U16 offset, U16 length) {
-        walkField(NibbleReader(unit, offset, length), width, display.u16Height / 2U,
-                  [=](U32 row, U32 column, U32 run, U8 code) {
-                      out.fill((size_t{row} * 2 + firstRow) * width + column, run, code);
-                  });
+        FieldRows rows(out, firstRow * width, 2 * width);
+        walkField(RunReader(unit, offset, length), display.u16Width, display.u16Height / 2U, rows);
     };
     decodeField(0, display.u16RLTopField, display.u16RLTopLen);
     decodeField(1, display.u16RLBottomField, display.u16RLBottomLen);

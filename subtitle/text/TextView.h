@@ -110,6 +110,12 @@ public:
         return kWidth == 2 && i == wholeUnits() && mSize % 2 != 0 ? Unit{mData[mSize - 1]} : Unit{0};
     }
 
+    /// The first of `count` bytes at `i` of 8-bit data; null unless all of them lie inside.
+    const U8* stretch(size_t i, size_t count) const {
+        static_assert(kWidth == 1);
+        return i <= mSize && count <= mSize - i ? mData + i : nullptr;
+    }
+
     size_t wholeUnits() const { return mSize / kWidth; }
     size_t end() const { return mSize / kWidth + mSize % kWidth; }  ///< the index behind the last unit
     bool inside(size_t i) const { return i < end() && !mStop.isMade(); }
