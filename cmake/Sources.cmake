@@ -25,6 +25,7 @@ set(VXSUBTITLE_SOURCES
     subtitle/system/Descriptor.cpp
     subtitle/system/LowMemory.cpp
     subtitle/system/Worker.cpp
+    subtitle/system/ZeroPages.cpp
     subtitle/vobsub/Blit.cpp
     subtitle/vobsub/FileWindow.cpp
     subtitle/vobsub/IndexScan.cpp

@@ -8,6 +8,7 @@
 #include <system/window.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <new>
 
 #include "subtitle/MPEGSubtitleDecoder.h"
@@ -16,6 +17,7 @@
 #include "subtitle/system/Descriptor.h"
 #include "subtitle/system/Log.h"
 #include "subtitle/system/PathField.h"
+#include "subtitle/system/ZeroPages.h"
 #include "subtitle/text/WorkText.h"
 #include "subtitle/vobsub/Blit.h"
 #include "subtitle/vobsub/IndexScan.h"
@@ -113,6 +115,13 @@ S64 guessOf(const SubtitleParserSUBIDX& parser, U32 index) {
     if (last && parser.m_u32TagNum < 3) return kAnyUnitSize;
     const U32 like = last ? 0 : index;  // kept(vob-descending): the last is sized by the first
     return guessUnitSize(positionOf(parser, like), positionOf(parser, like + 1));
+}
+
+/// How much of the bitmap pictures are expected to take, bytes: as much as the last one, or a quarter of the frame.
+size_t usualBitmap(const SubtitleParserSUBIDX& parser) {
+    const DisplayParam& last = parser.m_pDecoder->m_display_param;
+    const U64 usual = std::max(U64{last.u16Width} * last.u16Height, U64{parser.m_u32Width} * parser.m_u32Height / 4);
+    return static_cast<size_t>(std::min(usual, U64{kBitmapSize}));
 }
 
 /// Allocates the tables and windows, in this order. False without memory; those before stay.
@@ -264,7 +273,7 @@ U32 SubtitleParserSUBIDX::GetData(const U32, U8*, const U32, const U32 index, st
         m_pDecoder == nullptr || fpSub == nullptr) {
         return 0;
     }
-    memset(m_buffer, 0, kBitmapSize);
+    zeroPages(m_buffer, kBitmapSize, usualBitmap(*this));
     WorkingBlock block(guessOf(*this, index));
     UnitReader reader(streamWindow(*this), m_s64DataTotalSizeSub, m_u32RawBufferDataSize);
     if (!block.exists() || !reader.gather(positionOf(*this, index), block)) return 0;

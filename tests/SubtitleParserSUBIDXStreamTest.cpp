@@ -6,6 +6,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,35 @@ TEST(SubtitleParserSUBIDX, ATextIsReadThroughTheWindowOfThePictures) {
         for (U32 i = 3; i < 8192; ++i) ASSERT_EQ(0, parser.m_pu8SubtitleBuffer[i]) << time << ", " << i;
         parser.m_u32SubtitleBufferDataSize = 0;  // so that the window is read again
     }
+}
+
+TEST(SubtitleParserSUBIDX, NothingElseStaysInTheBitmap) {
+    std::vector<samples::Subpicture> pictures(3);
+    pictures[0].bitmap = samples::Bitmap(40, 20);
+    pictures[1].bitmap = samples::Bitmap(1920, 400);
+    pictures[2].bitmap = samples::Bitmap(1920, 1080);
+    samples::VobSub film(1920, 1080, {});
+    film.track("en");
+    for (samples::Subpicture& picture : pictures) {
+        std::fill(picture.bitmap.codes.begin(), picture.bitmap.codes.end(), uint8_t{3});
+        picture.spareLines = 1;
+        film.add(1000, picture);
+    }
+    VobSubInMemory files;
+    files.load(film.idx(), film.sub());
+    U8* const bitmap = files.parser.m_buffer;
+    for (const U32 index : {0U, 1U, 0U, 2U, 1U, 0U, 0U, 2U, 0U}) {
+        // a player may write there
+        for (const size_t at : {100000U, 0x20000U, 0x20FFFU, 1000000U, 1920U * 1080 - 1}) bitmap[at] = 0x77;
+        ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, index, nullptr));
+        std::vector<U8> expected = pictures[index].bitmap.codes;
+        expected.resize(1920 * 1080);
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), bitmap)) << index;
+    }
+    // of a picture that is not there nothing stays either
+    files.parser.AddTag(0, 0, 0x7FFF, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE);
+    ASSERT_EQ(0U, files.parser.GetData(0, nullptr, 0, 3, nullptr));
+    EXPECT_EQ(1920 * 1080, std::count(bitmap, bitmap + 1920 * 1080, 0));
 }
 
 // kept(vob-top-left)
