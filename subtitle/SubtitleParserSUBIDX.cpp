@@ -159,12 +159,12 @@ BOOL parseOpenFiles(SubtitleParserSUBIDX& parser, const WorkerStyle& style) {
 
 /// Draws a bitmap that a caller vouches for, in the colours of `m_au32Palette_result`.
 BOOL drawBitmap(SubtitleParserSUBIDX& parser, const CodeBitmap& bitmap) {
-    U32 pixelValues[256] = {};
-    for (U32 code = 0; code < 16; ++code) pixelValues[code] = pixelOf(parser.m_au32Palette_result[code]);
+    PixelValues values = {};
+    for (U32 code = 0; code < 16; ++code) values[code] = pixelOf(parser.m_au32Palette_result[code]);
     const auto paint = [&](const Canvas& canvas) {
         const Placement placement = placementFor(parser.m_u32Width, parser.m_u32Height, canvas);
+        draw(canvas, placement, bitmap, values);
         if (!placement.available) VX_LOG(kTag, "the surface is unavaliable");
-        draw(canvas, placement, bitmap, pixelValues);
     };
     return paintBuffer(parser.m_NativeWindow.get(), kRenderMessages, paint) ? TRUE : FALSE;
 }
@@ -352,7 +352,8 @@ void SubtitleParserSUBIDX::SetIGraphicBufferProducer(const sp<IGraphicBufferProd
 BOOL SubtitleParserSUBIDX::Refresh() {
     const Mutex::Autolock lock(mLock);
     if (m_NativeWindow == nullptr) return TRUE;
-    return paintBuffer(m_NativeWindow.get(), kRefreshMessages, [](const Canvas&) {}) ? TRUE : FALSE;
+    return paintBuffer(m_NativeWindow.get(), kRefreshMessages, [](const Canvas& canvas) { canvas.clear(); }) ? TRUE
+                                                                                                             : FALSE;
 }
 
 BOOL SubtitleParserSUBIDX::_render(const U8* bitmap, U16 width, U16 height) {

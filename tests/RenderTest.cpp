@@ -13,9 +13,11 @@
 #include <png.h>
 #endif
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/MemoryProducer.h"
@@ -544,6 +546,40 @@ TEST(Render, AnySizeFollowsTheRules) {
     }
     EXPECT_GT(unavailable, 100);
     EXPECT_LT(unavailable, 2000);
+}
+
+// Lines are drawn eight codes at a time: of one code, of four colours, or of any.
+TEST(Render, EveryCodeHasItsColourAtEveryPlace) {
+    std::mt19937 random(5);
+    const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
+    Player player({0, 0}, {1, 1});
+    for (U32 i = 0; i < 16; ++i) player.parser->m_au32Palette_result[i] = 0x01020304 * (i + 1);
+    for (int round = 0; round < 1000; ++round) {
+        const bool wide = round % 2 == 0, high = round % 4 < 2;
+        const unsigned codes = round % 8 < 6 ? 4 : 256, longest = 1 + below(30);
+        samples::Bitmap bitmap(1 + below(70), 1 + below(4));
+        for (size_t i = 0; i < bitmap.codes.size();) {
+            const auto code = static_cast<uint8_t>(below(codes));
+            for (unsigned run = 1 + below(longest); run-- > 0 && i < bitmap.codes.size();) bitmap.codes[i++] = code;
+        }
+        const host::Geometry buffer = {140 + static_cast<int>(below(3)), 8, 145};
+        player.parser->m_u32Width = wide ? 70 : 72 + below(68);
+        player.parser->m_u32Height = high ? 4 : 5 + below(3);
+        player.producer->setGeometry(buffer);
+        player.producer->forget();
+        const host::Picture picture = player.render(bitmap);
+        const unsigned fx = wide ? 2 : 1, fy = high ? 2 : 1;
+        const unsigned left = (static_cast<unsigned>(buffer.width) - fx * bitmap.width) / 2;
+        std::vector<U32> expected(145 * 8);
+        for (unsigned y = 0; y < fy * bitmap.height; ++y) {
+            for (unsigned x = 0; x < fx * bitmap.width; ++x) {
+                const unsigned code = bitmap.at(x / fx, y / fy);
+                expected[(8 - fy * bitmap.height + y) * 145 + left + x] =
+                    code < 16 ? player.parser->m_au32Palette_result[code] : 0;
+            }
+        }
+        ASSERT_EQ(expected, pixelsOf(picture)) << bitmap.width << "x" << bitmap.height << ", " << fx << "x" << fy;
+    }
 }
 
 TEST(Render, AnAreaLargerThanTheParsersBitmapReadsZeroBehindIt) {

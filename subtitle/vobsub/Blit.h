@@ -12,6 +12,8 @@ struct Canvas {
 
     S64 pixelCount() const { return stride > 0 && height > 0 ? stride * height : 0; }
 
+    size_t byteCount() const;
+
     /// Makes all of it transparent, what lies between the rows included.
     void clear() const;
 };
@@ -42,8 +44,11 @@ Placement placementFor(U32 frameWidth, U32 frameHeight, const Canvas& canvas);
 /// The pixel value of 0xAARRGGBB: its bytes lie in memory as red, green, blue, alpha.
 U32 pixelOf(U32 argb);
 
-/// Draws the bitmap centred with its last row on the canvas's last row, each code in its pixel value. A pixel goes
-/// to row x stride + column and is dropped only when that lies outside the canvas.
-void draw(const Canvas& canvas, const Placement& placement, const CodeBitmap& bitmap, const U32 (&pixelValues)[256]);
+/// The pixel value of each code.
+using PixelValues = U32[256];
+
+/// Makes the canvas transparent and draws the bitmap, if there is a place for it: centred, with its last row on the
+/// canvas's last row. A pixel goes to row x stride + column and is dropped only when that lies outside the canvas.
+void draw(const Canvas& canvas, const Placement& placement, const CodeBitmap& bitmap, const PixelValues& values);
 
 }  // namespace vxsubtitle

@@ -19,8 +19,8 @@ struct SurfaceMessages {
     const char* queue;
 };
 
-/// Calls `paint(canvas)` on a cleared buffer of the window's and queues it. After a step that fails the buffer is
-/// given back, so that the window has one to give again.
+/// Calls `paint(canvas)`, which writes all of it, on a buffer of the window's and queues it. After a step that fails
+/// the buffer is given back, so that the window has one to give again.
 template <class Paint>
 bool paintBuffer(ANativeWindow* window, const SurfaceMessages& messages, Paint paint) {
     ANativeWindowBuffer* buffer = nullptr;
@@ -40,7 +40,6 @@ bool paintBuffer(ANativeWindow* window, const SurfaceMessages& messages, Paint p
         mapper.lock(buffer->handle, GRALLOC_USAGE_SW_WRITE_OFTEN, Rect(0, 0, buffer->width, buffer->height), &pixels);
     if (status != 0) return fail(messages.lock);  // may be positive: a number of the hardware layer
     const Canvas canvas = {static_cast<U8*>(pixels), buffer->width, buffer->height, buffer->stride};
-    canvas.clear();
     paint(canvas);
     status = mapper.unlock(buffer->handle);
     if (status != 0) return fail(messages.unlock);
