@@ -179,6 +179,36 @@ TEST(StandIns, UsageHas64BitsAndOtherOperationsAreUnknown) {
     EXPECT_EQ(7, producer->last().fence);
 }
 
+TEST(StandIns, APicturesMemoryServesAgain) {
+    Player player({8, 6}, {8, 6});
+    EXPECT_TRUE(player.producer->takeLast().bytes.empty()) << "nothing is queued";
+    player.render(kArrow);
+    player.render(samples::Bitmap());
+    EXPECT_EQ(Texts(6, "........"), drawing(player.producer->takeLast()));
+    EXPECT_EQ(1U, player.producer->queued().size());
+    host::Picture picture = player.producer->takeLast();
+    EXPECT_EQ("1......2", drawing(picture)[0]);
+    const uint8_t* const memory = picture.bytes.data();
+    const std::vector<uint8_t> shown = picture.bytes;
+    player.producer->giveBack(std::move(picture));
+    const auto dequeued = [&] {
+        ANativeWindowBuffer* buffer = nullptr;
+        void* pixels = nullptr;
+        EXPECT_EQ(OK, player.producer->dequeue(&buffer, 0));
+        EXPECT_EQ(OK, player.producer->lock(0, Rect(8, 6), &pixels));
+        return static_cast<uint8_t*>(pixels);
+    };
+    EXPECT_EQ(memory, dequeued());
+    EXPECT_TRUE(std::equal(shown.begin(), shown.end(), memory)) << "as it was";
+
+    Player other({8, 6}, {8, 7});
+    host::Picture tooSmall;
+    tooSmall.bytes = shown;
+    other.producer->giveBack(std::move(tooSmall));
+    other.render(kArrow);
+    EXPECT_EQ(8U * 7 * 4, other.producer->last().bytes.size());
+}
+
 TEST(StandIns, FailOnDemand) {
     const sp<host::MemoryProducer> producer = new host::MemoryProducer({4, 2});
     const sp<ANativeWindow> window = new Surface(producer, false);

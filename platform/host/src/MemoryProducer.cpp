@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include <map>
+#include <utility>
 
 #include "Handles.h"
 
@@ -47,9 +48,11 @@ sp<MemoryProducer> producerOf(buffer_handle_t handle) {
 /// A buffer that is out. Its pixels lie in a block of exactly their size, so that a sanitizer sees the first byte
 /// too far.
 struct MemoryProducer::Buffer : ANativeWindowBuffer {
-    Buffer(const Geometry& geometry, uint64_t usageBits, MemoryProducer* owner)
-        : size(static_cast<size_t>(geometry.stride) * static_cast<size_t>(geometry.height) * kPixelBytes),
-          pixels(new uint8_t[size]) {
+    Buffer(const Geometry& geometry, uint64_t usageBits, MemoryProducer* owner, std::vector<uint8_t> spare)
+        : pixels(std::move(spare)) {
+        const size_t size = static_cast<size_t>(geometry.stride) * static_cast<size_t>(geometry.height) * kPixelBytes;
+        if (pixels.size() != size) pixels = std::vector<uint8_t>(size, kUnwritten);
+        if (size == 0) pixels.reserve(1);  // none has an address, too
         width = geometry.width;
         height = geometry.height;
         stride = geometry.stride;
@@ -61,14 +64,12 @@ struct MemoryProducer::Buffer : ANativeWindowBuffer {
         handle = &handleOfThis;
         common.incRef = [](android_native_base_t*) {};  // lives until it is queued or cancelled
         common.decRef = [](android_native_base_t*) {};
-        memset(pixels.get(), kUnwritten, size);
         publish(handle, owner);
     }
     ~Buffer() { withdraw(handle); }
 
     native_handle_t handleOfThis;
-    size_t size;
-    std::unique_ptr<uint8_t[]> pixels;
+    std::vector<uint8_t> pixels;
     bool locked = false;
 };
 
@@ -95,6 +96,19 @@ std::vector<Picture> MemoryProducer::queued() const {
 Picture MemoryProducer::last() const {
     const std::lock_guard<std::mutex> lock(mMutex);
     return mQueued.empty() ? Picture() : mQueued.back();
+}
+
+Picture MemoryProducer::takeLast() {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    if (mQueued.empty()) return {};
+    Picture picture = std::move(mQueued.back());
+    mQueued.pop_back();
+    return picture;
+}
+
+void MemoryProducer::giveBack(Picture picture) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mSpare = std::move(picture.bytes);
 }
 
 void MemoryProducer::forget() {
@@ -135,7 +149,7 @@ status_t MemoryProducer::dequeue(ANativeWindowBuffer** buffer, uint64_t usage) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (const int status = takeFailure(Step::kDequeue)) return status;
     if (mBuffer != nullptr) return INVALID_OPERATION;
-    mBuffer = std::make_unique<Buffer>(mGeometry, usage, this);
+    mBuffer = std::make_unique<Buffer>(mGeometry, usage, this, std::move(mSpare));
     *buffer = mBuffer.get();
     return OK;
 }
@@ -146,7 +160,7 @@ status_t MemoryProducer::lock(uint32_t usage, const Rect& bounds, void** address
     if (const int status = takeFailure(Step::kLock)) return status;
     if (mBuffer == nullptr || mBuffer->locked) return kBadBuffer;
     mBuffer->locked = true;
-    *address = mBuffer->pixels.get();
+    *address = mBuffer->pixels.data();
     return OK;
 }
 
@@ -162,9 +176,8 @@ status_t MemoryProducer::queue(ANativeWindowBuffer* buffer, int fenceFd) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (const int status = takeFailure(Step::kQueue)) return status;
     if (mBuffer == nullptr || mBuffer.get() != buffer || mBuffer->locked) return BAD_VALUE;
-    const uint8_t* const pixels = mBuffer->pixels.get();
-    mQueued.push_back({mBuffer->width, mBuffer->height, mBuffer->stride, mBuffer->usage, fenceFd,
-                       std::vector<uint8_t>(pixels, pixels + mBuffer->size)});
+    mQueued.push_back(
+        {mBuffer->width, mBuffer->height, mBuffer->stride, mBuffer->usage, fenceFd, std::move(mBuffer->pixels)});
     mBuffer.reset();
     return OK;
 }

@@ -49,7 +49,12 @@ public:
 
     std::vector<Picture> queued() const;
     Picture last() const;  ///< the picture queued last; an empty one when there is none
+    Picture takeLast();    ///< the same, which is no longer queued then
     void forget();         ///< pictures, steps and locks so far
+
+    /// The next buffer takes a picture's memory when that has its size, and shows what was on it, as buffers of a
+    /// television do.
+    void giveBack(Picture picture);
 
     struct Lock {
         uint32_t usage;
@@ -83,6 +88,7 @@ private:
     mutable std::mutex mMutex;
     Geometry mGeometry;
     std::unique_ptr<Buffer> mBuffer;
+    std::vector<uint8_t> mSpare;  ///< given back
     std::vector<Failure> mFailures;
     std::vector<Picture> mQueued;
     std::vector<Lock> mLocks;
