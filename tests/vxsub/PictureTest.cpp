@@ -1,8 +1,15 @@
 #include "tools/vxsub/Picture.h"
 
 #include <gtest/gtest.h>
+#include <png.h>
+
+#include <string>
+
+#include "tests/support/Interpose.h"
 
 namespace {
+
+using android::U8;
 
 using vxsub::Background;
 using vxsub::Colour;
@@ -87,6 +94,54 @@ TEST(Image, FitsByAveragingAndKeepsItsSidesRatio) {
     EXPECT_EQ(sliver.size().width, 10);
     EXPECT_EQ(sliver.size().height, 1);
     EXPECT_EQ(Image({0, 0}).fitInto({10, 10}).size().width, 0);
+}
+
+/// What a PNG file shows.
+Image readPng(const std::string& path) {
+    png_image png = {};
+    png.version = PNG_IMAGE_VERSION;
+    if (png_image_begin_read_from_file(&png, path.c_str()) == 0) return Image({0, 0});
+    png.format = PNG_FORMAT_RGBA;
+    Image image({int(png.width), int(png.height)});
+    return png_image_finish_read(&png, nullptr, &image.at(0, 0), 0, nullptr) != 0 ? image : Image({0, 0});
+}
+
+TEST(Image, ReachesAPngFileWithAnyNumberOfColours) {
+    const test::TempFile file("", ".png");
+    for (const int colours : {1, 2, 3, 5, 17, 255, 256, 257, 1000}) {
+        Image image({50, 41});
+        for (int i = 0; i < 50 * 41; ++i) {
+            const int number = i % colours;
+            image.at(i % 50, i / 50) = {U8(number * 7), U8(number >> 3), U8(number & 7), U8(255 - number % 3)};
+        }
+        image.writePng(file.path(), *Background::parse("none"));
+        const Image read = readPng(file.path());
+        ASSERT_EQ(read.size().width, 50) << colours;
+        ASSERT_EQ(read.size().height, 41) << colours;
+        for (int i = 0; i < 50 * 41; ++i)
+            ASSERT_TRUE(same(read.at(i % 50, i / 50), image.at(i % 50, i / 50))) << colours << " at " << i;
+    }
+}
+
+TEST(Image, IsWrittenInFrontOfItsBackground) {
+    const test::TempFile file("", ".png");
+    Image image({40, 33});
+    image.at(3, 30) = {255, 255, 255, 255};
+    for (int x = 10; x < 37; ++x) image.at(x, 20) = {200, 100, 0, 128};
+    for (const char* word : {"checkerboard", "none", "204060"}) {
+        const Background background = *Background::parse(word);
+        image.writePng(file.path(), background);
+        const Image read = readPng(file.path());
+        ASSERT_EQ(read.size().width, 40) << word;
+        for (int y = 0; y < 33; ++y)
+            for (int x = 0; x < 40; ++x) {
+                Image both({1, 1}), above({1, 1});
+                both.at(0, 0) = background.at(x, y);
+                above.at(0, 0) = image.at(x, y);
+                both.lay(above, 0, 0);
+                ASSERT_TRUE(same(read.at(x, y), both.at(0, 0))) << word << ' ' << x << ' ' << y;
+            }
+    }
 }
 
 }  // namespace

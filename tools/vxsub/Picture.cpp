@@ -21,8 +21,9 @@ constexpr int kSquare = 16;  // pixels
 constexpr Colour kDark = {0x60, 0x60, 0x60, 0xFF}, kLight = {0x78, 0x78, 0x78, 0xFF};
 
 Colour blend(Colour above, Colour below) {
+    if (above.alpha == 255) return above;
+    if (above.alpha == 0) return below.alpha != 0 ? below : Colour{0, 0, 0, 0};
     const U32 alpha = above.alpha * 255u + below.alpha * (255u - above.alpha);  // in 255ths
-    if (alpha == 0) return {0, 0, 0, 0};
     const auto mix = [&](U8 a, U8 b) {
         const U32 sum = a * above.alpha * 255u + b * below.alpha * (255u - above.alpha);
         return U8((sum + alpha / 2) / alpha);
@@ -30,6 +31,25 @@ Colour blend(Colour above, Colour below) {
     return {mix(above.red, below.red), mix(above.green, below.green), mix(above.blue, below.blue),
             U8((alpha + 127) / 255)};
 }
+
+/// The colours of an image, numbered as they appear, as many as a PNG's palette holds.
+class Palette {
+public:
+    explicit Palette(std::vector<Colour>* colours) : mColours(*colours) {}
+
+    /// Negative when there is no room for one more.
+    int numberOf(Colour colour) {
+        const auto found = std::find(mColours.begin(), mColours.end(), colour);
+        if (found != mColours.end()) return int(found - mColours.begin());
+        if (mColours.size() == kMost) return -1;
+        mColours.push_back(colour);
+        return int(mColours.size()) - 1;
+    }
+
+private:
+    static constexpr size_t kMost = 256;
+    std::vector<Colour>& mColours;
+};
 
 /// Averages pixels, each counting by its alpha.
 class Average {
@@ -66,10 +86,13 @@ Colour Background::at(int x, int y) const {
     return (x / kSquare + y / kSquare) % 2 == 0 ? kDark : kLight;
 }
 
+int Background::sameUntil(int x) { return (x / kSquare + 1) * kSquare; }
+
 Image::Image(Size size) : mSize(size), mPixels(size_t(size.width) * size_t(size.height)) {}
 
 bool Image::isBlank() const {
-    return std::all_of(mPixels.begin(), mPixels.end(), [](const Colour& c) { return c.alpha == 0; });
+    // from the end: pictures stand on the bottom edge
+    return std::all_of(mPixels.rbegin(), mPixels.rend(), [](const Colour& c) { return c.alpha == 0; });
 }
 
 Image Image::visiblePart() const {
@@ -114,25 +137,48 @@ void Image::lay(const Image& image, int left, int top) {
             at(left + x, top + y) = blend(image.at(x, y), at(left + x, top + y));
 }
 
-Image Image::over(const Background& background) const {
-    Image result(mSize);
-    for (int y = 0; y < mSize.height; ++y)
-        for (int x = 0; x < mSize.width; ++x) result.at(x, y) = blend(at(x, y), background.at(x, y));
-    return result;
+bool Image::numberColours(const Background& background, Indexed* indexed) const {
+    indexed->pixels.resize(mPixels.size());
+    Palette palette(&indexed->colours);
+    for (int y = 0; y < mSize.height; ++y) {
+        for (int x = 0, end; x < mSize.width; x = end) {
+            // a stretch of one colour, before one background
+            const int most = std::min(mSize.width, Background::sameUntil(x));
+            const Colour& colour = at(x, y);
+            for (end = x + 1; end < most && colour == at(end, y);) ++end;
+            const int number = palette.numberOf(blend(colour, background.at(x, y)));
+            if (number < 0) return false;
+            memset(&indexed->pixels[index(x, y)], number, size_t(end - x));
+        }
+    }
+    return true;
 }
 
-void Image::writePng(const std::string& path) const {
+std::vector<Colour> Image::over(const Background& background) const {
+    std::vector<Colour> pixels;
+    pixels.reserve(mPixels.size());
+    for (int y = 0; y < mSize.height; ++y)
+        for (int x = 0; x < mSize.width; ++x) pixels.push_back(blend(at(x, y), background.at(x, y)));
+    return pixels;
+}
+
+void Image::writePng(const std::string& path, const Background& background) const {
     static_assert(sizeof(Colour) == 4, "pixels lie as the PNG library takes them");
+    Indexed indexed;
+    const bool few = numberColours(background, &indexed);
+    const std::vector<Colour> pixels = few ? std::vector<Colour>() : over(background);
     FILE* file = fopen(path.c_str(), "wbe");
     if (file == nullptr) throw FileError(path + ": " + strerror(errno));
     png_image png = {};
     png.version = PNG_IMAGE_VERSION;
     png.width = png_uint_32(mSize.width);
     png.height = png_uint_32(mSize.height);
-    png.format = PNG_FORMAT_RGBA;
+    png.format = few ? PNG_FORMAT_RGBA_COLORMAP : PNG_FORMAT_RGBA;
     png.flags = PNG_IMAGE_FLAG_FAST;
+    png.colormap_entries = png_uint_32(indexed.colours.size());
+    const void* const data = few ? static_cast<const void*>(indexed.pixels.data()) : pixels.data();
     errno = 0;
-    const bool written = png_image_write_to_stdio(&png, file, 0, mPixels.data(), 0, nullptr) != 0;
+    const bool written = png_image_write_to_stdio(&png, file, 0, data, 0, indexed.colours.data()) != 0;
     int error = errno;
     if (fclose(file) == 0 && written) return;
     if (error == 0) error = errno;

@@ -15,6 +15,10 @@ struct Size {
 
 struct Colour {
     android::U8 red, green, blue, alpha;
+
+    bool operator==(const Colour& other) const {
+        return red == other.red && green == other.green && blue == other.blue && alpha == other.alpha;
+    }
 };
 
 /// What lies behind a picture, as the movie does on a television.
@@ -27,6 +31,9 @@ public:
     static std::optional<Background> parse(std::string_view text);
 
     Colour at(int x, int y) const;
+
+    /// Behind column x, the first one whose colour may be another, in any row.
+    static int sameUntil(int x);
 
 private:
     enum class Kind { Checkerboard, None, Plain };
@@ -57,13 +64,21 @@ public:
     /// Draws `image` over this one; what would lie outside is dropped.
     void lay(const Image& image, int left, int top);
 
-    /// The same image in front of a background.
-    Image over(const Background& background) const;
-
-    /// Throws `FileError` when the file cannot be written; none stays behind then.
-    void writePng(const std::string& path) const;
+    /// Writes the image in front of a background. Throws `FileError` when the file cannot be written; none stays behind
+    /// then.
+    void writePng(const std::string& path, const Background& background) const;
 
 private:
+    /// An image of few colours.
+    struct Indexed {
+        std::vector<Colour> colours;
+        std::vector<android::U8> pixels;  ///< their numbers
+    };
+
+    /// The image in front of a background. False when it has too many colours.
+    bool numberColours(const Background& background, Indexed* indexed) const;
+    std::vector<Colour> over(const Background& background) const;
+
     size_t index(int x, int y) const { return size_t(y) * size_t(mSize.width) + size_t(x); }
 
     Size mSize;

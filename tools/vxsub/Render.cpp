@@ -42,7 +42,7 @@ void renderOne(SubtitleFile& file, U32 index, Television& television, const Rend
         throw FileError(file.path() + ": " + name + " is of track " + std::to_string(file.trackOf(index)));
     const std::optional<Television::Shown> shown = television.show(index);
     if (!shown) throw FileError(file.path() + ": the picture of " + name + " cannot be decoded");
-    shown->image.over(options.picture.background).writePng(path);
+    shown->image.writePng(path, options.picture.background);
     out.line(printable(path) + ": " + name + " (" + formatSpan(file.entry(index)) + "), " +
              describe(*shown, shown->image.size()));
 }
@@ -75,7 +75,7 @@ void renderAll(SubtitleFile& file, Television& television, const RenderOptions& 
             } else {
                 if (shown->image.isBlank()) remarks.push_back(name + describe(*shown, shown->image.size()));
                 const std::string path = folder + "/" + fileNameOf(i, file.entry(i).start);
-                shown->image.over(options.picture.background).writePng(path);
+                shown->image.writePng(path, options.picture.background);
                 ++written;
             }
             progress.step();

@@ -89,7 +89,7 @@ void makeSheet(const OpenOptions& open, const SheetOptions& options, Output& out
             progress.step();
         }
     }
-    arrange(thumbnails).over(options.picture.background).writePng(options.picture.target);
+    arrange(thumbnails).writePng(options.picture.target, options.picture.background);
     std::string text = printable(options.picture.target) + ": " + std::to_string(thumbnails.size()) +
                        (thumbnails.size() == 1 ? " entry" : " entries");
     if (missing > 0) text += ", " + std::to_string(missing) + " of them without a picture";

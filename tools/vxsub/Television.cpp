@@ -1,5 +1,7 @@
 #include "Television.h"
 
+#include <string.h>
+
 #include "Errors.h"
 #include "host/MemoryProducer.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
@@ -20,12 +22,10 @@ std::optional<Television::Shown> Television::show(U32 index) {
     const std::optional<PictureArea> area = mFile.picture(index);
     if (!area) return std::nullopt;
     Shown shown = {*area, Image(mSize)};
-    const host::Picture picture = mProducer->last();
-    for (int y = 0; y < picture.height; ++y)
-        for (int x = 0; x < picture.width; ++x) {
-            const U8* pixel = picture.pixel(x, y);
-            shown.image.at(x, y) = {pixel[0], pixel[1], pixel[2], pixel[3]};
-        }
+    host::Picture picture = mProducer->takeLast();
+    for (int y = 0; y < picture.height && picture.width != 0; ++y)
+        memcpy(&shown.image.at(0, y), picture.pixel(0, y), size_t(picture.width) * sizeof(Colour));
+    mProducer->giveBack(std::move(picture));
     return shown;
 }
 
