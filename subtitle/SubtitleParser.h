@@ -127,7 +127,7 @@ public:
     pthread_t m_threadParser;                    ///< the worker; 0 when none was started
     ST_MEDIA_SUBTITLE_PARSER_TAG* m_pTagBuffer;  ///< the tag table; owned
     EN_MEDIA_SUBTITLE_PARSER_FLAG m_eFlag;       ///< state word
-    U8* m_pu8SubtitleBuffer;                     ///< text work buffer, 8192 bytes; owned
+    U8* m_pu8SubtitleBuffer;                     ///< text work buffer, 8192 bytes; owned, others only read it
     U8* m_pu8RawBuffer;                          ///< the file's data; owned
     U32 m_u32RawBufferDataSize;                  ///< valid bytes in the raw buffer
     U32 mRawBufferLimit;                         ///< bytes of the raw buffer that text may be read from (fills padding)
