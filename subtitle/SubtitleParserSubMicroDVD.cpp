@@ -10,9 +10,12 @@ namespace {
 
 constexpr char kTag[] = "SubtitleParserSubMicroDVD";
 
-// between the words for an entry; those for 16-bit data have no blank here
-constexpr char kBehindDuration8[] = ", ";
-constexpr char kBehindDuration16[] = ",";
+/// What is logged of an entry: that of 16-bit data has no blank behind the first comma.
+struct EntryWords {
+    const char* behindDuration;
+};
+constexpr EntryWords kEntryWords8{", "};
+constexpr EntryWords kEntryWords16{","};
 
 constexpr U32 kAcceptedUnits = 12;     // of 16-bit data, by the acceptance test
 constexpr U32 kLongestHeader = 256;    // units; a longer one is not read
@@ -97,12 +100,12 @@ struct Judge {
 };
 
 /// Logs an entry and adds its tag for the text at `offset`. False when it could not be stored.
-bool add(SubtitleParser& parser, const char* behindDuration, const Frames& frames, S64 offset) {
+bool add(SubtitleParser& parser, const EntryWords& words, const Frames& frames, S64 offset) {
     const U32 start = timeOf(parser, frames.v[0]);
     const U32 end = timeOf(parser, frames.v[1]);
     LogLine line;
-    line << "ParserThread::m_u64NanoSecPerFrame = " << static_cast<S64>(parser.m_u64NanoSecPerFrame) << behindDuration;
-    line << "u32Frames1= " << asLong(frames.v[0]) << ",u32Frames2= " << asLong(frames.v[1]);
+    line << "ParserThread::m_u64NanoSecPerFrame = " << static_cast<S64>(parser.m_u64NanoSecPerFrame);
+    line << words.behindDuration << "u32Frames1= " << asLong(frames.v[0]) << ",u32Frames2= " << asLong(frames.v[1]);
     (line << ",u32Time1= " << asLong(start) << ", u32Time2 = " << asLong(end) << "\n").log(kTag);
     return addTag(parser, start, end, offset);
 }
@@ -122,7 +125,7 @@ bool firstLine(SubtitleParser& parser, const TextView<Bytes>& in, ClosingBraces<
         return true;
     }
     deriveDuration(parser);
-    return add(parser, kBehindDuration8, frames, in.byteOffset(i));
+    return add(parser, kEntryWords8, frames, in.byteOffset(i));
 }
 
 struct Scan {
@@ -138,7 +141,7 @@ struct Scan {
             // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
             if (usual != 0 || (in.at(i) == '{' && frames.read(in, i))) {
                 i = usual != 0 ? i + usual : braces.pastSecond(i);
-                if (!add(parser, kBehindDuration8, frames, in.byteOffset(i))) return false;
+                if (!add(parser, kEntryWords8, frames, in.byteOffset(i))) return false;
             }
         }
         return true;
@@ -171,7 +174,7 @@ private:
         if (units > kLongestHeader) return true;
         if (usual == 0 && !frames.read(Narrowed<kLongestHeader>(in, i, static_cast<U32>(units)), 0)) return true;
         i = behind;
-        return add(parser, kBehindDuration16, frames, in.byteOffset(i));
+        return add(parser, kEntryWords16, frames, in.byteOffset(i));
     }
 };
 
