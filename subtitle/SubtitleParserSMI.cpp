@@ -45,7 +45,9 @@ private:
     static constexpr bool k8Bit = sizeof(typename Enc::Unit) == 1;
 
     bool readStart(size_t digit, U32 (&start)[1]) const {
-        return readForm<UsualStart>(mIn, digit, start) != 0 || readNarrowed<kStartUnits>(mIn, digit, "%u", start);
+        const size_t usual = readForm<UsualStart>(mIn, digit, start);
+        if (usual != 0 && (k8Bit || usual <= kStartUnits)) return true;
+        return readNarrowed<kStartUnits>(mIn, digit, "%u", start);
     }
 
     /// Behind the second '>' at or after `i`; past the last whole unit when there are not two.

@@ -31,19 +31,15 @@ struct Scan {
         while (in.inside(i)) {  // kept(srt-mark-on-time-line): a first one may stand behind half a UTF-8 mark
             Timing timing;
             const size_t line = pastNumberLine(in, i);
-            size_t behind;
-            if (timing.readShape(in, line)) {
-                i = line;
-                behind = in.nextLineSoon(i + Timing::kLength);
-                // kept(srt-no-fraction): eight numbers or no timing line
-                // kept(srt-no-hours): the hours are two of the eight
-            } else if (!opensNumber(in, i) || !readAll(in, i, SrtSpelling::kFormat, timing.v)) {
+            const bool usual = timing.readShape(in, line);
+            // kept(srt-no-fraction): eight numbers or no timing line
+            // kept(srt-no-hours): the hours are two of the eight
+            if (!usual && (!opensNumber(in, i) || !timing.readOther(in, i))) {
                 i = in.nextLine(i);
                 continue;
-            } else {
-                behind = in.nextLine(i);
             }
             // kept(srt-empty-entry): blank lines vanish, so the next number and timing line become the text
+            const size_t behind = usual ? in.nextLineSoon(line + Timing::kLength) : in.nextLine(i);
             // kept(srt-blank-below-time): a blank line right behind leaves the position on the timing line's own CR
             const bool noText = behind >= 4 && in.at(behind - 4) == kCr;
             const size_t text = noText ? behind - 4 : in.skipSpace(behind);
@@ -62,8 +58,9 @@ struct Scan {
         while (in.inside(i)) {
             Timing timing;
             const size_t line = pastNumberLine(in, i);
-            if (timing.readShape(in, line)) i = line;
-            if (atTimingLine(in, i, &timing)) {
+            const bool usual = timing.readShape(in, line);
+            if (usual) i = line;
+            if (usual || atTimingLine(in, i, &timing)) {
                 i += Timing::kLength;
                 // kept(srt-leading-break): a big-endian line end is no white space here, so the text begins on the CR
                 while (i < in.wholeUnits() && isSpace(in.at(i))) ++i;
@@ -78,7 +75,6 @@ private:
     // kept(srt-utf16-shape): UTF-16 data has canonical timing lines or none, 8-bit data any that can be read
     template <class Enc>
     static bool atTimingLine(const TextView<Enc>& in, size_t i, Timing* timing) {
-        if (timing->readShape(in, i)) return true;
         U8 first[2];
         narrowUnit(in.at(i), Enc::kBigEndian, first);
         if (!isDigit(first[0])) return false;

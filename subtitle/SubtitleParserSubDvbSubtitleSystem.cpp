@@ -12,7 +12,11 @@ struct TimeLine : TimeStamp<DvbSpelling> {
 
     __attribute__((always_inline)) bool opens(const TextView<Bytes>& in, size_t i) {
         if (!isDigit(in.at(i))) return false;
-        return read(in, i) || readNumbered(in, i);
+        if (read(in, i)) return true;
+        TimeLine numbered{};
+        const bool isNumbered = readNumbered(in, i, numbered);
+        *this = numbered;
+        return isNumbered;
     }
 
     // kept(dvb-utf16-number): a leading number is not read in 16-bit data
@@ -32,11 +36,11 @@ struct TimeLine : TimeStamp<DvbSpelling> {
 private:
     static constexpr size_t kTextAtNumbered = 30;
 
-    __attribute__((noinline)) bool readNumbered(const TextView<Bytes>& in, size_t i) {
-        U32 numbered[9];
-        if (!readAll(in, i, "%u %u:%u:%u,%u %u:%u:%u,%u", numbered)) return false;
-        number = numbered[0];
-        memcpy(v, numbered + 1, sizeof v);
+    __attribute__((noinline)) static bool readNumbered(const TextView<Bytes>& in, size_t i, TimeLine& line) {
+        U32 numbers[9];
+        if (!readAll(in, i, "%u %u:%u:%u,%u %u:%u:%u,%u", numbers)) return false;
+        line.number = numbers[0];
+        memcpy(line.v, numbers + 1, sizeof line.v);
         return true;
     }
 };

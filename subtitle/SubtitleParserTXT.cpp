@@ -23,7 +23,7 @@ struct Stamp {
             width = kLongWidth;
             mShaped = true;
         } else {
-            readOther(in, pos);
+            *this = other(in, pos);
         }
     }
 
@@ -32,8 +32,9 @@ struct Stamp {
     __attribute__((always_inline)) Stamp(const TextView<Enc>& in, size_t pos) {
         if (mNumbers.readShape(in, pos) || readColumns<PointSpelling>(in, pos, mNumbers.v)) {
             width = kLongWidth;
+            mShaped = true;
         } else {
-            readOther(in, pos);
+            *this = other(in, pos);
         }
     }
 
@@ -53,7 +54,7 @@ struct Stamp {
     template <class Enc>
     bool isRange(const TextView<Enc>& in, size_t pos) const {
         U32 all[8];
-        return width == kLongWidth && readAll(Narrowed<kLongWidth>(in, pos), 0, SrtSpelling::kFormat, all);
+        return width == kLongWidth && !mShaped && readAll(Narrowed<kLongWidth>(in, pos), 0, SrtSpelling::kFormat, all);
     }
 
     U32 time() const { return milliseconds(mNumbers.v[0], mNumbers.v[1], mNumbers.v[2]); }
@@ -80,13 +81,22 @@ private:
         return true;
     }
 
-    __attribute__((noinline)) void readOther(const TextView<Bytes>& in, size_t pos) {
-        if (!readShort<TwoDigitHours>(in, pos) && !readShort<OneDigitHours>(in, pos)) read(in, pos, true);
+    /// A stamp that is not of the usual shape, if it is one.
+    __attribute__((noinline)) static Stamp other(const TextView<Bytes>& in, size_t pos) {
+        Stamp stamp;
+        if (!stamp.readShort<TwoDigitHours>(in, pos) && !stamp.readShort<OneDigitHours>(in, pos)) {
+            stamp.read(in, pos, true);
+        }
+        return stamp;
     }
     template <class Enc>
-    __attribute__((noinline)) void readOther(const TextView<Enc>& in, size_t pos) {
-        read(Narrowed<kLongWidth>(in, pos), 0, false);
+    __attribute__((noinline)) static Stamp other(const TextView<Enc>& in, size_t pos) {
+        Stamp stamp;
+        stamp.read(Narrowed<kLongWidth>(in, pos), 0, false);
+        return stamp;
     }
+
+    Stamp() = default;
 
     /// Reads anything that answers `at(i)` in 8-bit characters.
     template <class Characters>

@@ -54,6 +54,9 @@ const ScanRow kScanRows[] = {
     {"0", "<SYNC Start=0><P>x", "0- x"},
     {"ten digits", "<SYNC Start=4294967295><P>x", "4294967295- x"},
     {"eleven digits", "<SYNC Start=12345678901><P>x", "3755744309- x", "1234567890- x"},  // ten units are read
+    {"ten digits, text", "<SYNC Start=4294967295><P>nothing but text", "4294967295- nothing but text"},
+    {"eleven digits, text", "<SYNC Start=12345678901><P>nothing but text", "3755744309- nothing but text",
+     "1234567890- nothing but text"},
     {"the first digit is elsewhere", "<SYNC Start=><P Class=1>Hello<b>2", "1- 2"},
     {"the first digit is in the next line", "<SYNC Start=>\r\n<P 77><b>x\r\n" + kHello, "77- x; 1000- Hello"},
     {"no digit at all", "<SYNC Start=><P Class=ENCC>Hello", ""},

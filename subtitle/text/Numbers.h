@@ -192,7 +192,7 @@ template <class View>
     value = static_cast<U32>(fours * 10000 + (fours >> 32));
     if (count < 8) return true;
     const size_t limit = i + kUsualDigits - 8;
-    for (U32 digit = 0; (digit = U32{View::Encoding::native(in.at(i))} - '0') <= 9; ++i) {
+    for (U32 digit = 0; (digit = U32{View::Encoding::native(in.unit(i))} - '0') <= 9; ++i) {
         if (i == limit) return false;
         value = value * 10 + digit;
     }
@@ -209,7 +209,7 @@ template <class Form, class View, size_t N, size_t... kPlaces>
     size_t at = pos;
     size_t n = 0;
     const auto fits = [&](char c) {
-        return c == '#' ? takeNumber(in, at, values[n++]) : in.at(at++) == View::Encoding::lit(c);
+        return c == '#' ? takeNumber(in, at, values[n++]) : in.unit(at++) == View::Encoding::lit(c);
     };
     return (fits(kForm[kPlaces]) && ...) ? at - pos : 0;
 }

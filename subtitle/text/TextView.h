@@ -121,6 +121,7 @@ public:
     bool inside(size_t i) const { return i < end() && !mStop.isMade(); }
     /// Whether the `count` units from `i` on all lie inside.
     bool holds(size_t i, size_t count) const { return i < wholeUnits() && wholeUnits() - i >= count; }
+    Unit unit(size_t i) const { return Enc::load(mData + i * kWidth); }  ///< of those that lie inside
     /// Eight characters from `i` on, where the view holds as many: the first one is the lowest byte. What is no
     /// character of a byte reads 0 or 255.
     U64 eight(size_t i) const { return Enc::eight(mData + i * kWidth); }
@@ -208,8 +209,6 @@ private:
     static constexpr auto kLineEnds = [](Block<Unit> block) {
         return (block == Enc::lit('\r')) | (block == Enc::lit('\n'));
     };
-
-    Unit unit(size_t i) const { return Enc::load(mData + i * kWidth); }  ///< of those inside
 
     /// Past the units at `i` for which `is` holds.
     template <class Is>

@@ -83,10 +83,19 @@ struct TimeStamp {
         return readShape(in, i) || readOther(in, i);
     }
 
+    /// The same by the number reader.
+    template <class View>
+    [[nodiscard]] __attribute__((always_inline)) bool readOther(const View& in, size_t i) {
+        TimeStamp other{};  // not the one that the usual spelling keeps in registers
+        const bool isRead = readNumbersAt(in, i, other);
+        *this = other;
+        return isRead;
+    }
+
 private:
     template <class View>
-    [[nodiscard]] __attribute__((noinline)) bool readOther(const View& in, size_t i) {
-        return readNarrowed<kLength>(in, i, Spelling::kFormat, v);
+    __attribute__((noinline)) static bool readNumbersAt(const View& in, size_t i, TimeStamp& stamp) {
+        return readNarrowed<kLength>(in, i, Spelling::kFormat, stamp.v);
     }
 };
 
