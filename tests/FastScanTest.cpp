@@ -337,7 +337,7 @@ void expectPlainInAll(const std::string& units) {
 
 // The units that are nearly a line end must not be taken for one, whatever stands around them.
 TEST(Lines, AreFoundAtEveryPlaceAndLength) {
-    const char kNearly[] = {0, 9, 11, 12, 14, 0x0D - 0x80, 0x0A - 0x80, '\xFF', '\x80', 1};
+    const char kNearly[] = {0, 9, 11, 12, 14, '\x8D', '\x8A', '\xFF', '\x80', 1};
     for (size_t size = 0; size < 70; ++size) {
         for (size_t at = 0; at <= size; at += size < 12 ? 1 : 5) {
             std::string text(size, kNearly[(size + at) % sizeof kNearly]);
