@@ -70,6 +70,7 @@ struct MemoryProducer::Buffer : ANativeWindowBuffer {
 
     native_handle_t handleOfThis;
     std::vector<uint8_t> pixels;
+    bool out = true;
     bool locked = false;
 };
 
@@ -108,7 +109,9 @@ Picture MemoryProducer::takeLast() {
 
 void MemoryProducer::giveBack(Picture picture) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    mSpare = std::move(picture.bytes);
+    if (isOut()) return;
+    mBuffer = std::make_unique<Buffer>(mGeometry, 0, this, std::move(picture.bytes));
+    mBuffer->out = false;
 }
 
 void MemoryProducer::forget() {
@@ -130,8 +133,10 @@ std::vector<Step> MemoryProducer::steps() const {
 
 bool MemoryProducer::dequeued() const {
     const std::lock_guard<std::mutex> lock(mMutex);
-    return mBuffer != nullptr;
+    return isOut();
 }
+
+bool MemoryProducer::isOut() const { return mBuffer != nullptr && mBuffer->out; }
 
 int MemoryProducer::takeFailure(Step step) {
     mSteps.push_back(step);
@@ -148,8 +153,10 @@ int MemoryProducer::takeFailure(Step step) {
 status_t MemoryProducer::dequeue(ANativeWindowBuffer** buffer, uint64_t usage) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (const int status = takeFailure(Step::kDequeue)) return status;
-    if (mBuffer != nullptr) return INVALID_OPERATION;
-    mBuffer = std::make_unique<Buffer>(mGeometry, usage, this, std::move(mSpare));
+    if (isOut()) return INVALID_OPERATION;
+    std::vector<uint8_t> spare;
+    if (mBuffer != nullptr) spare.swap(mBuffer->pixels);
+    mBuffer = std::make_unique<Buffer>(mGeometry, usage, this, std::move(spare));
     *buffer = mBuffer.get();
     return OK;
 }
@@ -158,7 +165,7 @@ status_t MemoryProducer::lock(uint32_t usage, const Rect& bounds, void** address
     const std::lock_guard<std::mutex> lock(mMutex);
     mLocks.push_back({usage, bounds});
     if (const int status = takeFailure(Step::kLock)) return status;
-    if (mBuffer == nullptr || mBuffer->locked) return kBadBuffer;
+    if (!isOut() || mBuffer->locked) return kBadBuffer;
     mBuffer->locked = true;
     *address = mBuffer->pixels.data();
     return OK;
@@ -167,7 +174,7 @@ status_t MemoryProducer::lock(uint32_t usage, const Rect& bounds, void** address
 status_t MemoryProducer::unlock() {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (const int status = takeFailure(Step::kUnlock)) return status;
-    if (mBuffer == nullptr || !mBuffer->locked) return kBadBuffer;
+    if (!isOut() || !mBuffer->locked) return kBadBuffer;
     mBuffer->locked = false;
     return OK;
 }
@@ -175,7 +182,7 @@ status_t MemoryProducer::unlock() {
 status_t MemoryProducer::queue(ANativeWindowBuffer* buffer, int fenceFd) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (const int status = takeFailure(Step::kQueue)) return status;
-    if (mBuffer == nullptr || mBuffer.get() != buffer || mBuffer->locked) return BAD_VALUE;
+    if (!isOut() || mBuffer.get() != buffer || mBuffer->locked) return BAD_VALUE;
     mQueued.push_back(
         {mBuffer->width, mBuffer->height, mBuffer->stride, mBuffer->usage, fenceFd, std::move(mBuffer->pixels)});
     mBuffer.reset();
@@ -185,7 +192,7 @@ status_t MemoryProducer::queue(ANativeWindowBuffer* buffer, int fenceFd) {
 status_t MemoryProducer::cancel(ANativeWindowBuffer* buffer, int) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (const int status = takeFailure(Step::kCancel)) return status;
-    if (mBuffer == nullptr || mBuffer.get() != buffer) return BAD_VALUE;
+    if (!isOut() || mBuffer.get() != buffer) return BAD_VALUE;
     mBuffer.reset();  // a lock that could not be undone ends with the buffer
     return OK;
 }

@@ -52,8 +52,8 @@ public:
     Picture takeLast();    ///< the same, which is no longer queued then
     void forget();         ///< pictures, steps and locks so far
 
-    /// The next buffer takes a picture's memory when that has its size, and shows what was on it, as buffers of a
-    /// television do.
+    /// While no buffer is out: the next one takes a picture's memory when that has its size, and shows what was on it,
+    /// as buffers of a television do.
     void giveBack(Picture picture);
 
     struct Lock {
@@ -83,12 +83,12 @@ private:
         unsigned passing;
     };
 
+    bool isOut() const;
     int takeFailure(Step step);  ///< records the step; the status that it is to fail with, 0: none
 
     mutable std::mutex mMutex;
     Geometry mGeometry;
-    std::unique_ptr<Buffer> mBuffer;
-    std::vector<uint8_t> mSpare;  ///< given back
+    std::unique_ptr<Buffer> mBuffer;  ///< the one that is out, or whose memory waits for the next
     std::vector<Failure> mFailures;
     std::vector<Picture> mQueued;
     std::vector<Lock> mLocks;
