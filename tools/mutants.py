@@ -5,9 +5,9 @@
 
 All mutants are in one build, below build/mutants: VX_MUTANT=17 in a test's environment switches number 17 on. A run
 without a mutant tells which test programs come by each point; of these the quickest run first, that of the source's own
-name before them. The first failure kills a mutant; so does a test that does not end. Results are kept in
-build/mutants/state.json: a run goes on where the one before ended, and mutants that survived run again when a test has
-changed. tests/equivalent_mutants.txt holds those that no test could see.
+name before them. The first failure that repeats itself kills a mutant; so does a test that does not end. Results are
+kept in build/mutants/state.json: a run goes on where the one before ended, and mutants that survived run again when a
+test has changed. tests/equivalent_mutants.txt holds those that no test could see.
 """
 import argparse
 import concurrent.futures
@@ -21,6 +21,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
@@ -33,8 +34,11 @@ TREE = os.path.join(HOME, 'tree')
 BUILD = os.path.join(HOME, 'build')
 STATE = os.path.join(HOME, 'state.json')
 EQUIVALENT = os.path.join(ROOT, 'tests', 'equivalent_mutants.txt')
-HANGS_AFTER = 20  # seconds, or four times what the program takes otherwise
+SPINS_AFTER = 10  # seconds of the processor, or four times what the program takes otherwise
+SLEEPS_AFTER = 10  # seconds in which none of its threads wants the processor
+YIELDS_AFTER = 60  # seconds, or twenty times what the program takes of the processor otherwise
 MOST_POINTS = 16384
+NOT_RUN = ['tests/SupportTest']  # it tests the tests
 
 SWITCH = r'''#pragma once
 extern "C" char* getenv(const char*) noexcept(true);
@@ -136,13 +140,13 @@ def copy_tree():
 
 
 def mutate(dropped):
-    """All files, by name; numbers begin with 1."""
+    """All files, by name. Numbers begin with 1, and for each file anew, so that few files change with another."""
     files, number = {}, 1
     for file in sources():
         text = read(os.path.join(ROOT, file))
         own = set(dropped.get(file, {}).get('points', []))
         files[file] = Mutator(file, text, number, own)
-        number = files[file].next_number
+        number = -(-files[file].next_number // 64) * 64
     if number > MOST_POINTS:
         sys.exit(f'mutants: {number} points are too many')
     return files
@@ -161,16 +165,18 @@ def build(state, jobs):
         ['cmake', '-S', TREE, '-B', BUILD, '-G', 'Ninja', '--log-level=WARNING', '-DCMAKE_BUILD_TYPE=Debug',
          f'-DCMAKE_CXX_FLAGS_DEBUG=-O1 -w -include {HOME}/switch.h', '-DVXSUBTITLE_BUILD_TOOLS=OFF',
          '-DVXSUBTITLE_WERROR=OFF'], check=True, stdout=subprocess.DEVNULL)
+    every = subprocess.run(['ninja', '-C', BUILD, '-t', 'targets', 'all'], stdout=subprocess.PIPE, text=True, check=True)
+    tests = [name for name in re.findall(r'^(tests/[\w/]+Test): ', every.stdout, re.M) if name not in NOT_RUN]
     target = ['vxsubtitle_objects']
     while True:
         files = mutate(dropped)
         prepare(files)
         done = subprocess.run(['ninja', '-C', BUILD, '-k', '0', '-j', str(jobs)] + target,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors='replace')
-        if done.returncode == 0 and target == ['tests/all']:
+        if done.returncode == 0 and target == tests:
             return files
         if done.returncode == 0:
-            target = ['tests/all']
+            target = tests
             continue
         before = sum(len(entry['points']) for entry in dropped.values())
         for path, line, column in set(re.findall(r'^([^\s:]+):(\d+):(\d+): (?:fatal )?error', done.stdout, re.M) +
@@ -189,6 +195,32 @@ def build(state, jobs):
         state.save()
 
 
+def compiled_lines(file):
+    """The lines of a file that this machine's compiler gets to see."""
+    flags = ['-std=c++17', '-I' + TREE, '-I' + os.path.join(TREE, 'platform/host')]
+    done = subprocess.run(['c++', '-E', '-fdirectives-only', *flags, os.path.join(ROOT, file)], stdout=subprocess.PIPE, text=True, check=True)
+    lines, here, number = set(), False, 0
+    for text in done.stdout.split('\n'):
+        marker = re.match(r'# (\d+) "(.*)"', text)
+        if marker:
+            number, here = int(marker[1]), marker[2] == os.path.join(ROOT, file)
+            continue
+        if here and text.strip():
+            lines.add(number)
+        number += 1
+    return lines
+
+
+def countable(points):
+    """Without those that the compiler evaluates under a static_assert, and those that it never sees on this machine."""
+    by_compiler = [entry for entry in read_exceptions() if entry[2].startswith('compile time')]
+    texts = {file: read(os.path.join(ROOT, file)) for file in {point.file for point in points}}
+    proven = {file: excepted_lines(file, text.split('\n'), by_compiler) for file, text in texts.items()}
+    seen = {file: compiled_lines(file) for file, text in texts.items() if re.search(r'^ *#if', text, re.M)}
+    return [point for point in points if point.line not in proven[point.file]
+            and (point.file not in seen or point.line in seen[point.file])]
+
+
 def prepare(files):
     for file, mutator in files.items():
         write_if_changed(os.path.join(TREE, file), mutator.text)
@@ -196,32 +228,66 @@ def prepare(files):
 
 # ---- the tests ----
 
+class Life:
+    """Watches a process: whether it hangs shows in what it takes of the processor, however busy the machine is."""
+
+    def __init__(self, pid):
+        self.folder, self.seconds = f'/proc/{pid}', 0.0
+        self.began = self.awake = time.monotonic()
+
+    def fields(self, task):
+        """The state and what follows it."""
+        try:
+            return read(f'{self.folder}{task}/stat').rpartition(') ')[2].split()
+        except (FileNotFoundError, ProcessLookupError):
+            return ['Z'] + ['0'] * 20
+
+    def hangs(self, usual):
+        fields = self.fields('')
+        seconds = (int(fields[11]) + int(fields[12])) / os.sysconf('SC_CLK_TCK')
+        now = time.monotonic()
+        if seconds > self.seconds or now - self.awake > SLEEPS_AFTER / 2 and self.wants_to_run():
+            self.awake = now
+        self.seconds = max(seconds, self.seconds)
+        return (seconds > max(SPINS_AFTER, 4 * usual) or now - self.awake > SLEEPS_AFTER
+                or now - self.began > max(YIELDS_AFTER, 20 * usual))
+
+    def wants_to_run(self):
+        tasks = glob.glob(self.folder + '/task/*')
+        return any(self.fields(task[len(self.folder):])[0] in 'RD' for task in tasks)
+
+
 class Program:
     def __init__(self, path):
         self.path, self.name = path, os.path.basename(path)
-        self.seconds, self.seen, self.filter = 0.0, bytes(MOST_POINTS), '*'
+        self.seconds, self.seen, self.filter = 60.0, bytes(MOST_POINTS), '*'  # seconds of the processor
 
-    def run(self, number, timeout, trace=None):
-        """('passed', 'failed' or 'hung', what was printed)."""
+    def run(self, number, trace=None):
+        """('passed', 'failed' or 'hung', the seconds that it took, what was printed)."""
         environment = dict(os.environ, VX_MUTANT=str(number), GTEST_COLOR='no', GTEST_FILTER=self.filter)
         if trace:
             environment['VX_MUTANT_TRACE'] = trace
         else:
             environment['GTEST_FAIL_FAST'] = '1'
-        process = subprocess.Popen([self.path], cwd=os.path.dirname(self.path), env=environment, text=True,
-                                   stdin=subprocess.DEVNULL, stdout=subprocess.PIPE if trace else subprocess.DEVNULL,
-                                   stderr=subprocess.DEVNULL, start_new_session=True, errors='replace')
-        try:
-            out, _ = process.communicate(timeout=timeout)
-            return 'passed' if process.returncode == 0 else 'failed', out
-        except subprocess.TimeoutExpired:
-            return 'hung', ''
-        finally:
+        with tempfile.TemporaryFile('w+', errors='replace') as out:
+            process = subprocess.Popen([self.path], cwd=os.path.dirname(self.path), env=environment, stdin=subprocess.DEVNULL,
+                                       stdout=out if trace else subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                       start_new_session=True)
+            life, pause = Life(process.pid), 0.005
+            result = ''
+            while not result:
+                try:
+                    result = 'passed' if process.wait(pause) == 0 else 'failed'
+                except subprocess.TimeoutExpired:
+                    result = 'hung' if life.hangs(self.seconds) else ''
+                pause = min(2 * pause, 0.2)
             try:
                 os.killpg(process.pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
             process.wait()
+            out.seek(0)
+            return result, life.seconds, out.read()
 
     def try_out(self):
         """Without a mutant: what it comes by, and how long that takes. Cases that fail are left out from now on."""
@@ -229,9 +295,7 @@ class Program:
         failing = set()
         while True:
             open(trace, 'wb').close()
-            start = time.monotonic()
-            result, out = self.run(0, 120, trace)
-            self.seconds = time.monotonic() - start
+            result, self.seconds, out = self.run(0, trace)
             more = set(re.findall(r'^\[  FAILED  \] ([^\s,]+)', out, re.M)) - failing
             if result != 'failed' or not more:
                 break
@@ -247,13 +311,29 @@ class Program:
             print(f'mutants: {self.name}: {case} fails without a mutant, and is left out')
         return result
 
+    def recall_or_try_out(self):
+        """The same; what a program without failing cases came by is kept as long as it and the library stay as they are."""
+        note = os.path.join(HOME, 'traces', self.name)
+        version = digest([self.path] + glob.glob(os.path.join(BUILD, '**', 'libvxsubtitle*.so'), recursive=True))
+        if os.path.exists(note):
+            with open(note, 'rb') as file:
+                if file.readline().decode().split() == [version, 'passed']:
+                    self.seconds, self.seen = float(file.readline()), file.read()
+                    return 'passed'
+        result = self.try_out()
+        if result == 'passed' and self.filter == '*':
+            os.makedirs(os.path.dirname(note), exist_ok=True)
+            with open(note, 'wb') as file:
+                file.write(f'{version} passed\n{self.seconds}\n'.encode() + self.seen)
+        return result
+
 
 def programs(jobs):
     """The test programs, with what each comes by."""
     found = [Program(path) for path in glob.glob(os.path.join(BUILD, 'tests', '**', '*Test'), recursive=True)
-             if os.path.isfile(path) and os.access(path, os.X_OK) and not path.endswith('SupportTest')]
+             if os.path.isfile(path) and os.access(path, os.X_OK) and os.path.relpath(path, BUILD) not in NOT_RUN]
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-        results = list(pool.map(Program.try_out, found))
+        results = list(pool.map(Program.recall_or_try_out, found))
     for program, result in zip(found, results):
         if result != 'passed':
             print(f'mutants: {program.name} {result} without a mutant, and is left out')
@@ -267,7 +347,9 @@ def try_mutant(point, all_programs):
     if not those:
         return 'not reached', ''
     for program in sorted(those, key=lambda p: (not p.name.startswith(stem), p.seconds)):
-        result, _ = program.run(point.number, max(HANGS_AFTER, 4 * program.seconds))
+        result = program.run(point.number)[0]
+        if result == 'failed':  # once may be chance, on a busy machine
+            result = program.run(point.number)[0]
         if result != 'passed':
             return ('killed' if result == 'failed' else 'hung'), program.name
     return 'survived', ''
@@ -292,20 +374,17 @@ def equivalents():
 
 
 def choose(points, count, seed):
-    """`count` points: lines by lot, and of a line's points one."""
+    """`count` points: lines by lot, and of a line's points one. Each draws its own number, so that an edit elsewhere
+    changes nothing about it."""
+    def lot(text):
+        return hashlib.sha256(f'{seed}\t{text}'.encode()).digest()
+
     by_line = {}
-    for point in points:
+    for point in sorted(points, key=lambda p: lot(p.identity)):
         by_line.setdefault((point.file, point.line), []).append(point)
-    lot = random.Random(seed)
-    chosen = []
-    while by_line and len(chosen) < count:
-        lines = list(by_line)
-        lot.shuffle(lines)
-        for line in lines[:count - len(chosen)]:
-            chosen.append(by_line[line].pop(lot.randrange(len(by_line[line]))))
-            if not by_line[line]:
-                del by_line[line]
-    return chosen
+    lines = sorted(by_line.values(), key=lambda of_line: lot(f'{of_line[0].file}\t{of_line[0].source}'))
+    rounds = [[of_line[turn] for of_line in lines if turn < len(of_line)] for turn in range(max(map(len, lines), default=0))]
+    return [point for of_turn in rounds for point in of_turn][:count]
 
 
 def room_of(file):
@@ -344,11 +423,7 @@ def main():
     state = State()
     files = build(state, options.jobs)
     state.save()
-    points = [point for mutator in files.values() for point in mutator.points]
-    by_compiler = [entry for entry in read_exceptions() if entry[2].startswith('compile time')]
-    proven = {(file, line) for file in files for line in
-              excepted_lines(file, read(os.path.join(ROOT, file)).split('\n'), by_compiler)}
-    points = [point for point in points if (point.file, point.line) not in proven]
+    points = countable([point for mutator in files.values() for point in mutator.points])
     omitted = sum(len(entry['points']) for entry in state.data['dropped'].values())
     print(f'{len(points)} mutants in the build, {omitted} more do not compile', flush=True)
 

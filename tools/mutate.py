@@ -132,9 +132,9 @@ class Mutator:
         if count > 1:
             change = f'{change} #{count}'
         point = Point(self.next_number, self.file, line, source, change)
+        self.next_number += 1
         if point.identity in self.dropped:
             return None
-        self.next_number += 1
         self.points.append(point)
         return point
 
@@ -165,6 +165,11 @@ class Mutator:
     def _lambda_body(self, i):
         """Whether the brace at `i` opens a lambda's body."""
         before = self._before(i)
+        arrow = before
+        while self.tokens[arrow].kind == 'word' or self._is(arrow, '*', '&', '::', '<', '>'):
+            arrow = self._before(arrow)
+        if self._is(arrow, '->'):  # the type that it answers
+            before = self._before(arrow)
         if self._is(before, 'mutable', 'noexcept'):
             before = self._before(before)
         if self._is(before, ']'):
