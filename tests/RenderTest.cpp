@@ -22,6 +22,7 @@
 
 #include "host/MemoryProducer.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
+#include "tests/support/HeldMemory.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/VobSubPair.h"
 #include "tools/samples/VobSubMaker.h"
@@ -302,6 +303,23 @@ TEST(Render, AFailedStepIsLoggedAndTheBufferGivenBack) {
             EXPECT_EQ(1U, player.producer->queued().size());
         }
     }
+}
+
+TEST(Render, ABufferIsGivenBackWithoutAFence) {
+    struct Noting : host::MemoryProducer {
+        using MemoryProducer::MemoryProducer;
+        status_t cancel(ANativeWindowBuffer* buffer, int fence) override {
+            fences.push_back(fence);
+            return MemoryProducer::cancel(buffer, fence);
+        }
+        std::vector<int> fences;
+    };
+    SubtitleParserSUBIDX parser(-1, -1, 0, 0);
+    const sp<Noting> producer = new Noting({8, 6});
+    parser.SetIGraphicBufferProducer(producer);
+    producer->failNext(Step::kQueue, -38);
+    EXPECT_EQ(FALSE, parser.Refresh());
+    EXPECT_EQ(std::vector<int>{-1}, producer->fences);
 }
 
 // kept(vob-draw-failure)
@@ -612,7 +630,10 @@ TEST(Render, EveryCodeHasItsColourAtEveryPlace) {
     }
 }
 
-TEST(Render, AnAreaLargerThanTheParsersBitmapReadsZeroBehindIt) {
+namespace {
+
+/// A picture of more pixels than the parser's bitmap holds, all of them in code 1 but the first.
+samples::VobSub hugeFilm() {
     samples::Subpicture picture;
     picture.bitmap = samples::Bitmap(4096, 2024);  // 4096 x 506 codes and 1024 more are decoded
     std::fill(picture.bitmap.codes.begin(), picture.bitmap.codes.end(), uint8_t{1});
@@ -621,6 +642,13 @@ TEST(Render, AnAreaLargerThanTheParsersBitmapReadsZeroBehindIt) {
     samples::VobSub film(4096, 2024, {kColours, std::end(kColours)});
     film.track("en");
     film.add(0, picture);
+    return film;
+}
+
+}  // namespace
+
+TEST(Render, AnAreaLargerThanTheParsersBitmapReadsZeroBehindIt) {
+    const samples::VobSub film = hugeFilm();
     test::VobSubInMemory files;
     files.load(film.idx(), film.sub());
     const sp<host::MemoryProducer> producer(new host::MemoryProducer({2048, 1012}));
@@ -635,6 +663,15 @@ TEST(Render, AnAreaLargerThanTheParsersBitmapReadsZeroBehindIt) {
     EXPECT_EQ(std::string(512, '1') + std::string(2048 - 512, '.'), rows[253]);
     EXPECT_EQ(std::string(2048, '.'), rows[254]);
     EXPECT_EQ(TRUE, files.parser._render(nullptr, 65535, 65535));
+}
+
+TEST(Render, AnAreaLargerThanTheParsersBitmapTakesMemoryForItsDrawingAlone) {
+    const samples::VobSub film = hugeFilm();
+    test::VobSubInMemory files;
+    files.load(film.idx(), film.sub());
+    const size_t before = test::heldBytes();
+    for (int i = 0; i < 4; ++i) ASSERT_NE(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
+    EXPECT_LT(test::heldBytes(), before + 1920 * 1080);
 }
 
 TEST(Render, EmptyPicturesClearTheSurface) {

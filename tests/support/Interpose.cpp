@@ -385,6 +385,7 @@ TEST_INTERPOSED int __android_log_print(int priority, const char* tag, const cha
 
 TEST_INTERPOSED int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex, const timespec* end) {
     if (!test::clockIsVirtual) return TEST_NEXT(pthread_cond_timedwait)(condition, mutex, end);
+    if (pthread_mutex_trylock(mutex) == 0) test::fail("a wait whose mutex nobody holds");
     pthread_mutex_unlock(mutex);
     test::virtualWait(*end);
     sched_yield();
