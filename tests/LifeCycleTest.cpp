@@ -718,6 +718,21 @@ TYPED_TEST(LifeCycle, TheWorkerIsWaitedForByWhateverTakesItsBuffers) {
     }
 }
 
+TYPED_TEST(LifeCycle, AnotherStartWaitsForTheWorkerEvenWithoutAFile) {
+    using Parser = typename TypeParam::Parser;
+    const std::string sample = TypeParam::file();
+    auto file = std::make_unique<TempFile>(sample);
+    const auto parser = byPath<Parser>(*file);
+    {
+        const VirtualClock clock;
+        ThreadGate gate;
+        EXPECT_EQ(FALSE, parser->BeginParse());
+    }
+    file.reset();
+    EXPECT_EQ(FALSE, parser->BeginParse());
+    EXPECT_EQ(this->mThreads, threadCount());
+}
+
 // --------------------------------------------------------------------------------------------------- the end
 
 TYPED_TEST(LifeCycle, TheDestructorClosesTheFile) {
@@ -734,6 +749,31 @@ TYPED_TEST(LifeCycle, TheDestructorClosesTheFile) {
         EXPECT_EQ(descriptors + 2, openDescriptors());
     }
     EXPECT_EQ(descriptors, openDescriptors());
+}
+
+TYPED_TEST(LifeCycle, TheDestructorClosesTheFileBehindTheWorker) {
+    using Parser = typename TypeParam::Parser;
+    const std::string sample = TypeParam::file();
+    const TempFile file(sample);
+    std::atomic<Parser*> doomed{nullptr};
+    std::thread owner([&] {
+        while (doomed == nullptr) sched_yield();
+        delete doomed.load();
+    });
+    ThreadGate gate;  // not for the owner
+    auto parser = byPath<Parser>(file);
+    {
+        const VirtualClock clock;
+        EXPECT_EQ(FALSE, parser->BeginParse());
+    }
+    const U8* const state = &parser->mWorkerState;
+    const unsigned descriptors = openDescriptors();
+    doomed = parser.release();
+    while ((__atomic_load_n(state, __ATOMIC_ACQUIRE) & vxsubtitle::StopRequest::kBit) == 0) sched_yield();
+    EXPECT_EQ(descriptors, openDescriptors()) << "open while the worker is waited for";
+    gate.open();
+    owner.join();
+    EXPECT_EQ(descriptors - 1, openDescriptors());
 }
 
 TYPED_TEST(LifeCycle, LeavesNothingOpen) {

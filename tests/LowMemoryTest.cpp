@@ -4,10 +4,57 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 #include <vector>
+
+#include "tests/support/Forward.h"
+
+#if UINTPTR_MAX > 0xFFFFFFFF && !defined(TEST_SANITIZED)
+#define TEST_OWN_MAPPINGS
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
 
 namespace vxsubtitle {
 namespace {
+
+#ifdef TEST_OWN_MAPPINGS
+
+/// While it lives, the machine has no area for small addresses, and puts mappings where it likes.
+class Machine {
+public:
+    enum class Places { kAsWished, kHigh };
+
+    explicit Machine(Places places) : mPlaces(places) { instance = this; }
+    ~Machine() { instance = nullptr; }
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    void* map(void* hint, size_t size, int protection, int flags, int file, off_t offset) {
+        EXPECT_EQ(-1, file);
+#ifdef MAP_32BIT
+        if ((flags & MAP_32BIT) != 0) return MAP_FAILED;
+#endif
+        hints.push_back(reinterpret_cast<uintptr_t>(hint));
+        ++mappings;
+        return kernel(mPlaces == Places::kAsWished ? hint : nullptr, size, protection, flags, file, offset);
+    }
+    static void* kernel(void* hint, size_t size, int protection, int flags, int file, off_t offset) {
+        return reinterpret_cast<void*>(syscall(SYS_mmap, hint, size, protection, flags, file, offset));
+    }
+
+    static Machine* instance;
+    std::vector<uintptr_t> hints;
+    int mappings = 0;  ///< made and not taken back
+
+private:
+    Places mPlaces;
+};
+
+Machine* Machine::instance = nullptr;
+
+#endif
 
 TEST(LowMemory, IsZeroedWritableAndOnesOwn) {
     std::vector<U32> blocks;
@@ -56,5 +103,51 @@ TEST(LowMemory, IsFoundBeyondTheFirstAreaUntilThereIsNone) {
     releaseLow(again);
 }
 
+#ifdef TEST_OWN_MAPPINGS
+
+TEST(LowMemory, IsFoundWithoutAnAreaForIt) {
+    Machine machine(Machine::Places::kAsWished);
+    std::vector<U32> blocks;
+    for (int i = 0; i < 200; ++i) {
+        blocks.push_back(allocateLow(100));
+        ASSERT_NE(0u, blocks.back()) << i;
+        ASSERT_EQ(i + 1, machine.mappings);
+    }
+    for (const U32 block : blocks) releaseLow(block);
+    EXPECT_EQ(0, machine.mappings);
+}
+
+TEST(LowMemory, IsLookedForAllOverAndWhatLiesTooHighIsGivenBack) {
+    Machine machine(Machine::Places::kHigh);
+    EXPECT_EQ(0u, allocateLow(100));
+    EXPECT_EQ(0, machine.mappings);
+    EXPECT_EQ(64u, machine.hints.size());
+    for (const uintptr_t hint : machine.hints) {
+        EXPECT_EQ(0u, hint % static_cast<uintptr_t>(sysconf(_SC_PAGESIZE)));
+        EXPECT_LE(0x10000000u, hint);
+        EXPECT_GT(uintptr_t{1} << 32, hint);
+    }
+    EXPECT_LE(60u, std::set<uintptr_t>(machine.hints.begin(), machine.hints.end()).size());
+    EXPECT_GT(0x60000000u, *std::min_element(machine.hints.begin(), machine.hints.end()));
+    EXPECT_LT(0xA0000000u, *std::max_element(machine.hints.begin(), machine.hints.end()));
+}
+
+#endif
+
 }  // namespace
 }  // namespace vxsubtitle
+
+#ifdef TEST_OWN_MAPPINGS
+
+TEST_INTERPOSED void* mmap(void* hint, size_t size, int protection, int flags, int file, off_t offset) noexcept {
+    using vxsubtitle::Machine;
+    return Machine::instance != nullptr ? Machine::instance->map(hint, size, protection, flags, file, offset)
+                                        : Machine::kernel(hint, size, protection, flags, file, offset);
+}
+
+TEST_INTERPOSED int munmap(void* start, size_t size) noexcept {
+    if (vxsubtitle::Machine::instance != nullptr) --vxsubtitle::Machine::instance->mappings;
+    return static_cast<int>(syscall(SYS_munmap, start, size));
+}
+
+#endif

@@ -195,6 +195,20 @@ TYPED_TEST(Stop, LeavesNoTraceInWhatComesAfter) {
     EXPECT_EQ(TypeParam::entries(), entriesOf(parser));
 }
 
+// However far a scan has come when it is asked to stop, it has not finished.
+TYPED_TEST(Stop, RaisesNoFlag) {
+    typename TypeParam::Parser parser(-1, 0, 0);
+    prepare<TypeParam>(parser, TypeParam::file());
+    parser.mWorkerState = vxsubtitle::kWorkerRunning | vxsubtitle::StopRequest::kBit;
+    parser.ParserThread();
+    EXPECT_EQ(FALSE, parser.bParseFinish);
+    EXPECT_EQ(0u, parser.GetTagNum());
+    parser.mWorkerState = vxsubtitle::kWorkerNone;
+    parser.ParserThread();
+    EXPECT_EQ(TRUE, parser.bParseFinish);
+    EXPECT_EQ(TypeParam::entries(), entriesOf(parser));
+}
+
 /// Destroys parsers of the file after times that differ, up to a little more than a scan takes.
 template <class Make>
 void destroyAtAnyMoment(unsigned rounds, Make make) {
@@ -378,6 +392,19 @@ TEST(StopVobSub, WhateverTheIndexHolds) {
     }
     EXPECT_TRUE(inside) << "every scan went to its end";
     EXPECT_EQ(1u, threadCount());
+}
+
+TEST(StopVobSub, RaisesNoFlag) {
+    const std::string film = index(Content::kEntries, Encoding::kBytes, 100);
+    VobSubInMemory files;
+    files.parser.mWorkerState = vxsubtitle::kWorkerRunning | vxsubtitle::StopRequest::kBit;
+    files.load(film, "");
+    EXPECT_EQ(FALSE, files.parser.bParseFinish);
+    EXPECT_TRUE(files.parser.m_vPrivateTrackInfo.empty());
+    files.parser.mWorkerState = vxsubtitle::kWorkerNone;
+    files.load(film, "");
+    EXPECT_EQ(TRUE, files.parser.bParseFinish);
+    EXPECT_EQ(1u, files.parser.m_vPrivateTrackInfo.size());
 }
 
 TEST(StopVobSub, ForWhoeverWantsTheBuffers) {

@@ -1,0 +1,25 @@
+// A worker's thread by itself.
+#include "subtitle/system/Worker.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/support/Interpose.h"
+
+namespace vxsubtitle {
+namespace {
+
+TEST(Worker, IsWaitedForAsLongAsThePeriodSays) {
+    const std::vector<unsigned> periods{1, 999, 1000, 999998, 999999, 1000000, 1000001, 2500000, 4294967295};
+    for (const unsigned startMs : {0u, 1u, 999u, 4294967295u}) {
+        pthread_t thread = 0;
+        U8 state = kWorkerRunning;
+        const test::VirtualClock clock(startMs);
+        for (const unsigned period : periods) waitForEnd({thread, state}, period);
+        EXPECT_EQ(periods, clock.sleeps()) << startMs;
+    }
+}
+
+}  // namespace
+}  // namespace vxsubtitle
