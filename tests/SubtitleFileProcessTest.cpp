@@ -255,6 +255,27 @@ TEST(FileSourceByDescriptor, ADuplicateThatIsZeroOpensTheEmptyPathAndFails) {
     file.mFd = -1;
 }
 
+// The stream's own, which it closes.
+TEST(FileSourceByDescriptor, AStreamMayStandOnDescriptorZero) {
+    const TempFile temp("content");
+    Closed file(temp.fd(), 0, 7);
+    const int input = dup(0);
+    close(0);
+    const S32 opened = file.Open();
+    const int descriptor = opened == 1 ? fileno(file.fpFile) : -1;
+    const std::string content = opened == 1 ? read(file, 7) : "";
+    file.Close();
+    const int closed = fcntl(0, F_GETFD);
+    if (input >= 0) {
+        dup2(input, 0);
+        close(input);
+    }
+    EXPECT_EQ(1, opened);
+    EXPECT_EQ(0, descriptor);
+    EXPECT_EQ("content", content);
+    EXPECT_EQ(-1, closed);
+}
+
 TEST(FileSourceByDescriptor, AClosedDescriptorFails) {
     Closed file(-1, 0, 0);
     const LogCapture log;

@@ -88,6 +88,9 @@ const ScanRow kScanRows[] = {
      kHello + "Dialogue: 0,0:00:05.00,0:00:06.00,Default,,0,0,0\r\nmore text\r\n", "1500-3000 Hello"},
     {"the ninth comma is the last character", "Dialogue: 0,0:00:01.50,0:00:03.00,Default,,0,0,0,,", "1500-3000 "},
     {"the data ends right behind the times", "Dialogue: 0,0:00:01.50,0:00:03.00", ""},
+    {"a Dialogue line in the text",
+     dialogue("0:00:01.50", "0:00:03.00", dialogue("0:00:05.00", "0:00:06.00", "Hello")) + "\r\n",
+     "1500-3000 " + dialogue("0:00:05.00", "0:00:06.00", "Hello")},
     {"a comma in the text", dialogue("0:00:01.50", "0:00:03.00", "Hello, you") + "\r\n", "1500-3000 Hello, you"},
 
     // Order. Only 8-bit text drops the lines that go back; the others are sorted.

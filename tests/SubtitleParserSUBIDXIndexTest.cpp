@@ -112,6 +112,7 @@ TEST(SubtitleParserSUBIDX, Delays) {
         {" +01:02:03:004", "delay:3723004, sign:1, hh:1, mm:2, ss:3, ms:4", 3724004},
         {" 00:00:02:000", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},  // kept(vob-delay-sign)
         {" x00:00:02:000", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},
+        {" +10:00:00:000", "delay:36000000, sign:1, hh:10, mm:0, ss:0, ms:0", 36001000},
         {" +00:00:02", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},
         {" -", "delay:0, sign:0, hh:0, mm:0, ss:0, ms:0", 1000},
         {" - 00 : 00 : 02 : 000", "delay:-2000, sign:-1, hh:0, mm:0, ss:2, ms:0", 4294966296},
@@ -424,6 +425,14 @@ TEST(SubtitleParserSUBIDX, LongIndexesAreReadInWindows) {
     EXPECT_EQ(Texts(), wide.log);
 }
 
+TEST(SubtitleParserSUBIDX, EveryScanBeginsWhereTheFileDoes) {
+    Scanned twice(kSecond + std::string(70000, '\n') + kFirst);
+    ASSERT_LT(0, twice.parser().m_s64RawBufferPosition) << "the window has moved";
+    twice.files.load(kFirst + kSecond, "");
+    EXPECT_EQ(Texts({"1000@0", "2000@800"}), tagsOf(twice.parser()));
+    EXPECT_EQ(0, twice.parser().m_s64RawBufferPosition);
+}
+
 TEST(SubtitleParserSUBIDX, WindowsMoveOnWhenLessThan4096BytesAreLeft) {
     const auto idxWithLineAt = [](size_t at) {
         std::string idx(at, '\n');
@@ -488,6 +497,16 @@ TEST(SubtitleParserSUBIDX, AFileShorterThanItsSizeEndsTheScan) {
     files.parser.ParserThread();
     EXPECT_EQ(Texts({"1000@0"}), tagsOf(files.parser));
     EXPECT_EQ(Texts({"0 0-0"}), tracksOf(files.parser));
+}
+
+// As it was measured: what a file grows by meanwhile is not read.
+TEST(SubtitleParserSUBIDX, LinesBehindTheSizeOfTheFileAreNotRead) {
+    VobSubInMemory files;
+    files.load(kFirst + kSecond, "");
+    files.parser.m_s64DataTotalSize = static_cast<S64>(kFirst.size());
+    files.parser.m_u32TagNum = 0;
+    files.parser.ParserThread();
+    EXPECT_EQ(Texts({"1000@0"}), tagsOf(files.parser));
 }
 
 TEST(SubtitleParserSUBIDX, OfWideCharacters255BytesAreRead) {

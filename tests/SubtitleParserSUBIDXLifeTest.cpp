@@ -179,9 +179,39 @@ TEST(SubtitleParserSUBIDX, InitBringsBuffersOfItsOwnSizes) {
     EXPECT_EQ(0U, parser.GetTag(0, 9999));
     EXPECT_EQ(TRUE, parser.Init(5));
     EXPECT_EQ(0U, parser.GetTag(0, 9999)) << "no tags";
+    EXPECT_EQ(0U, parser.m_u32RawBufferDataSize) << "and nothing in either window";
+    EXPECT_EQ(0U, parser.m_u32SubtitleBufferDataSize);
+    EXPECT_EQ(0, parser.m_s64SubtitleBufferPosition);
     parser.AddTag(1, 2, 0, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE);
     parser.m_vPrivateTrackInfo[0].u32TagEnd = 0x7FFFFFFE;  // a range without a table behind it
     parser.GetTag(0, 9999);
+}
+
+TEST(SubtitleParserSUBIDX, InitWithoutMemoryKeepsNoBuffer) {
+    if (!AllocationFails::supported()) GTEST_SKIP();
+    for (const size_t size : {8192 * sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG), size_t{0x10000}, size_t{0x10000 + 64}}) {
+        SCOPED_TRACE(size);
+        SubtitleParserSUBIDX parser(-1, -1, 0, 0);
+        BOOL result = TRUE;
+        {
+            const AllocationFails fails(size, size);
+            result = parser.Init(7);
+        }
+        EXPECT_EQ(FALSE, result);
+        EXPECT_EQ(nullptr, parser.m_pTagBuffer);
+        EXPECT_EQ(nullptr, parser.m_pu8SubtitleBuffer);
+        EXPECT_EQ(nullptr, parser.m_pu8RawBuffer);
+        EXPECT_EQ(0U, parser.mRawBufferLimit);
+        EXPECT_EQ(TRUE, parser.Init(7)) << "a later call may succeed";
+    }
+}
+
+TEST(SubtitleParserSUBIDX, InitForgetsHowFarTheTableHadGrown) {
+    SubtitleParserSUBIDX parser(-1, -1, 0, 0);
+    for (U32 i = 0; i < 8192; ++i) parser.AddTag(i, i, i, E_MEDIA_SUBTITLE_PARSER_DATA_TYPE_WHOLE);
+    ASSERT_EQ(16384U, parser.m_u32TagBufferNum);
+    EXPECT_EQ(TRUE, parser.Init(7));
+    EXPECT_EQ(8192U, parser.m_u32TagBufferNum);
 }
 
 // --- BeginParse -------------------------------------------------------------------------------------------------
@@ -246,6 +276,7 @@ TEST(SubtitleParserSUBIDX, PathsShorterThanThreeCharacters) {
         std::string path = row.idx;
         SubtitleParserSUBIDX parser(&path[0]);
         EXPECT_EQ(TRUE, parser.BeginParse()) << row.idx;
+        EXPECT_EQ(0, parser.m_s64DataTotalSizeSub) << "the index is not taken for the stream";
         ASSERT_EQ(0, chdir(before));
     }
 }

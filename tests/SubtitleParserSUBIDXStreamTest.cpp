@@ -221,6 +221,17 @@ TEST(SubtitleParserSUBIDX, PackHeaders) {
         files.load(indexOf({0}), sub);
         EXPECT_EQ(row.read ? unit.size() : 0, files.parser.GetData(0, nullptr, 0, 0, nullptr)) << row.what;
     }
+    // No pack is taken for the one before it.
+    const std::string two(3000, 'x');
+    for (const auto& row : kRows) {
+        std::string sub = samples::packUnit(unitOf(two, "FF"));
+        ASSERT_EQ(2 * 2048U, sub.size());
+        if (row.at == 28) continue;  // there is header data in the first pack alone
+        sub[2048 + row.at] = static_cast<char>(row.value);
+        VobSubInMemory files;
+        files.load(indexOf({0}), sub);
+        EXPECT_EQ(row.read ? 4 + two.size() + 5 : 0, files.parser.GetData(0, nullptr, 0, 0, nullptr)) << row.what;
+    }
 }
 
 TEST(SubtitleParserSUBIDX, UnitSizes) {

@@ -578,6 +578,21 @@ TEST(Sub, TriesNoFurtherWhenATrialLacksMemoryForItsBuffers) {
     }
 }
 
+// Nor does an empty file, which has a length.
+TEST(Sub, TriesNoFurtherWhenAnEmptyFileLacksMemory) {
+    if (!AllocationFails::supported()) GTEST_SKIP();
+    const TempFile file("");
+    SubtitleParserSUB parser(pathOf(file.path()));
+    const LogCapture log;
+    {
+        const AllocationFails fails(8192 * sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG));  // the table
+        EXPECT_EQ(FALSE, parser.BeginParse());
+    }
+    const std::vector<std::string> texts = log.texts();
+    EXPECT_EQ(1, std::count(texts.begin(), texts.end(), sub("Try Subviewer 2.0").text));
+    EXPECT_EQ(0, std::count(texts.begin(), texts.end(), sub("Try Subviewer 1.0").text));
+}
+
 TEST(Sub, NeedsAThreadForEachTrial) {
     const TempFile file("title\r\n"s + kViewer20 + kViewer10);
     SubtitleParserSUB parser(pathOf(file.path()));

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <malloc.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -76,6 +77,16 @@ TEST(SubtitleParser, InitTakesAnEmptyFile) {
     EXPECT_EQ(0, parser.m_s64DataTotalSize);
     ASSERT_NE(nullptr, parser.m_pu8RawBuffer);
     EXPECT_TRUE(allZero(parser.m_pu8RawBuffer, kZeroGuard));
+}
+
+// Whatever the allocator rounds sizes to.
+TEST(SubtitleParser, SixtyFourZerosStandBehindAnyData) {
+    for (U64 size = 0; size < 32; ++size) {
+        SubtitleParser parser;
+        ASSERT_EQ(TRUE, parser.Init(size));
+        ASSERT_LE(size + kZeroGuard, malloc_usable_size(parser.m_pu8RawBuffer));
+        EXPECT_TRUE(allZero(parser.m_pu8RawBuffer, static_cast<size_t>(size) + kZeroGuard));
+    }
 }
 
 TEST(SubtitleParser, InitReplacesWhatAnEarlierOneMade) {
@@ -481,6 +492,9 @@ TEST(GetSystemTime, IsTheMonotonicClockInMilliseconds) {
     EXPECT_EQ(61501u, parser.GetSystemTime()) << "cut, not rounded";
     clock.advanceMicroseconds(1);
     EXPECT_EQ(61502u, parser.GetSystemTime());
+    clock.advance(497);
+    clock.advanceMicroseconds(999);
+    EXPECT_EQ(61999u, parser.GetSystemTime());
 }
 
 TEST(GetSystemTime, WrapsAtThirtyTwoBits) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/support/Cuts.h"
+#include "tests/support/HeldMemory.h"
 #include "tests/support/Parsers.h"
 
 namespace {
@@ -156,6 +157,36 @@ TEST(TagTableSort, HasNothingToDoWithoutATable) {
     parser.m_u32TagNum = 5;
     vxsubtitle::TagTable(parser).sort();
     EXPECT_EQ(5u, parser.m_u32TagNum);
+}
+
+// The C library's sort, which takes over without memory, would exchange equal ones.
+TEST(TagTableSort, LeavesATableInOrderAloneWithoutMemory) {
+    if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+    const std::vector<U32> same(1000, 7);
+    std::vector<U32> apart(1000, 0);  // as far as starts in order can be
+    std::fill(apart.begin() + 500, apart.end(), 0x7FFFFFFF);
+    for (const std::vector<U32>& starts : {same, apart}) {
+        std::vector<Record> records = recordsOf(starts);
+        records.insert(records.begin(), {100, ~100U, 0, kWhole});  // in front of the table
+        SubtitleParser parser;
+        parser.m_pTagBuffer = &records[1];
+        parser.m_u32TagNum = parser.m_u32TagBufferNum = 1000;
+        {
+            const AllocationFails fails(1);
+            vxsubtitle::TagTable(parser).sort();
+        }
+        parser.m_pTagBuffer = nullptr;
+        EXPECT_EQ(stablySorted(starts), tagsOf(&records[1], starts.size()));
+    }
+}
+
+TEST(TagTableSort, GivesItsMemoryBack) {
+    std::vector<U32> starts;
+    for (U32 i = 9000; i > 0; --i) starts.push_back(i);
+    sorted(starts);
+    const size_t before = heldBytes();
+    for (int i = 0; i < 20; ++i) sorted(starts);
+    EXPECT_LT(heldBytes(), before + 10 * starts.size() * sizeof(Record));
 }
 
 TEST(TagTableSort, NeedsNoMemory) {

@@ -381,6 +381,10 @@ TEST(WorkText, ReadsZeroAndWritesNothingBehindTheBuffer) {
         wide.set(i, 'z');
     }
     EXPECT_EQ('x', buffer.bytes[0]);
+    std::vector<U8> longer(kWorkBufferSize + 2, 'x');
+    WorkText<Bytes>(longer.data()).set(8192, 'y');
+    WorkText<Utf16Le>(longer.data()).set(4096, 'z');
+    EXPECT_EQ(std::vector<U8>(kWorkBufferSize + 2, 'x'), longer);
 }
 
 TEST(TextSink, CountsEverythingAndKeepsWhatFits) {
@@ -414,6 +418,18 @@ TEST(TextSink, LooksBackAndCuts) {
     EXPECT_EQ(2u, out.finish());
     EXPECT_EQ(0, buffer[2]);
     EXPECT_EQ('D', buffer[3]);
+}
+
+TEST(TextSink, LooksAtNothingBehindItsBuffer) {
+    U8 bytes[] = {0, 0, 0, 0, 'X', 'X'};
+    TextSink<U8> out(bytes, 4);
+    for (const char c : "ABCDE"s) out.put(static_cast<U8>(c));
+    EXPECT_EQ(0, out.back(1)) << "not the X";
+    EXPECT_EQ('D', out.back(2));
+    TextSink<U16> wide(bytes, 5);  // a byte more than two units
+    for (const char c : "abc"s) wide.put(static_cast<U8>(c));
+    EXPECT_EQ(0, wide.back(1));
+    EXPECT_EQ('b', wide.back(2));
 }
 
 TEST(OutputLimits, LeaveRoomForTheEnd) {
