@@ -15,7 +15,7 @@ struct Target final : IndexTarget {
         return true;
     }
     bool addTrack(EN_MEDIA_SUBTITLE_PARSER_LANGUAGE language, U32, U32) override {
-        languages.push_back(language);
+        languages.push_back(static_cast<int>(language));
         return true;
     }
     U32 pictureCount() const override { return pictures; }

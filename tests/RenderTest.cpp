@@ -681,6 +681,9 @@ TEST(Render, EmptyPicturesClearTheSurface) {
     EXPECT_EQ(TRUE, player.parser->_render(kArrow.codes.data(), 0, 6));
     Player none({8, 6}, {0, 0});
     EXPECT_EQ(TRUE, none.parser->_render(kArrow.codes.data(), 8, 6));
+    Player unread({8, 6}, {8, 6});
+    EXPECT_EQ(TRUE, unread.parser->_render(nullptr, 8, 6));
+    EXPECT_EQ(Texts(6, "........"), drawing(unread.producer->last())) << "nothing is read from nowhere";
 }
 
 // --- real sizes ------------------------------------------------------------------------------------------------

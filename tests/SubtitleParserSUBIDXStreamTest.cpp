@@ -351,6 +351,12 @@ TEST(SubtitleParserSUBIDX, TheWorkingBlockGrowsInSteps) {
         const AllocationFails fails(65537);
         EXPECT_EQ(36000U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
     }
+    {  // the seventeenth payload makes it grow, the last one finds room
+        const NthAllocationFails third(3, NthAllocationFails::Extent::kAndAllLater);
+        const U32 read = files.parser.GetData(0, nullptr, 0, 0, nullptr);
+        EXPECT_EQ(36000U, read);
+        EXPECT_FALSE(third.wasReached());
+    }
     // it grows already when the data fills it: 17 x 2019 bytes and so on never meet 32768 exactly, one payload does
     std::string exact = unit.substr(0, 2);
     exact.resize(32768);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/HeldMemory.h"
 #include "tests/support/Interpose.h"
 #include "tests/support/Parsers.h"
 #include "tests/support/Texts.h"
@@ -663,6 +664,16 @@ TEST(GetData2CheckPossibleEncodings, EveryEntryIsReadIntoAClearedBuffer) {
     parser.GetData2CheckPossibleEncodings();  // each round looks at the buffer that it is given
     EXPECT_EQ(kGbk, parser.m_eCodeType);
     EXPECT_EQ(3u, parser.rounds);
+}
+
+TEST(GetData2CheckPossibleEncodings, GivesItsMemoryBack) {
+    SubtitleParser parser;
+    load(parser, "x");
+    parser.m_eCodeType = kNative;
+    parser.GetData2CheckPossibleEncodings();
+    const size_t before = heldBytes();
+    for (int i = 0; i < 100; ++i) parser.GetData2CheckPossibleEncodings();
+    EXPECT_LT(heldBytes(), before + size_t{50} * 8192);
 }
 
 TEST(Conversions, AreReachedThroughTheParser) {

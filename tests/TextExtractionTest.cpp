@@ -490,6 +490,15 @@ TEST(GetData, TheSameEntryReadsTheSameTwice) {
     }
 }
 
+TEST(GetData, NothingBehindTheLimitOfTheRawBufferIsRead) {
+    SubtitleParser parser;
+    load(parser, "0123456789abcdefghijklmnopqrstuvwxyz");
+    parser.m_eCodeType = kNative;
+    parser.mRawBufferLimit = 10;
+    parser.AddTag(0, 1, 5, kWhole);
+    EXPECT_EQ("56789", textOf(parser, 0));
+}
+
 TEST(GetData, LongEntriesAreCutToTheWorkBuffer) {
     for (const size_t length : {8190, 8191, 8192, 8193, 8194, 102400}) {
         SCOPED_TRACE(length);

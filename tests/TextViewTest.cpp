@@ -232,6 +232,24 @@ TEST(TextView, SkipsToAUnit) {
     EXPECT_EQ(2u, odd->toUnit(0, '?'));
 }
 
+/// A line, and a run of blanks, in which a request to stop is looked at several times.
+template <class Enc>
+void expectLongLines(std::string (*encoded)(std::string_view)) {
+    constexpr size_t kLength = 3 * kStopStretch + 5;
+    const Viewed<Enc> line(encoded(std::string(kLength, 'x') + "\n="));
+    EXPECT_EQ(kLength, line->toLineEnd(0));
+    EXPECT_EQ(kLength + 1, line->toUnit(0, Enc::lit('=')));
+    EXPECT_EQ(kLength + 2, line->toUnit(0, Enc::lit('?')));
+    const Viewed<Enc> blanks(encoded(std::string(kLength, ' ') + "x"));
+    EXPECT_EQ(kLength, blanks->skipSpace(0));
+    EXPECT_EQ(kLength, blanks->skipBlanks(0));
+}
+
+TEST(TextView, LongLinesAreSearchedToTheirEnd) {
+    expectLongLines<Bytes>([](std::string_view text) { return std::string(text); });
+    expectLongLines<Utf16Le>([](std::string_view text) { return test::utf16le(text, false); });
+}
+
 TEST(CodeTypeOf, TellsTheEncodingByTheMark) {
     const struct {
         std::string_view in;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <vector>
 
 #include "tests/support/Interpose.h"
@@ -19,6 +20,25 @@ TEST(Worker, IsWaitedForAsLongAsThePeriodSays) {
         for (const unsigned period : periods) waitForEnd({thread, state}, period);
         EXPECT_EQ(periods, clock.sleeps()) << startMs;
     }
+}
+
+// On the machine's own clock, which the condition has to follow.
+TEST(Worker, IsWaitedForOnTheMonotonicClock) {
+    using Clock = std::chrono::steady_clock;
+    pthread_t thread = 0;
+    U8 state = kWorkerRunning;
+    const auto begin = Clock::now();
+    waitForEnd({thread, state}, 2000);
+    EXPECT_LE(std::chrono::milliseconds(2), Clock::now() - begin);
+}
+
+TEST(StopRequest, IsOneBitOfItsByte) {
+    U8 byte = 0x7F;
+    const StopRequest stop(byte);
+    EXPECT_FALSE(stop.isMade());
+    byte = 0x80;
+    EXPECT_TRUE(stop.isMade());
+    EXPECT_FALSE(StopRequest().isMade());
 }
 
 }  // namespace
