@@ -51,6 +51,7 @@ const ScanRow kScanRows[] = {
     // kept(ssa-leading-blank)
     {"leading blanks", "  Dialogue: 0,0:00:01.50,0:00:03.00,Default,,0,0,0,,Hello\r\n", ""},
     {"a blank before the colon", "Dialogue : 0,0:00:01.50,0:00:03.00,Default,,0,0,0,,Hello\r\n", ""},
+    {"another first letter", "Xialogue: 0,0:00:01.50,0:00:03.00,Default,,0,0,0,,Hello\r\n", ""},
     {"the word cut short", "Dialog", ""},
     {"the word alone", "Dialogue:", ""},
     {"no comma at all", "Dialogue: 0\r\nDialogue: 1", ""},

@@ -472,8 +472,8 @@ def main():
                 known[point.identity] = {'result': result, 'by': program, 'library': library[point.file], 'tests': tests}
                 if result not in ('killed', 'hung'):
                     print(f'{point.file}:{point.line}: {result}: {point.change}\n    {point.source}', flush=True)
+                state.save()
                 if len(results) % 20 == 0:
-                    state.save()
                     print(f'-- {len(results)} of {len(chosen)}, {time.monotonic() - start:.0f} s', flush=True)
         state.save()
 
