@@ -696,6 +696,16 @@ TEST(SwapUnits, Rows) {
     EXPECT_EQ("z", swapped("z", 1));
 }
 
+TEST(SwapUnits, AnyLength) {
+    std::string text(40, '\0');
+    for (size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char>(200 + i);
+    for (size_t len = 0; len <= text.size(); ++len) {
+        std::string expected = text;
+        for (size_t i = 0; i + 1 < len; i += 2) std::swap(expected[i], expected[i + 1]);
+        EXPECT_EQ(expected, swapped(text, len)) << len;
+    }
+}
+
 TEST(SwapUnits, AnyAlignment) {
     U8 bytes[] = {0xEE, 1, 2, 3, 4, 0xEE};
     vxsubtitle::swapUnits(bytes + 1, 4);

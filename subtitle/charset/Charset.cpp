@@ -145,6 +145,12 @@ int unicodeToUtf8(const U16* src, int srcBytes, U8* dst) {
 }
 
 void swapUnits(U8* bytes, U32 len) {
+    constexpr U64 kFirsts = 0x00FF00FF00FF00FF;
+    for (U64 four; len >= sizeof four; bytes += sizeof four, len -= U32{sizeof four}) {
+        memcpy(&four, bytes, sizeof four);
+        four = (four & kFirsts) << 8 | (four >> 8 & kFirsts);
+        memcpy(bytes, &four, sizeof four);
+    }
     for (U32 i = 1; i < len; i += 2) {
         const U8 first = bytes[i - 1];
         bytes[i - 1] = bytes[i];

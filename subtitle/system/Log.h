@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "subtitle/SubtitleTypes.h"
+#include "subtitle/system/Wraps.h"
 
 /// Logs a printf-style message under `tag` (null: no tag).
 #define VX_LOG(tag, ...) ((void)__android_log_print(ANDROID_LOG_DEBUG, tag, __VA_ARGS__))
@@ -29,15 +30,18 @@ public:
         mEnd += fit;
         return *this;
     }
-    LogLine& operator<<(android::S64 number) {  ///< as "%lld"
-        const std::to_chars_result written = std::to_chars(mEnd, mEnd + room(), number);
+    VX_WRAPS LogLine& operator<<(android::S64 number) {  ///< as "%lld"
+        const android::U64 bits = static_cast<android::U64>(number);
+        if (number < 0) *this << "-";
+        const std::to_chars_result written = std::to_chars(mEnd, mEnd + room(), number < 0 ? 0 - bits : bits);
         if (written.ec == std::errc()) mEnd = written.ptr;
         return *this;
     }
     LogLine& hex(android::U32 number) {  ///< as "%08x"
         char digits[8];
-        for (char* digit = digits + sizeof digits; digit != digits; number >>= 4)
+        for (char* digit = digits + sizeof digits; digit != digits; number >>= 4) {
             *--digit = "0123456789abcdef"[number & 15];
+        }
         return *this << std::string_view(digits, sizeof digits);
     }
     void log(const char* tag) {

@@ -175,10 +175,8 @@ public:
     /// From `i` to the start of the next line.
     size_t nextLine(size_t i) const {
         if constexpr (!Enc::kBigEndian) {
-            // A run of bits carries over into the first bit behind it.
-            const U64 ends = window(i, kLineEnds).bits();
-            const U64 behind = (ends + (ends & -ends)) & ~ends;
-            return behind != 0 ? i + Hits(behind).first() : farLine(i);
+            const Hits behind = window(i, kLineEnds).behindFirstRun(kWindow);
+            return behind ? i + behind.first() : farLine(i);
         } else {
             // kept(utf16be-lf): big-endian lines end with CR and the next LF, however far; LF alone ends none
             i = past(toUnit(i, Enc::lit('\r')));

@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include "subtitle/SubtitleTypes.h"
+#include "subtitle/system/Wraps.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -32,7 +33,13 @@ public:
 
     /// Where the first one stands; only of some.
     size_t first() const { return static_cast<size_t>(__builtin_ctzll(mBits)); }
-    void dropFirst() { mBits &= mBits - 1; }  ///< of none: nothing
+    VX_WRAPS void dropFirst() { mBits &= mBits - 1; }  ///< of none: nothing
+
+    /// The place right behind the first neighbouring ones, into which they carry over; of those that `count` units
+    /// have.
+    VX_WRAPS Hits behindFirstRun(size_t count) const {
+        return Hits((mBits + (mBits & -mBits)) & ~mBits & ~U64{0} >> (64 - count));
+    }
 
 private:
     U64 mBits;
@@ -55,7 +62,7 @@ public:
         explicit Matches(Word bits) : mBits(bits) {}
         friend Matches operator|(Matches a, Matches b) { return Matches(a.mBits | b.mBits); }
 
-        Hits hits() const {
+        VX_WRAPS Hits hits() const {
             if (mBits == 0) return Hits();
             // each product of two bits comes to lie at a place of its own, and those wanted next to each other
             constexpr size_t kTop = 8 * sizeof(Word) - kBits;
@@ -94,7 +101,7 @@ private:
     static constexpr Word kOnes = static_cast<Word>(-1) / static_cast<Unit>(-1);
     static constexpr Word kHighs = kOnes << (kBits - 1);
 
-    static Matches atMost(Word units, Unit limit) {
+    VX_WRAPS static Matches atMost(Word units, Unit limit) {
         constexpr Unit kHigh = Unit{1} << (kBits - 1);
         const bool low = limit < kHigh;
         const Word beyond = (units & ~kHighs) + kOnes * static_cast<Unit>((low ? kHigh - 1 : kHigh * 2 - 1) - limit);

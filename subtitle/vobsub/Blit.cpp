@@ -3,6 +3,8 @@
 
 #include <string.h>
 
+#include "subtitle/system/Wraps.h"
+
 namespace vxsubtitle {
 
 namespace {
@@ -101,7 +103,7 @@ public:
         }
     }
 
-    Quad ofFour(const U8* codes) const {
+    VX_WRAPS Quad ofFour(const U8* codes) const {
         U32 four;
         memcpy(&four, codes, sizeof four);
         return mQuads[four * 0x01041040 >> 24];  // the product's top byte has them side by side, the first one lowest

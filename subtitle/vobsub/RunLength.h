@@ -1,6 +1,7 @@
 /// The run-length code of DVD subpictures: the codes of one interlaced field, and the walk over its rows.
 #pragma once
 
+#include "subtitle/system/Wraps.h"
 #include "subtitle/text/TextView.h"
 
 namespace vxsubtitle {
@@ -44,7 +45,7 @@ private:
     static constexpr U32 kWordBits = 8 * sizeof(Word);
     static constexpr U32 kLongestCode = 16;
 
-    void drop(U32 bits) {
+    VX_WRAPS void drop(U32 bits) {
         mBits <<= bits;
         mCount -= bits;
     }
