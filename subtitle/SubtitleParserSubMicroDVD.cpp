@@ -10,12 +10,11 @@ namespace {
 
 constexpr char kTag[] = "SubtitleParserSubMicroDVD";
 
-/// What is logged of an entry: that of 16-bit data has no blank behind the first comma.
-struct EntryWords {
-    const char* behindDuration;
-};
-constexpr EntryWords kEntryWords8{", "};
-constexpr EntryWords kEntryWords16{","};
+// the one for 16-bit data has no blank behind the first comma
+constexpr char kEntryWords8[] =
+    "ParserThread::m_u64NanoSecPerFrame = %lld, u32Frames1= %ld,u32Frames2= %ld,u32Time1= %ld, u32Time2 = %ld\n";
+constexpr char kEntryWords16[] =
+    "ParserThread::m_u64NanoSecPerFrame = %lld,u32Frames1= %ld,u32Frames2= %ld,u32Time1= %ld, u32Time2 = %ld\n";
 
 constexpr U32 kAcceptedUnits = 12;     // of 16-bit data, by the acceptance test
 constexpr U32 kLongestHeader = 256;    // units; a longer one is not read
@@ -100,13 +99,11 @@ struct Judge {
 };
 
 /// Logs an entry and adds its tag for the text at `offset`. False when it could not be stored.
-bool add(SubtitleParser& parser, const EntryWords& words, const Frames& frames, S64 offset) {
+bool add(SubtitleParser& parser, const char* words, const Frames& frames, S64 offset) {
     const U32 start = timeOf(parser, frames.v[0]);
     const U32 end = timeOf(parser, frames.v[1]);
-    LogLine line;
-    line << "ParserThread::m_u64NanoSecPerFrame = " << static_cast<S64>(parser.m_u64NanoSecPerFrame);
-    line << words.behindDuration << "u32Frames1= " << asLong(frames.v[0]) << ",u32Frames2= " << asLong(frames.v[1]);
-    (line << ",u32Time1= " << asLong(start) << ", u32Time2 = " << asLong(end) << "\n").log(kTag);
+    logNumbers(kTag, words, static_cast<S64>(parser.m_u64NanoSecPerFrame), asLong(frames.v[0]), asLong(frames.v[1]),
+               asLong(start), asLong(end));
     return addTag(parser, start, end, offset);
 }
 
@@ -170,7 +167,7 @@ private:
         const size_t usual = frames.readUsual(in, i);
         const size_t behind = usual != 0 ? i + usual : braces.pastSecond(i);
         const size_t units = behind - i;
-        VX_LOG(kTag, "SubtitleParserSubMicroDVD::parseThread u32TagSize = %ld", asLong(static_cast<U32>(units)));
+        logNumbers(kTag, "SubtitleParserSubMicroDVD::parseThread u32TagSize = %ld", asLong(static_cast<U32>(units)));
         if (units > kLongestHeader) return true;
         if (usual == 0 && !frames.read(Narrowed<kLongestHeader>(in, i, static_cast<U32>(units)), 0)) return true;
         i = behind;

@@ -79,6 +79,22 @@ protected:
 
 TYPED_TEST_SUITE(LifeCycle, TextFormats, FormatNames);
 
+/// Whoever waits for its worker meets it only when it has ended: behind the look at the flag, before the wait.
+template <class Parser>
+struct EndsBeforeTheWait : Parser {
+    using Parser::Parser;
+    ~EndsBeforeTheWait() override { this->Deinit(); }
+    U32 GetSystemTime() override {
+        if (++asked == 2) {
+            gate->open();
+            while (__atomic_load_n(&this->mWorkerState, __ATOMIC_ACQUIRE) == 1) sched_yield();
+        }
+        return Parser::GetSystemTime();
+    }
+    int asked = 0;
+    std::unique_ptr<ThreadGate> gate = std::make_unique<ThreadGate>();
+};
+
 // ---------------------------------------------------------------------------------------------- construction
 
 TYPED_TEST(LifeCycle, ConstructorsPassTheirArgumentsOn) {
@@ -123,6 +139,16 @@ TYPED_TEST(LifeCycle, OpensAPath) {
     EXPECT_EQ(TRUE, parser->bParseFinish);
     EXPECT_EQ(0, parser->m_s64RawBufferPosition);
     EXPECT_EQ(this->mThreads, threadCount());
+}
+
+TYPED_TEST(LifeCycle, AnEndRightBeforeTheWaitIsNotWaitedFor) {
+    using Parser = typename TypeParam::Parser;
+    const TempFile file(TypeParam::file());
+    EndsBeforeTheWait<Parser> parser(pathFor<Parser>(file.path()));
+    parser.SetFrameRate(25);
+    const VirtualClock clock;
+    EXPECT_EQ(TRUE, parser.BeginParse());
+    EXPECT_EQ(std::vector<unsigned>(), clock.sleeps());
 }
 
 TYPED_TEST(LifeCycle, OpensADescriptorAsTheWholeFile) {

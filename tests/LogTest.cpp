@@ -24,36 +24,44 @@ std::string printed(const char* format, ...) {
     return text;
 }
 
-template <class Put>
-std::string logged(Put put) {
+template <class... Numbers>
+std::string logged(const char* format, Numbers... numbers) {
     const test::LogCapture capture;
-    LogLine line;
-    put(line);
-    line.log("Tag");
-    EXPECT_EQ(1U, capture.lines().size());
+    (LogLine(format) << ... << numbers).log("Tag");
     const test::Messages texts = test::messages(capture, "Tag");
+    EXPECT_EQ(1U, texts.size());
     return texts.empty() ? "nothing" : texts[0];
 }
 
 TEST(LogLine, IsWhatPrintfWrites) {
     for (const S64 number : {0LL, 1LL, -1LL, 9LL, 10LL, -10LL, 4294967295LL, -2147483648LL, 9223372036854775807LL,
                              -9223372036854775807LL - 1}) {
-        EXPECT_EQ(printed("a %lld, %%b\n", number), logged([&](LogLine& line) { line << "a " << number << ", %b\n"; }));
-        const U32 low = static_cast<U32>(number);
-        EXPECT_EQ(printed("%08x;%d", low, static_cast<S32>(low)),
-                  logged([&](LogLine& line) { line.hex(low) << ";" << static_cast<S32>(low); }));
+        EXPECT_EQ(printed("a %lld, b\n", number), logged("a %lld, b\n", number));
+        const long low = vxsubtitle::asLong(static_cast<U32>(number));
+        const unsigned long bits = vxsubtitle::asUnsignedLong(static_cast<U32>(number));
+        EXPECT_EQ(printed("%ld%lu;%08lx", low, bits, bits), logged("%ld%lu;%08lx", low, bits, bits));
     }
-    EXPECT_EQ("01234567 89abcdef", logged([](LogLine& line) { (line.hex(0x1234567) << " ").hex(0x89ABCDEF); }));
-    EXPECT_EQ("", logged([](LogLine&) {}));
+    EXPECT_EQ("01234567 89abcdef", logged("%08lx %08lx", 0x1234567L, 0x89ABCDEFUL));
+    EXPECT_EQ("", logged(""));
+    EXPECT_EQ("words", logged("words", 1L)) << "no place for the number";
 }
 
 TEST(LogLine, DropsWhatDoesNotFit) {
-    for (size_t length = 245; length < 260; ++length) {
+    for (size_t length = 240; length < 260; ++length) {
         const std::string words(length, 'x');
-        const std::string all = words + "1234567890" + "!";
-        const std::string shown = logged([&](LogLine& line) { line << words << S64{1234567890} << "!"; });
-        const bool numberFits = length + 10 <= 255;
-        EXPECT_EQ((numberFits ? all : words + "!").substr(0, 255), shown) << length;
+        const std::string number = length + 10 <= 255 ? "1234567890" : "";
+        EXPECT_EQ((words + number + "!").substr(0, 255), logged((words + "%ld!").c_str(), 1234567890L)) << length;
+    }
+}
+
+TEST(LogNumbers, AreLoggedWhetherTheLogTakesThemOrNot) {
+    for (const int priority : {ANDROID_LOG_VERBOSE, ANDROID_LOG_INFO}) {
+        const int before = __android_log_set_minimum_priority(priority);
+        const test::LogCapture capture;
+        EXPECT_EQ(priority == ANDROID_LOG_VERBOSE, vxsubtitle::isLogged("Tag"));
+        vxsubtitle::logNumbers("Tag", "%lld, %ld, %08lx\n", S64{-5}, -7L, 255UL);
+        EXPECT_EQ(test::Messages{"-5, -7, 000000ff\n"}, test::messages(capture, "Tag"));
+        __android_log_set_minimum_priority(before);
     }
 }
 

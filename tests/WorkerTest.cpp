@@ -17,9 +17,19 @@ TEST(Worker, IsWaitedForAsLongAsThePeriodSays) {
         pthread_t thread = 0;
         U8 state = kWorkerRunning;
         const test::VirtualClock clock(startMs);
-        for (const unsigned period : periods) waitForEnd({thread, state}, period);
+        for (const unsigned period : periods) waitForEnd({thread, state}, period, true);
         EXPECT_EQ(periods, clock.sleeps()) << startMs;
     }
+}
+
+TEST(Worker, IsNotWaitedForWhenItHasEndedSinceItWasSeen) {
+    pthread_t thread = 0;
+    U8 state = kWorkerEnded;
+    const test::VirtualClock clock;
+    waitForEnd({thread, state}, 1000, true);
+    EXPECT_EQ(std::vector<unsigned>(), clock.sleeps());
+    waitForEnd({thread, state}, 1000, false);
+    EXPECT_EQ(std::vector<unsigned>{1000}, clock.sleeps());
 }
 
 // On the machine's own clock, which the condition has to follow.
@@ -28,7 +38,7 @@ TEST(Worker, IsWaitedForOnTheMonotonicClock) {
     pthread_t thread = 0;
     U8 state = kWorkerRunning;
     const auto begin = Clock::now();
-    waitForEnd({thread, state}, 2000);
+    waitForEnd({thread, state}, 2000, true);
     EXPECT_LE(std::chrono::milliseconds(2), Clock::now() - begin);
 }
 

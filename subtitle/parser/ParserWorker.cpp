@@ -18,10 +18,15 @@ VX_WRAPS U32 elapsedSince(SubtitleParser& parser, U32 start) { return parser.Get
 bool waitForScan(SubtitleParser& parser, const WorkerStyle& style) {
     const WorkerSlot slot = slotOf(parser);
     const U32 start = parser.GetSystemTime();
-    bool finished = isRaised(parser.bParseFinish);
-    while (!finished && elapsedSince(parser, start) < style.limitMs) {
-        waitForEnd(slot, style.periodUs);
+    bool running = false;
+    bool finished = false;
+    const auto look = [&] {
+        running =
+            isRunning(slot);  // before the flag, so that an end between these looks and the wait ends that at once
         finished = isRaised(parser.bParseFinish);
+    };
+    for (look(); !finished && elapsedSince(parser, start) < style.limitMs; look()) {
+        waitForEnd(slot, style.periodUs, running);
     }
     if (finished || hasEnded(slot)) joinWorker(slot);
     return finished;

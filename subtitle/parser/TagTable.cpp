@@ -92,9 +92,8 @@ void logTags(const SubtitleParser& parser, const char* logTag) {
     const StopRequest stop(parser.mWorkerState);
     for (U32 i = 0; parser.m_pTagBuffer != nullptr && i < parser.m_u32TagNum && !stop.isMade(); ++i) {
         const ST_MEDIA_SUBTITLE_PARSER_TAG& tag = parser.m_pTagBuffer[i];
-        LogLine line;
-        line << "Time = " << tag.u32TimeStart << ", " << tag.u32TimeEnd << ", ";
-        (line.hex(static_cast<U32>(tag.s64Pos)) << "\n").log(logTag);
+        logNumbers(logTag, "Time = %lu, %lu, %08lx\n", asUnsignedLong(tag.u32TimeStart), asUnsignedLong(tag.u32TimeEnd),
+                   asUnsignedLong(static_cast<U32>(tag.s64Pos)));
     }
     VX_LOG(logTag, "%s", kRule);
 }

@@ -60,15 +60,16 @@ void workerEnded(U8& state) {
 
 bool hasWorker(WorkerSlot slot) { return stateOf(slot) == kWorkerRunning || stateOf(slot) == kWorkerEnded; }
 
+bool isRunning(WorkerSlot slot) { return stateOf(slot) == kWorkerRunning; }
+
 bool hasEnded(WorkerSlot slot) { return stateOf(slot) == kWorkerEnded; }
 
-void waitForEnd(WorkerSlot slot, U32 periodUs) {
+void waitForEnd(WorkerSlot slot, U32 periodUs, bool wasRunning) {
     pthread_once(&once, makeCondition);
     const timespec end = fromNow(periodUs);
     pthread_mutex_lock(&mutex);
-    const bool running = stateOf(slot) == kWorkerRunning;
     // the ends of other parsers' workers wake it up, too
-    for (int result = 0; result == 0 && !(running && hasEnded(slot));) {
+    for (int result = 0; result == 0 && !(wasRunning && hasEnded(slot));) {
         result = pthread_cond_timedwait(&someoneEnded, &mutex, &end);
     }
     pthread_mutex_unlock(&mutex);

@@ -36,12 +36,15 @@ void workerEnded(U8& state);
 /// Whether a worker was started, and not joined yet.
 [[nodiscard]] bool hasWorker(WorkerSlot slot);
 
+/// Whether the worker is at its work, asked to stop or not.
+[[nodiscard]] bool isRunning(WorkerSlot slot);
+
 /// Whether the worker has ended, and was not joined yet.
 [[nodiscard]] bool hasEnded(WorkerSlot slot);
 
-/// Waits until the worker ends, but no longer than `periodUs` microseconds. A worker that had already ended does not
-/// shorten the period.
-void waitForEnd(WorkerSlot slot, U32 periodUs);
+/// Waits until the worker ends, but no longer than `periodUs` microseconds. Not at all for one that has ended since it
+/// was seen running; one that was not running then (`wasRunning` is false) does not shorten the period.
+void waitForEnd(WorkerSlot slot, U32 periodUs, bool wasRunning);
 
 /// Waits for a worker that was started and not joined yet; nothing to do otherwise.
 void joinWorker(WorkerSlot slot);
