@@ -12,6 +12,8 @@
 /// Logs a printf-style message under `tag` (null: no tag).
 #define VX_LOG(tag, ...) ((void)__android_log_print(ANDROID_LOG_DEBUG, tag, __VA_ARGS__))
 
+// Only newer headers declare it, and only newer platforms have it.
+// NOLINTNEXTLINE(readability-redundant-declaration)
 extern "C" int __android_log_is_loggable(int priority, const char* tag, int byDefault) __attribute__((weak));
 
 namespace vxsubtitle {
@@ -78,7 +80,7 @@ template <class... Numbers>
 void logNumbers(const char* tag, const char* format, Numbers... numbers) {
     if (isLogged(tag)) {
         LogLine line(format);
-        (line << ... << numbers).log(tag);
+        (line << ... << static_cast<android::S64>(numbers)).log(tag);
     } else {
         VX_LOG(tag, format, numbers...);
     }
