@@ -44,6 +44,7 @@ TEST(LogLine, IsWhatPrintfWrites) {
     EXPECT_EQ("01234567 89abcdef", logged("%08lx %08lx", 0x1234567L, 0x89ABCDEFUL));
     EXPECT_EQ("", logged(""));
     EXPECT_EQ("words", logged("words", 1L)) << "no place for the number";
+    EXPECT_EQ("1", logged("%", 1L)) << "a conversion that ends too early";
 }
 
 TEST(LogLine, DropsWhatDoesNotFit) {
