@@ -99,11 +99,12 @@ struct Judge {
 };
 
 /// Logs an entry and adds its tag for the text at `offset`. False when it could not be stored.
-bool add(SubtitleParser& parser, const char* words, const Frames& frames, S64 offset) {
+__attribute__((always_inline)) inline bool add(SubtitleParser& parser, const ManyMessages& messages, const char* words,
+                                               const Frames& frames, S64 offset) {
     const U32 start = timeOf(parser, frames.v[0]);
     const U32 end = timeOf(parser, frames.v[1]);
-    logNumbers(kTag, words, static_cast<S64>(parser.m_u64NanoSecPerFrame), asLong(frames.v[0]), asLong(frames.v[1]),
-               asLong(start), asLong(end));
+    messages.log(words, static_cast<S64>(parser.m_u64NanoSecPerFrame), asLong(frames.v[0]), asLong(frames.v[1]),
+                 asLong(start), asLong(end));
     return addTag(parser, start, end, offset);
 }
 
@@ -122,12 +123,13 @@ bool firstLine(SubtitleParser& parser, const TextView<Bytes>& in, ClosingBraces<
         return true;
     }
     deriveDuration(parser);
-    return add(parser, kEntryWords8, frames, in.byteOffset(i));
+    return add(parser, ManyMessages(kTag), kEntryWords8, frames, in.byteOffset(i));
 }
 
 struct Scan {
     /// 8-bit data.
     bool operator()(SubtitleParser& parser, const TextView<Bytes>& in, size_t i) const {
+        const ManyMessages messages(kTag);
         ClosingBraces<Bytes> braces(in);
         for (size_t ahead; in.inside(i); i = in.nextLine(i, ahead)) {
             i = in.skipSpace(i);
@@ -138,7 +140,7 @@ struct Scan {
             // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
             if (usual != 0 || (in.at(i) == '{' && frames.read(in, i))) {
                 i = usual != 0 ? i + usual : braces.pastSecond(i);
-                if (!add(parser, kEntryWords8, frames, in.byteOffset(i))) return false;
+                if (!add(parser, messages, kEntryWords8, frames, in.byteOffset(i))) return false;
             }
         }
         return true;
@@ -147,6 +149,7 @@ struct Scan {
     /// 16-bit data: the player's rate is derived again for every line.
     template <class Enc>
     bool operator()(SubtitleParser& parser, const TextView<Enc>& in, size_t i) const {
+        const ManyMessages messages(kTag);
         ClosingBraces<Enc> braces(in);
         for (size_t ahead; in.inside(i); i = in.nextLine(i, ahead)) {
             i = in.skipSpace(i);
@@ -154,7 +157,7 @@ struct Scan {
             // kept(mdvd-utf16): no line can name a rate
             // kept(mdvd-rate-rounded): one above 1000000 is rounded again and again
             deriveDuration(parser);
-            if (in.at(i) == Enc::lit('{') && !entry(parser, in, braces, i)) return false;
+            if (in.at(i) == Enc::lit('{') && !entry(parser, messages, in, braces, i)) return false;
         }
         return true;
     }
@@ -162,16 +165,17 @@ struct Scan {
 private:
     /// The entry at `i`, if it is one: then `i` moves to its text. False when its tag could not be stored.
     template <class Enc>
-    static bool entry(SubtitleParser& parser, const TextView<Enc>& in, ClosingBraces<Enc>& braces, size_t& i) {
+    static bool entry(SubtitleParser& parser, const ManyMessages& messages, const TextView<Enc>& in,
+                      ClosingBraces<Enc>& braces, size_t& i) {
         Frames frames;
         const size_t usual = frames.readUsual(in, i);
         const size_t behind = usual != 0 ? i + usual : braces.pastSecond(i);
         const size_t units = behind - i;
-        logNumbers(kTag, "SubtitleParserSubMicroDVD::parseThread u32TagSize = %ld", asLong(static_cast<U32>(units)));
+        messages.log("SubtitleParserSubMicroDVD::parseThread u32TagSize = %ld", asLong(static_cast<U32>(units)));
         if (units > kLongestHeader) return true;
         if (usual == 0 && !frames.read(Narrowed<kLongestHeader>(in, i, static_cast<U32>(units)), 0)) return true;
         i = behind;
-        return add(parser, kEntryWords16, frames, in.byteOffset(i));
+        return add(parser, messages, kEntryWords16, frames, in.byteOffset(i));
     }
 };
 

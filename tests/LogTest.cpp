@@ -55,12 +55,12 @@ TEST(LogLine, DropsWhatDoesNotFit) {
     }
 }
 
-TEST(LogNumbers, AreLoggedWhetherTheLogTakesThemOrNot) {
+TEST(ManyMessages, AreLoggedWhetherTheLogTakesThemOrNot) {
     for (const int priority : {ANDROID_LOG_VERBOSE, ANDROID_LOG_INFO}) {
         const int before = __android_log_set_minimum_priority(priority);
         const test::LogCapture capture;
         EXPECT_EQ(priority == ANDROID_LOG_VERBOSE, vxsubtitle::isLogged("Tag"));
-        vxsubtitle::logNumbers("Tag", "%lld, %ld, %08lx\n", S64{-5}, -7L, 255UL);
+        vxsubtitle::ManyMessages("Tag").log("%lld, %ld, %08lx\n", S64{-5}, -7L, 255UL);
         EXPECT_EQ(test::Messages{"-5, -7, 000000ff\n"}, test::messages(capture, "Tag"));
         __android_log_set_minimum_priority(before);
     }

@@ -89,11 +89,12 @@ void TagTable::sort() {
 void logTags(const SubtitleParser& parser, const char* logTag) {
     constexpr char kRule[] = "\n\n*************************************\n\n";
     VX_LOG(logTag, "%s", kRule);
+    const ManyMessages messages(logTag);
     const StopRequest stop(parser.mWorkerState);
     for (U32 i = 0; parser.m_pTagBuffer != nullptr && i < parser.m_u32TagNum && !stop.isMade(); ++i) {
         const ST_MEDIA_SUBTITLE_PARSER_TAG& tag = parser.m_pTagBuffer[i];
-        logNumbers(logTag, "Time = %lu, %lu, %08lx\n", asUnsignedLong(tag.u32TimeStart), asUnsignedLong(tag.u32TimeEnd),
-                   asUnsignedLong(static_cast<U32>(tag.s64Pos)));
+        messages.log("Time = %lu, %lu, %08lx\n", asUnsignedLong(tag.u32TimeStart), asUnsignedLong(tag.u32TimeEnd),
+                     asUnsignedLong(static_cast<U32>(tag.s64Pos)));
     }
     VX_LOG(logTag, "%s", kRule);
 }
