@@ -24,12 +24,13 @@ public:
     bool run(size_t i) {
         for (size_t ahead; mIn.inside(i); i = mIn.nextLine(i, ahead)) {
             i = mIn.skipSpace(i);  // kept(smi-be-indented): a big-endian blank is no white space
-            ahead = mIn.lineAhead(i);
+            ahead = 0;
             if (atKeyword<kSync>(mIn, i)) {  // kept(smi-sync-not-at-line-start): first on its line or not at all
                 // kept(smi-negative): whatever stands in front of the first digit, be it a minus sign
                 const size_t digit = mIn.find(i + kSyncLength, [](auto unit) { return isDigit(Enc::native(unit)); });
                 i = digit;
                 U32 start[1];
+                ahead = mIn.lineAhead(digit);
                 if (readStart(digit, start)) {
                     // kept(smi-no-p): two elements are stepped over, whatever they are and however far the second is
                     i = behindElements(digit + 1);

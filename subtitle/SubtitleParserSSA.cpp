@@ -34,6 +34,7 @@ public:
 
     /// Behind the first comma at or after `from`; past the last whole unit when there is none.
     size_t behind(size_t from) {
+        if (const size_t soon = mIn.behindSoon(from, Enc::lit(','))) return soon;
         if (mAt < from) mAt = mIn.findUnit(from, Enc::lit(','));
         return mAt + 1;
     }
@@ -58,17 +59,19 @@ public:
     /// False when a tag could not be stored.
     bool run(size_t i) {
         for (size_t ahead; mIn.inside(i); i = mIn.nextLine(i, ahead)) {
-            ahead = mIn.lineAhead(i);
+            ahead = 0;
             if (!atKeyword<kDialogue>(mIn, i)) continue;  // kept(ssa-leading-blank): at the very start of the line
             const size_t begin = i + kDialogueLength;
-            const size_t times = mCommas.behind(begin, 1);  // may lie lines further on
+            const size_t times = mCommas.behind(begin);  // may lie lines further on
             Times stamps;
             if (times == mNoTimes || !stamps.read(mIn, times)) {
                 mNoTimes = times;
                 i = k8Bit ? begin : times;
                 continue;
             }
-            i = mCommas.behind(times + Times::kSkipped, kFieldsBeforeText);
+            const size_t fields = times + Times::kSkipped;
+            ahead = mIn.lineAhead(fields);
+            i = mCommas.behind(fields, kFieldsBeforeText);
             // kept(ssa-few-commas): the data's end among the fields ends the whole scan
             if (i > mIn.wholeUnits()) return true;
             if (!add(stamps, i)) return false;

@@ -45,7 +45,13 @@ struct Scan {
                 const size_t text = in.nextLineSoon(i + TimeLine::kSkipped);
                 i = in.nextLine(text);
                 TimeLine end;
-                if (end.read(in, i) && !addTag(parser, start.time(), end.time(), in.byteOffset(text))) return false;
+                const bool usual = end.readShape(in, i);
+                const bool ends = usual || end.readOther(in, i);
+                if (ends && !addTag(parser, start.time(), end.time(), in.byteOffset(text))) return false;
+                if (usual) {
+                    i = in.nextLineSoon(i + TimeLine::kLength);
+                    continue;
+                }
             }
             // kept(sv1-end-line-missing): the end line is consumed, even when it opens the next entry or is none
             i = in.nextLine(i);

@@ -140,7 +140,11 @@ public:
             if (end.width == 0) continue;  // kept(txt-broken-line): not a closing line, it may open an entry
             if (!add(start, end, text)) return false;
             // kept(txt-no-closing-lines): a closing line opens none
-            i = nextEntry(mIn.nextLineSoon(i + (mShortWidth != 0 ? mShortWidth : Stamp::kLongWidth)));
+            if (mShortWidth != 0) {
+                i = mIn.nextLineSoon(i + mShortWidth);
+            } else {
+                i = mIn.template nextLineBehind<Stamp::kLongWidth>(mIn.nextLineSoon(i + Stamp::kLongWidth));
+            }
         }
         return true;
     }

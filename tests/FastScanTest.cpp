@@ -304,10 +304,15 @@ void expectPlain(const std::vector<U8>& bytes, const std::string& what) {
         const size_t next = plain.nextLine(i);
         ASSERT_EQ(in.nextLine(i), next) << what << " from " << i;
         ASSERT_EQ(in.nextLineSoon(i), next) << what << " from " << i;
+        ASSERT_EQ(in.template nextLineBehind<0>(i), next) << what << " from " << i;
+        ASSERT_EQ(in.template nextLineBehind<11>(i), next) << what << " from " << i;
         ASSERT_EQ(in.nextLine(i, in.lineAhead(before)), next) << what << " from " << i << ", ahead of " << before;
         if (i % 7 == 0) before = i;
         ASSERT_EQ(in.toLineEnd(i), plain.skip(i, false)) << what << " from " << i;
         ASSERT_EQ(in.findUnit(i, Enc::lit('\r')), plain.find(i, '\r', 1)) << what << " from " << i;
+        if (const size_t soon = in.behindSoon(i, Enc::lit('\r'))) {
+            ASSERT_EQ(soon, plain.find(i, '\r', 1) + 1) << what << " from " << i;
+        }
         for (U32 count = 1; count < 4; ++count) {
             const size_t near = in.behindNear(i, Enc::lit('\n'), count);
             if (near == 0) continue;
@@ -355,6 +360,22 @@ TEST(Lines, AreFoundInLongRunsAndInLongLines) {
         expectPlainInAll(std::string(size, 'x') + "\r\n");
         expectPlainInAll(std::string(size, 'x') + std::string(size, '\r') + "\nx");
         expectPlainInAll("x" + std::string(size - 1, '\n') + std::string(70, 'y'));
+    }
+}
+
+// The breaks that are expected, and everything that differs from them in a character.
+TEST(Lines, AreFoundWhereTheyAreExpected) {
+    for (const std::string usual : {"00:00:07,2=\r\n0", "\r\n\r\nx", "Dia,logue"}) {
+        expectPlainInAll(usual + std::string(70, 'y'));
+        for (size_t length = 0; length <= usual.size(); ++length) expectPlainInAll(usual.substr(0, length));
+        for (size_t at = 0; at < usual.size(); ++at) {
+            for (const char c : {'\r', '\n', 'x'}) {
+                std::string text = usual;
+                text[at] = c;
+                expectPlainInAll(text);
+                expectPlainInAll(text + std::string(70, 'y'));
+            }
+        }
     }
 }
 

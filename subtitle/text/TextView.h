@@ -163,6 +163,16 @@ public:
         return hits ? i + hits.first() + 1 : 0;
     }
 
+    /// Behind the first `unit` at or after `i`, if it is among the next few; else 0.
+    size_t behindSoon(size_t i, Unit soon) const {
+        constexpr size_t kFew = 4;
+        if (!holds(i, kFew)) return 0;
+        for (size_t k = 0; k < kFew; ++k) {
+            if (unit(i + k) == soon) return i + k + 1;
+        }
+        return 0;
+    }
+
     /// The first whole unit at or after `i` for which `is` holds. Not below `wholeUnits()` when there is none.
     template <class Is>
     size_t find(size_t i, Is is) const {
@@ -184,12 +194,23 @@ public:
         }
     }
 
-    /// The same from a place where CR LF, the usual line break, can be expected.
+    /// The same from a place where CR LF, the usual line break, can be expected once or twice.
     size_t nextLineSoon(size_t i) const {
-        if (holds(i, 3) && isCr<Enc>(unit(i)) && isLf<Enc>(unit(i + 1))) {
+        if (holds(i, 5) && breaksAt(i)) {
             if (Enc::kBigEndian || !isLineEnd<Enc>(unit(i + 2))) return i + 2;
+            if (breaksAt(i + 2) && !isLineEnd<Enc>(unit(i + 4))) return i + 4;
         }
         return nextLine(i);
+    }
+
+    /// The same from the start of a line that can be expected to have so many characters. What is expected need not be
+    /// waited for.
+    template <size_t kLength>
+    size_t nextLineBehind(size_t i) const {
+        constexpr U64 kBreak = U64{3} << kLength;
+        constexpr U64 kLooked = ~U64{0} >> (61 - kLength);  // the character behind the break, too
+        const bool asExpected = holds(i, kLength + 3) && (window(i, kLineEnds).bits() & kLooked) == kBreak;
+        return asExpected && breaksAt(i + kLength) ? i + kLength + 2 : nextLine(i);
     }
 
     /// The next line of a place at or before `i`, looked for before it is known whether `i` is still in front of it; 0
@@ -207,6 +228,8 @@ private:
     static constexpr auto kLineEnds = [](Block<Unit> block) {
         return (block == Enc::lit('\r')) | (block == Enc::lit('\n'));
     };
+
+    bool breaksAt(size_t i) const { return isCr<Enc>(unit(i)) && isLf<Enc>(unit(i + 1)); }
 
     /// Past the units at `i` for which `is` holds.
     template <class Is>
@@ -236,6 +259,10 @@ private:
     __attribute__((noinline)) size_t farLine(size_t i) const {
         // those that have been looked at hold no line end, or one that may go on behind them
         const bool ends = holds(i, kWindow) && isLineEnd<Enc>(unit(i + kWindow - 1));
+        if (!ends && holds(i, 2 * kWindow)) {
+            const Hits behind = window(i + kWindow, kLineEnds).behindFirstRun(kWindow);
+            if (behind) return i + kWindow + behind.first();
+        }
         return pastLineEnds(ends || !holds(i, kWindow) ? toLineEnd(i) : toLineEnd(i + kWindow));
     }
 
