@@ -1,5 +1,7 @@
 // The texts by hand: what the parsers make of the films, which have nothing but italic lines for markup.
+#include <cutils/properties.h>
 #include <string.h>
+#include <strings.h>
 
 #include "bench/ByHand.h"
 
@@ -39,9 +41,17 @@ char* line(const char*& p, const char* end, char* out) {
     return out;
 }
 
+/// Whether the device is set to Big5: in two formats the text depends on that, so it is asked for each of them.
+bool isBig5() {
+    char language[PROPERTY_VALUE_MAX];
+    property_get("vendor.quarn.subtitle.language", language, "");
+    return strcasecmp(language, "big5") == 0;
+}
+
 // One line
 // and another, up to a blank one
 char* srt(const char* p, const char* end, char* out) {
+    if (isBig5()) return out;
     for (;;) {
         out = line(p, end, out);
         p += 2;
@@ -57,7 +67,9 @@ char* oneLine(const char* p, const char* end, char* out) { return line(p, end, o
 char* microDvd(const char* p, const char* end, char* out) { return line(p, find(p, end, '\n') + 1, out); }
 
 // The rest of one line, and a blank one behind
-char* subViewer2(const char* p, const char* end, char* out) { return line(p, find(p, end, '\r'), out); }
+char* subViewer2(const char* p, const char* end, char* out) {
+    return isBig5() ? out : line(p, find(p, end, '\r'), out);
+}
 
 // One line, a stamp and another line
 char* txt(const char* p, const char* end, char* out) {

@@ -1,5 +1,6 @@
 #include "bench/Table.h"
 
+#include <malloc.h>
 #include <math.h>
 #include <stdlib.h>
 
@@ -91,7 +92,10 @@ Measure medianWallUs(std::function<void()> work) {
     return [work = std::move(work)] {
         constexpr size_t kCalls = 60;
         std::vector<double> samples(kCalls);
-        for (double& sample : samples) sample = wallNs(work);
+        for (double& sample : samples) {
+            malloc_trim(0);
+            sample = wallNs(work);
+        }
         return median(samples) / 1e3;
     };
 }

@@ -8,7 +8,9 @@
 
 extern "C" __attribute__((visibility("default"))) int property_get(const char* key, char* value,
                                                                    const char* default_value) {
-    const std::string found = android::base::GetProperty(key, default_value != nullptr ? default_value : "");
+    thread_local std::string name;  // names are longer than what a string holds without memory of its own
+    name = key;
+    const std::string found = android::base::GetProperty(name, default_value != nullptr ? default_value : "");
     const size_t length = std::min<size_t>(found.size(), PROPERTY_VALUE_MAX - 1);
     memcpy(value, found.data(), length);
     value[length] = '\0';
