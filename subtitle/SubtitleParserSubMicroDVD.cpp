@@ -61,8 +61,27 @@ U64 thousandths(U32 whole, U32 fraction) {
     return U64{whole} * 1000 + U64{fraction} * 1000 / places;  // kept(mdvd-rate-zeros): 23.05 is read as 23.5
 }
 
+/// The upper half of a product.
+VX_WRAPS constexpr U64 productAbove(U64 a, U64 b) {
+#ifdef __SIZEOF_INT128__
+    return static_cast<U64>(static_cast<unsigned __int128>(a) * b >> 64);
+#else
+    const U64 lowA = a & 0xFFFFFFFF;
+    const U64 lowB = b & 0xFFFFFFFF;
+    const U64 middle = (a >> 32) * lowB + (lowA * lowB >> 32);
+    return (a >> 32) * (b >> 32) + (middle >> 32) + ((lowA * (b >> 32) + (middle & 0xFFFFFFFF)) >> 32);
+#endif
+}
+
+/// A million nanoseconds are a millisecond: by the inverse, as a 32-bit machine divides 64 bits for long.
+constexpr U64 millionths(U64 nanoseconds) { return productAbove(nanoseconds, 0x431BDE82D7B634DB) >> 18; }
+static_assert(millionths(999999) == 0 && millionths(1000000) == 1);
+static_assert(millionths(0xFFFFFFFFFFFFFFFF) == 0xFFFFFFFFFFFFFFFF / 1000000);
+static_assert(millionths(18446744073709000000U) == 18446744073709 &&
+              millionths(18446744073708999999U) == 18446744073708);
+
 VX_WRAPS U32 timeOf(const SubtitleParser& parser, U32 frames) {
-    return static_cast<U32>(parser.m_u64NanoSecPerFrame * frames / 1000000);
+    return static_cast<U32>(millionths(parser.m_u64NanoSecPerFrame * frames));
 }
 
 /// Finds the second '}' from an index on that never goes back. What was found is remembered, so that a file full of

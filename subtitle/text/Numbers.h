@@ -184,7 +184,7 @@ template <class View>
 [[nodiscard]] VX_WRAPS __attribute__((always_inline)) constexpr bool takeNumber(const View& in, size_t& i, U32& value) {
     const U64 digits = in.eight(i) ^ kEach * '0';
     const U64 others = above(digits, kEach * kDigitSlack);
-    const unsigned count = others == 0 ? 8 : static_cast<unsigned>(__builtin_ctzll(others)) / 8;
+    const unsigned count = others == 0 ? 8 : static_cast<unsigned>(zerosBelow(others)) / 8;
     if (count == 0) return false;
     i += count;
     const U64 pairs = pairsOf(digits << (64 - 8 * count)) & 0x00FF00FF00FF00FF;  // zeros in front

@@ -92,6 +92,14 @@ constexpr bool isLineEnd(typename Enc::Unit u) {
     return isCr<Enc>(u) || isLf<Enc>(u);
 }
 
+/// Matches CR and LF.
+template <class Enc>
+struct LineEnds {
+    auto operator()(Block<typename Enc::Unit> block) const {
+        return (block == Enc::lit('\r')) | (block == Enc::lit('\n'));
+    }
+};
+
 template <class Enc>
 class TextView {
 public:
@@ -225,9 +233,7 @@ private:
     static constexpr size_t kStretch = kStopStretch / kWidth;  ///< units between two looks at the request to stop
     static_assert(kStretch % kWindow == 0);
 
-    static constexpr auto kLineEnds = [](Block<Unit> block) {
-        return (block == Enc::lit('\r')) | (block == Enc::lit('\n'));
-    };
+    static constexpr LineEnds<Enc> kLineEnds = {};
 
     bool breaksAt(size_t i) const { return isCr<Enc>(unit(i)) && isLf<Enc>(unit(i + 1)); }
 

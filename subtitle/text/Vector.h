@@ -23,6 +23,13 @@ using namespace android;  // the fixed-width names
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first unit is the lowest");
 
+/// The bits below the lowest one, of some: a 32-bit machine counts them in halves.
+constexpr size_t zerosBelow(U64 bits) {
+    const U32 low = static_cast<U32>(bits);
+    if (sizeof(void*) == 4 && low == 0) return 32 + static_cast<size_t>(__builtin_ctz(static_cast<U32>(bits >> 32)));
+    return static_cast<size_t>(sizeof(void*) == 4 ? __builtin_ctz(low) : __builtin_ctzll(bits));
+}
+
 /// Some of the first 64 units of something, a bit for each.
 class Hits {
 public:
@@ -32,7 +39,7 @@ public:
     U64 bits() const { return mBits; }
 
     /// Where the first one stands; only of some.
-    size_t first() const { return static_cast<size_t>(__builtin_ctzll(mBits)); }
+    size_t first() const { return zerosBelow(mBits); }
     VX_WRAPS void dropFirst() { mBits &= mBits - 1; }  ///< of none: nothing
 
     /// The place right behind the first neighbouring ones, into which they carry over; of those that `count` units
