@@ -40,6 +40,8 @@ target_link_libraries(vxsubtitle_no_rtti INTERFACE vxsubtitle_options)
 
 # What the library's own sources are compiled with on top. The sanitizer's runtime comes with the programs.
 add_library(vxsubtitle_library_options INTERFACE)
+# g++ would take unused arguments out of inline functions, a copy for each source file, and no two copies are merged.
+target_compile_options(vxsubtitle_library_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-sra>)
 if(VXSUBTITLE_SANITIZE_LIBRARY)
     target_compile_options(vxsubtitle_library_options INTERFACE
         -fsanitize=${VXSUBTITLE_SANITIZE_LIBRARY} -fno-sanitize-recover=all)

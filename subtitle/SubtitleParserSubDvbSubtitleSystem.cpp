@@ -25,6 +25,17 @@ struct TimeLine : TimeStamp<DvbSpelling> {
         return isDigit(in.at(i)) && read(in, i);
     }
 
+    /// Whether one stands at `i`, where a digit does, by the number reader alone: for the few lines that are accepted
+    /// by.
+    static bool isAt(const TextView<Bytes>& in, size_t i) {
+        TimeLine line{};
+        return line.readOther(in, i) || readNumbered(in, i, line);
+    }
+    template <class View>
+    static bool isAt(const View& in, size_t i) {
+        return TimeLine().readOther(in, i);
+    }
+
     // kept(dvb-frames): the fourth field counts as milliseconds as it stands
     U32 start() const { return milliseconds(v[0], v[1], v[2], v[3]); }
     U32 end() const { return milliseconds(v[4], v[5], v[6], v[7]); }
@@ -49,7 +60,7 @@ struct Judge {
     template <class View>
     Verdict operator()(const View& in, size_t i) const {
         if (!isDigit(in.at(i))) return refuseSecondDigit(in, i);
-        return TimeLine().opens(in, i) ? Verdict::kAccept : Verdict::kSkip;
+        return TimeLine::isAt(in, i) ? Verdict::kAccept : Verdict::kSkip;
     }
 };
 

@@ -29,7 +29,8 @@ constexpr char kAccepted<Utf16Le> = '{';  // kept(sv1-utf16le): so these files a
 struct Judge {
     template <class Enc>
     Verdict operator()(const TextView<Enc>& in, size_t i) const {
-        if (in.at(i) == Enc::lit(kAccepted<Enc>)) return TimeLine().read(in, i) ? Verdict::kAccept : Verdict::kSkip;
+        if (in.at(i) == Enc::lit(kAccepted<Enc>))
+            return TimeLine().readOther(in, i) ? Verdict::kAccept : Verdict::kSkip;
         // kept(sub-second-digit): 8-bit data is never refused early
         return in.kWidth == 1 ? Verdict::kSkip : refuseSecondDigit(in, i);
     }

@@ -28,7 +28,7 @@ struct Judge {
         // kept(sv2-first-digit): the first line that begins with a digit decides
         // kept(dvb-as-sv2-colon): eight numbers, whatever stands between them
         // kept(dvb-as-sv2-numbered): a number in front counts as the hours
-        return TimeLine().opens(in, i) ? Verdict::kAccept : Verdict::kRefuse;
+        return TimeLine().readOther(in, i) ? Verdict::kAccept : Verdict::kRefuse;
     }
 };
 
