@@ -7,6 +7,8 @@
 #include <stddef.h>
 #include <string.h>
 
+#include <algorithm>
+
 #include "subtitle/SubtitleTypes.h"
 #include "subtitle/system/StopRequest.h"
 #include "subtitle/text/Vector.h"
@@ -217,7 +219,12 @@ public:
     size_t nextLineBehind(size_t i) const {
         constexpr U64 kBreak = U64{3} << kLength;
         constexpr U64 kLooked = ~U64{0} >> (61 - kLength);  // the character behind the break, too
-        const bool asExpected = holds(i, kLength + 3) && (window(i, kLineEnds).bits() & kLooked) == kBreak;
+        constexpr size_t kUnits = Block<Unit>::kUnits;
+        const auto hits = [&] {
+            if constexpr (kLength + 3 <= kUnits) return kLineEnds(Block<Unit>(mData + i * kWidth)).hits();
+            return window(i, kLineEnds);
+        };
+        const bool asExpected = holds(i, std::max(kLength + 3, kUnits)) && (hits().bits() & kLooked) == kBreak;
         return asExpected && breaksAt(i + kLength) ? i + kLength + 2 : nextLine(i);
     }
 
