@@ -1,5 +1,6 @@
 /// What a programmer would write for well-formed files of one format without another thought: no other spelling than
-/// the usual one, no damage, no encoding but 8-bit. The measure for what the parsers do.
+/// the usual one, which is looked at before it is believed, and no encoding but 8-bit. The measure for what the parsers
+/// do.
 #pragma once
 
 #include <stddef.h>
