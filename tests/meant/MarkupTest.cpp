@@ -70,7 +70,7 @@ TEST(MeantMarkup, FlowingText) {
     Markup markup;
     markup.flows = true;
     markup.entities = true;
-    expectTexts(markup, {{"\n a \t\n b<br>\n c ", "a b\nc"}, {"a&nbsp;b", "a b"}, {"<br>a", "a"}});
+    expectTexts(markup, {{"\n a \t\n b<br>\n c ", "a b\nc"}, {"a&nbsp;b&#10;c&#9;", "a b c"}, {"<br>a", "a"}});
 }
 
 TEST(MeantMarkup, LongStraysTakeNoMoreThanLinearTime) {

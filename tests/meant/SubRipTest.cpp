@@ -47,6 +47,7 @@ TEST(MeantSubRip, WhatElseStandsOnATimeLine) {
             {"a place", entry("00:00:01,000 --> 00:00:02,000 X1:40 X2:600 Y1:20 Y2:50"), "1000-2000 x"},
             {"settings", entry("00:00:01,000 --> 00:00:02,000 align:start"), "1000-2000 x"},
             {"text", entry("00:00:01,000 --> 00:00:02,000 Hello", ""), "1000-2000 Hello"},
+            {"markup", entry("00:00:01,000 --> 00:00:02,000 {\\an8}"), "1000-2000 x"},
             {"text that goes on", entry("00:00:01,000 --> 00:00:02,000 Note: this"), "1000-2000 Note: this/x"},
         });
     EXPECT_EQ(Format::None, readAs("srt", entry("00:00:01,000 -- 00:00:02,000")).format);

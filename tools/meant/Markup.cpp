@@ -165,7 +165,8 @@ private:
         const char32_t character = mMarkup.entities ? takeEntity(&mRest) : 0;
         if (character == 0) return false;
         std::string utf8;
-        appendUtf8(&utf8, character == kNoBreakSpace ? ' ' : character);
+        const bool isSpace = character <= ' ' || character == kNoBreakSpace;
+        appendUtf8(&utf8, isSpace ? ' ' : character);
         put(utf8);
         return true;
     }

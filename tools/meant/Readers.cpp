@@ -37,6 +37,11 @@ Entry entryAt(const Source& source, size_t first, size_t last, Ms start, Ms end)
     return entry;
 }
 
+void appendLines(const std::string& lines, std::string* text) {
+    if (!text->empty() && !lines.empty()) *text += '\n';
+    *text += lines;
+}
+
 void add(Entry entry, File* file) {
     if (entry.unseen == Unseen::No && entry.text.empty()) entry.unseen = Unseen::Empty;
     (entry.unseen == Unseen::No ? file->entries : file->unseen).push_back(std::move(entry));
@@ -48,6 +53,7 @@ void endAtNext(const std::vector<Entry*>& inOrder) {
         Entry& entry = **i;
         if (entry.endFrom == End::Given) continue;
         entry.end = entry.start;
+        entry.endFrom = End::Open;
         if (next == nullptr) continue;
         if (next->start == entry.start) {
             entry.end = next->end;
@@ -61,6 +67,7 @@ void endAtNext(const std::vector<Entry*>& inOrder) {
 
 void addEndingAtNext(std::vector<Entry> entries, File* file) {
     std::vector<Entry*> inOrder;
+    inOrder.reserve(entries.size());
     for (Entry& entry : entries) inOrder.push_back(&entry);
     endAtNext(inOrder);
     for (Entry& entry : entries) add(std::move(entry), file);

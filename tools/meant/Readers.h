@@ -47,6 +47,9 @@ std::string_view textFrom(std::string_view begin, const Source& source, size_t l
 Entry entryAt(const Source& source, size_t first, size_t last);
 Entry entryAt(const Source& source, size_t first, size_t last, Ms start, Ms end);
 
+/// Puts lines behind a text, on lines of their own.
+void appendLines(const std::string& lines, std::string* text);
+
 /// Puts an entry where it belongs: an empty one among the unseen.
 void add(Entry entry, File* file);
 

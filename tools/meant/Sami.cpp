@@ -156,8 +156,7 @@ private:
     /// Paragraphs of one language in one SYNC element are one entry.
     void addEntry(size_t language, const std::string& text) {
         if (mLastOf[language] != kNone && mLastOf[language] >= mFirstOfSync) {
-            std::string& whole = mEntries[mLastOf[language]].text;
-            whole += (whole.empty() || text.empty() ? "" : "\n") + text;
+            appendLines(text, &mEntries[mLastOf[language]].text);
             return;
         }
         mLastOf[language] = mEntries.size();

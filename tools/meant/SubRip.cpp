@@ -131,11 +131,8 @@ private:
         markup.entities = true;
         const Times times = *timesOf(mLines[timeLine]);
         Entry entry = entryAt(mSource, timeLine, next, times.start, times.end);
-        entry.text = plainText(textOf(mSource, timeLine + 1, next), markup);
-        if (!times.rest.empty() && !isPosition(times.rest)) {
-            const std::string beside = plainText(times.rest, markup);
-            entry.text = entry.text.empty() ? beside : beside + "\n" + entry.text;
-        }
+        if (!isPosition(times.rest)) entry.text = plainText(times.rest, markup);
+        appendLines(plainText(textOf(mSource, timeLine + 1, next), markup), &entry.text);
         add(std::move(entry), mFile);
     }
 

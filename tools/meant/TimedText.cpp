@@ -71,7 +71,7 @@ std::vector<Line> linesOf(const Source& source, File* file) {
 }
 
 void join(const Entry& behind, Entry* entry) {
-    entry->text += (entry->text.empty() || behind.text.empty() ? "" : "\n") + behind.text;
+    appendLines(behind.text, &entry->text);
     entry->behind = behind.behind;
 }
 
