@@ -181,6 +181,7 @@ TEST(MeantEncoding, TheSystemConverts) {
                 "\xFF"
                 "a\xB0"));
     EXPECT_EQ("\xE3\x81\x81", convert("BIG5-HKSCS", "\xC6\xE7")) << "kana, which plain Big5 loses";
+    EXPECT_EQ("\xD7\x90", convert("WINDOWS-1255", "\xE0")) << "a letter that a point might follow";
     std::string expected;
     for (int i = 0; i < 5000; ++i) expected += "\xC3\xA9";
     EXPECT_EQ(expected, convert("WINDOWS-1252", std::string(5000, '\xE9')));

@@ -30,6 +30,7 @@ const std::map<std::string, const char*> kDiffering = {
     {"cyrillic.srt", "It converts no encodings unless told, and shows no text."},
     {"few_fields.ssa", "It counts fields without a look at the Format line."},
     {"frames.sub", "It takes the first time for a whole line's, and the rest for text."},
+    {"hebrew.srt", "It converts no encodings unless told, and shows no text."},
     {"loose.srt", "It does not open a file whose first time has no hours."},
     {"no_rate.sub", "It takes 23.976 frames a second where no rate is given."},
     {"numbered.sub", "It does not know the format."},
