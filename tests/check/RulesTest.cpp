@@ -77,5 +77,55 @@ TEST(Rules, OfTheOtherFormats) {
     EXPECT_EQ("sv2-negative-first 1", foundIn("sub", "-00:00:01.50,00:00:02.00\na\n", {}));
 }
 
+TEST(Rules, OfTimedText) {
+    expectFindings({
+        {"txt", "0:00:01:a\r\n0:00:02:b\r\n", {{1000, 2000, "a"}}, "txt-no-closing-lines 1"},
+        {"txt", "0:00:01:a\n0:00:02:\n", {{1000, 2000, "a\n0:00:02:"}}, "txt-lf 1"},
+        {"txt", "0:00:01:a\r\n0:0x:02:\r\n0:00:05:b\r\n", {{1000, 5000, "a"}}, "txt-broken-line 1"},
+        {"txt", "0:00:01.5:a\r\n0:00:02.0:\r\n", {{1000, 2000, "a"}}, "txt-tenths 1"},
+        {"txt",
+         "\xEF\xBB\xBF"
+         "0:00:01:a\r\n0:00:02:\r\n",
+         {{1000, 2000, ""}},
+         "txt-utf8-mark 1"},
+        {"txt", "0:00:01:5 a\r\n0:00:02:\r\n", {{1000, 2000, "a"}}, "txt-number-first 1"},
+        {"txt",
+         "0:00:01,1=a\r\n0:00:03,1=b\r\n0:00:03,2=c\r\n0:00:05,1=\r\n",
+         {{1000, 3000, "a\nb"}},
+         "txt-second-line-missing 2"},
+    });
+}
+
+TEST(Rules, OfDvbTextAndSubViewer10) {
+    expectFindings({
+        {"sub", "00:00:01:00 00:00:04:00 a\r\n", {}, "dvb-as-sv2-colon 1"},
+        {"sub", "1 0:00:01,000 0:00:04,000 a\r\n", {}, "dvb-as-sv2-numbered 1"},
+        {"sub", "0:00:01:12 0:00:04:00   a\r\n", {{1012, 4000, "a"}}, "dvb-frames 1"},
+        {"sub",
+         "\xEF\xBB\xBF"
+         "0:00:01:00 0:00:04:00   a\r\n",
+         {},
+         "dvb-mark 1"},
+        {"sub", "[00:00:01]\na\n[00:00:04]\n", {{1000, 4000, "a\n[00:00:04]"}}, "sv1-lf 1"},
+        {"sub", "[00:00:01]\r\na\r\n[00:00:04]\r\nb\r\n[00:00:06]\r\n", {{1000, 4000, "a"}}, "sv1-end-line-missing 1"},
+        {"sub", "[00:00:01]\r\na <and> b\r\n[00:00:04]\r\n", {{1000, 4000, "a b"}}, "text-angle-brackets 1"},
+    });
+}
+
+TEST(Rules, OfSami) {
+    const std::string end = "<SYNC Start=4000><P>&nbsp;\r\n";
+    expectFindings({
+        {"smi", "<SYNC Start=-200><P>a\r\n" + end, {{200, 4000, "a"}}, "smi-negative 1"},
+        {"smi", "<SYNC  Start=1000><P>a\r\n" + end, {}, "smi-sync-form 1"},
+        {"smi", "<BODY><SYNC Start=1000><P>a\r\n" + end, {}, "smi-sync-not-at-line-start 1"},
+        {"smi", "<SYNC Start=1000>a\r\n" + end, {}, "smi-no-p 1"},
+        {"smi", "<SYNC Start=1000><P>a<br>b\r\n" + end, {{1000, 4000, "a<br>b"}}, "smi-br-inline 1"},
+        {"smi", "<SYNC Start=1000><P>a<BR>\r\nb\r\n" + end, {{1000, 4000, "a"}}, "smi-br-at-line-end 1"},
+        {"smi", "<SYNC Start=1000><P>a<b>\r\nb\r\n" + end, {{1000, 4000, "a"}}, "smi-element-at-line-end 1"},
+        {"smi", "<SYNC Start=1000><P>a &amp; b\r\n" + end, {{1000, 4000, "a &amp; b"}}, "smi-entity 1"},
+        {"smi", "<SYNC Start=1000><P Class=A>a<P Class=B>b\r\n" + end, {{1000, 4000, "a"}}, "smi-languages 1"},
+    });
+}
+
 }  // namespace
 }  // namespace check

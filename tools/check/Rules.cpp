@@ -54,6 +54,15 @@ bool notAscending(const Scene& scene, const Difference&) {
                            [](const ShownEntry& a, const ShownEntry& b) { return a.start < b.start; });
 }
 
+/// "<and>" is a word to people, and an element to the library.
+bool textAngleBrackets(const Scene&, const Difference& difference) {
+    const std::string& text = difference.entry->text;
+    const size_t open = text.find('<');
+    const size_t close = text.find('>', std::min(open, text.size()));
+    return close != std::string::npos &&
+           difference.shown->text.find(text.substr(open, close + 1 - open)) == std::string::npos;
+}
+
 bool breakN(const Scene&, const Difference& difference) {
     return (shownHas(difference, "\\N") && !meantHas(difference, "\\N")) ||
            (shownHas(difference, "\\n") && !meantHas(difference, "\\n"));
@@ -80,8 +89,9 @@ const std::vector<Rule> kFileRules = {
 
 const std::vector<Rule> kCommonRules = {
     {"same-start", kHidden, sameStart},       {"overlap", kHidden, overlap},
-    {"not-ascending", kHidden, notAscending}, {"break-N", kOdd | kAltered, breakN},
-    {"break-bar", kOdd | kAltered, breakBar}, {"break-br", kOdd | kAltered, breakBr},
+    {"not-ascending", kHidden, notAscending}, {"text-angle-brackets", kAltered, textAngleBrackets},
+    {"break-N", kOdd | kAltered, breakN},     {"break-bar", kOdd | kAltered, breakBar},
+    {"break-br", kOdd | kAltered, breakBr},
 };
 
 const std::vector<Rule>& rulesFor(meant::Format format) {
@@ -95,6 +105,14 @@ const std::vector<Rule>& rulesFor(meant::Format format) {
             return kMicroDvdRules;
         case meant::Format::SubViewer20:
             return kSubViewer20Rules;
+        case meant::Format::SubViewer10:
+            return kSubViewer10Rules;
+        case meant::Format::TimedText:
+            return kTimedTextRules;
+        case meant::Format::DvbText:
+            return kDvbTextRules;
+        case meant::Format::Sami:
+            return kSamiRules;
         default:
             return kNoRules;
     }

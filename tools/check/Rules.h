@@ -33,6 +33,10 @@ extern const std::vector<Rule> kSubRipRules;
 extern const std::vector<Rule> kSubStationAlphaRules;
 extern const std::vector<Rule> kMicroDvdRules;
 extern const std::vector<Rule> kSubViewer20Rules;
+extern const std::vector<Rule> kSubViewer10Rules;
+extern const std::vector<Rule> kTimedTextRules;
+extern const std::vector<Rule> kDvbTextRules;
+extern const std::vector<Rule> kSamiRules;
 
 /// A line of the file from `offset` on, as far as it is ASCII, whatever the width of its characters; without its end.
 std::string lineAt(const Scene& scene, size_t offset);

@@ -1,0 +1,49 @@
+// What can go wrong in the DVB subtitle system's text: mostly that another dialect takes the file.
+#include <algorithm>
+
+#include "tools/check/Rules.h"
+
+namespace check {
+namespace {
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// `12 00:00:01,500 ...` in the first line: a number in front.
+bool isNumbered(const std::string& line) {
+    const size_t blank = line.find_first_of(" \t");
+    return blank != line.npos && blank > 0 && std::all_of(line.begin(), line.begin() + long(blank), isDigit);
+}
+
+std::string firstLine(const Scene& scene) {
+    return scene.meant.entries.empty() ? "" : lineAt(scene, scene.meant.entries.front().place.offset);
+}
+
+bool dvbAsSv2Numbered(const Scene& scene, const Difference&) { return isNumbered(firstLine(scene)); }
+
+/// The second time has hours of two digits.
+bool dvbAsSv2Colon(const Scene& scene, const Difference&) {
+    const std::string line = firstLine(scene);
+    const size_t second = line.find_first_not_of(" \t", std::min(line.find_first_of(" \t"), line.size()));
+    return !isNumbered(line) && second != line.npos && line.size() > second + 2 && isDigit(line[second + 1]);
+}
+
+bool dvbMark(const Scene& scene, const Difference& difference) {
+    constexpr size_t kMark = 3;
+    return scene.meant.encoding.name == "UTF-8" && difference.entry->place.offset == kMark;
+}
+
+bool dvbFrames(const Scene& scene, const Difference&) { return scene.meant.rate.from != meant::RateFrom::None; }
+
+bool dvbUtf16(const Scene& scene, const Difference&) { return isWide(scene.meant.encoding); }
+
+}  // namespace
+
+const std::vector<Rule> kDvbTextRules = {
+    {"dvb-as-sv2-numbered", kAny, dvbAsSv2Numbered},
+    {"dvb-as-sv2-colon", kAny, dvbAsSv2Colon},
+    {"dvb-mark", kLost, dvbMark},
+    {"dvb-frames", kDisplaced | kHidden | kAltered, dvbFrames},
+    {"dvb-utf16", kAltered, dvbUtf16},
+};
+
+}  // namespace check
