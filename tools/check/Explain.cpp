@@ -14,11 +14,20 @@ const Cause* causeBy(const std::vector<Rule>& rules, const Scene& scene, const D
     return rule == rules.end() ? nullptr : findCause(rule->cause);
 }
 
+/// A file in a format that is not supported is refused, or something else is read in it.
+bool isUnsupported(const Scene& scene) {
+    return scene.meant.format != meant::Format::None && *meant::nameOf(scene.meant.format).endings == '\0';
+}
+
 }  // namespace
 
 std::vector<Finding> explain(const Scene& scene, const Comparison& comparison) {
     std::vector<Finding> findings;
-    findings.reserve(comparison.differences.size());
+    const Difference whole = {Verdict::Right};
+    if (isUnsupported(scene))
+        return {{findCause(scene.shown.entries.empty() ? "not-supported" : "taken-for-another"), whole}};
+    for (const Rule& rule : kLetterRules)
+        if (rule.holds(scene, whole)) findings.push_back({findCause(rule.cause), whole});
     for (const Difference& difference : comparison.differences) {
         const Cause* cause = causeBy(kFileRules, scene, difference);
         if (cause == nullptr) cause = causeBy(rulesFor(scene.meant.format), scene, difference);

@@ -76,9 +76,18 @@ bool breakBr(const Scene&, const Difference& difference) {
     return shownHas(difference, "[br]") && !meantHas(difference, "[br]");
 }
 
+/// With that setting bytes from 0x80 to 0xA0 go, and others take the next one with them.
+bool propertyBig5(const Scene& scene, const Difference& difference) {
+    const std::string& name = scene.meant.encoding.name;
+    if (!scene.isTvBig5 || isWide(scene.meant.encoding) || name.compare(0, 4, "BIG5") == 0) return false;
+    const std::string& text = difference.entry != nullptr ? difference.entry->text : difference.shown->text;
+    return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
 }  // namespace
 
 const std::vector<Rule> kFileRules = {
+    {"property-big5", kAltered | kOdd | kLost | kFalse, propertyBig5},
     {"utf32", kAny, utf32},
     {"utf16-no-mark", kAny, utf16NoMark},
     {"wrong-extension", kAny, wrongExtension},

@@ -13,13 +13,17 @@ using Verdicts = unsigned;  ///< a sum of `bit(verdict)`
 constexpr Verdicts bit(Verdict verdict) { return 1u << static_cast<unsigned>(verdict); }
 constexpr Verdicts kLost = bit(Verdict::Lost), kDisplaced = bit(Verdict::Displaced), kAltered = bit(Verdict::Altered),
                    kOdd = bit(Verdict::Odd), kHidden = bit(Verdict::Hidden), kFalse = bit(Verdict::False),
-                   kAny = kLost | kDisplaced | kAltered | kOdd | kHidden | kFalse;
+                   kWhole = bit(Verdict::Right),  ///< the file as a whole
+    kAny = kLost | kDisplaced | kAltered | kOdd | kHidden | kFalse;
 
 struct Rule {
     const char* cause;
     Verdicts verdicts;  ///< which it may explain
     bool (*holds)(const Scene& scene, const Difference& difference);
 };
+
+/// Of letters in the whole file; each that holds is told.
+extern const std::vector<Rule> kLetterRules;
 
 /// Of whole files, whatever their format; asked first.
 extern const std::vector<Rule> kFileRules;
