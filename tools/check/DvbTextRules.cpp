@@ -6,8 +6,6 @@
 namespace check {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 /// `12 00:00:01,500 ...` in the first line: a number in front.
 bool isNumbered(const std::string& line) {
     const size_t blank = line.find_first_of(" \t");

@@ -24,6 +24,16 @@ bool mdvdUnmarkedFirstTwo(const Scene& scene, const Difference&) {
 
 bool mdvdUnmarkedZero(const Scene& scene, const Difference&) { return isUnmarked(scene); }
 
+/// The rate line is none in 16-bit text.
+bool mdvdUtf16(const Scene& scene, const Difference&) {
+    return isWide(scene.meant.encoding) && scene.meant.rate.from == meant::RateFrom::File;
+}
+
+bool mdvdRateRounded(const Scene& scene, const Difference&) {
+    constexpr uint32_t kWhole = 1000;
+    return scene.meant.rate.from == meant::RateFrom::Told && scene.meant.rate.thousandths % kWhole != 0;
+}
+
 bool mdvdRate29(const Scene& scene, const Difference&) {
     return !isUnmarked(scene) && scene.meant.rate.from == meant::RateFrom::Assumed;
 }
@@ -34,7 +44,9 @@ const std::vector<Rule> kMicroDvdRules = {
     {"mdvd-unmarked-rate-line", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedRateLine},
     {"mdvd-unmarked-first-two", kLost | kFalse, mdvdUnmarkedFirstTwo},
     {"mdvd-unmarked-zero", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedZero},
-    {"mdvd-rate-29", kDisplaced | kHidden, mdvdRate29},
+    {"mdvd-utf16", kAny, mdvdUtf16},
+    {"mdvd-rate-rounded", kAny, mdvdRateRounded},
+    {"mdvd-rate-29", kAny, mdvdRate29},
 };
 
 }  // namespace check

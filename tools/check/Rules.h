@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/check/Explain.h"
+#include "tools/check/Lines.h"
 
 namespace check {
 
@@ -31,6 +32,9 @@ extern const std::vector<Rule> kFileRules;
 /// Of entries in any format; asked behind those of the format.
 extern const std::vector<Rule> kCommonRules;
 
+/// Of entries in any format; asked last.
+extern const std::vector<Rule> kLastRules;
+
 /// Of one format; none where there are no rules yet.
 const std::vector<Rule>& rulesFor(meant::Format format);
 extern const std::vector<Rule> kSubRipRules;
@@ -50,6 +54,22 @@ std::string linesOf(const Scene& scene, const meant::Entry& entry);
 
 /// Whether lines end with LF alone.
 bool hasBareLf(const Scene& scene);
+
+/// What the whole file tells, found once for all its differences.
+struct Facts {
+    bool isShifted = false;        ///< 16-bit text with line ends in halves of two characters
+    bool hasZeros = false;         ///< characters of value 0
+    bool hasManyZeros = false;     ///< as 16-bit text has that is taken for 8-bit
+    bool hasFewCommas = false;     ///< an event of a script has fewer than usual
+    size_t looseLine = SIZE_MAX;   ///< offset of the first line that the format's time lines are nearly like
+    std::string firstDigitLine;    ///< the first one that begins with a digit
+    bool hasSecondDigit = false;   ///< before the first entry, a line whose second character is one
+    bool hasStrayNumbers = false;  ///< a line that begins with four numbers, and is no time line to a person
+};
+Facts factsOf(const Scene& scene);
+
+/// Whether a line begins an entry of the format in one of the forms that are customary.
+bool isUsualLine(meant::Format format, std::string_view line);
 
 bool isWide(const meant::Encoding& encoding);
 

@@ -25,6 +25,14 @@ bool smiSyncForm(const Scene& scene, const Difference& difference) {
     return elementsOf(scene, difference).substr(0, kForm.size()) != kForm;
 }
 
+/// In big-endian text, with blanks before it.
+bool smiBeIndented(const Scene& scene, const Difference& difference) {
+    const size_t at = difference.entry->place.offset;
+    constexpr size_t kUnit = 2;
+    return scene.meant.encoding.name == "UTF-16BE" && at >= kUnit &&
+           (scene.bytes[at - 1] == ' ' || scene.bytes[at - 1] == '\t');
+}
+
 bool smiSyncNotAtLineStart(const Scene& scene, const Difference& difference) {
     size_t at = difference.entry->place.offset;
     const auto isFill = [](char c) { return c == ' ' || c == '\t' || c == '\0'; };
@@ -78,6 +86,7 @@ const std::vector<Rule> kSamiRules = {
     {"smi-utf16-markup", kAltered | kOdd | kFalse, smiUtf16Markup},
     {"smi-languages", kHidden | kAltered | kLost | kFalse | kDisplaced, smiLanguages},
     {"smi-negative", kDisplaced | kHidden, smiNegative},
+    {"smi-be-indented", kLost, smiBeIndented},
     {"smi-sync-not-at-line-start", kLost, smiSyncNotAtLineStart},
     {"smi-sync-form", kLost, smiSyncForm},
     {"smi-no-p", kLost | kAltered | kDisplaced, smiNoP},

@@ -6,8 +6,6 @@
 namespace check {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 /// A time line as its parts of digits, and what stands between them.
 struct TimeLine {
     std::vector<std::string> numbers;
@@ -119,6 +117,18 @@ bool srtBraceAtLineEnd(const Scene& scene, const Difference& difference) {
     return lines.find("}\n") != lines.npos && difference.shown->text.size() < difference.entry->text.size();
 }
 
+/// The text stops at a blank line that stands in it.
+bool srtBlankLineInText(const Scene& scene, const Difference& difference) {
+    const std::string lines = linesOf(scene, *difference.entry);
+    const size_t last = lines.find_last_not_of(" \t\n");
+    const size_t blank = lines.find("\n\n");
+    return blank < last && last != lines.npos && difference.shown->text.size() < difference.entry->text.size();
+}
+
+bool srtTextAsTimeLine(const Scene& scene, const Difference&) { return scene.facts->hasStrayNumbers; }
+
+bool srtUtf16Markup(const Scene& scene, const Difference&) { return isWide(scene.meant.encoding); }
+
 bool srtLeadingBreak(const Scene& scene, const Difference& difference) {
     return scene.meant.encoding.name == "UTF-16BE" && difference.shown->text.substr(0, 1) == "\n";
 }
@@ -139,6 +149,9 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-braces-shown", kOdd | kAltered, srtBracesShown},
     {"srt-entity", kOdd | kAltered, srtEntity},
     {"srt-leading-break", kOdd | kAltered, srtLeadingBreak},
+    {"srt-blank-line-in-text", kAltered, srtBlankLineInText},
+    {"srt-text-as-time-line", kFalse, srtTextAsTimeLine},
+    {"srt-utf16-markup", kOdd | kAltered, srtUtf16Markup},
 };
 
 }  // namespace check

@@ -25,6 +25,11 @@ bool ssaLeadingBlank(const Scene& scene, const Difference& difference) {
     return line.substr(0, 1).find_first_of(" \t") == 0;
 }
 
+/// Some event has, and it swallows others.
+bool ssaFewCommasElsewhere(const Scene& scene, const Difference&) { return scene.facts->hasFewCommas; }
+
+bool ssaUtf16beMarkup(const Scene& scene, const Difference&) { return scene.meant.encoding.name == "UTF-16BE"; }
+
 /// An entry that stands before it in the script begins later.
 bool ssaOutOfOrder(const Scene& scene, const Difference& difference) {
     if (isWide(scene.meant.encoding)) return false;
@@ -65,6 +70,8 @@ const std::vector<Rule> kSubStationAlphaRules = {
     {"ssa-out-of-order", kLost, ssaOutOfOrder},
     {"ssa-fraction", kDisplaced, ssaFraction},
     {"ssa-time-width", kAltered | kLost, ssaTimeWidth},
+    {"ssa-utf16be-markup", kOdd | kAltered, ssaUtf16beMarkup},
+    {"ssa-few-commas", kAny, ssaFewCommasElsewhere},
     {"ssa-drawing", kFalse, ssaDrawing},
 };
 

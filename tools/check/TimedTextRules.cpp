@@ -43,6 +43,24 @@ bool txtBrokenLine(const Scene& scene, const Difference&) {
     });
 }
 
+bool txtUtf16Short(const Scene& scene, const Difference& difference) {
+    if (!isWide(scene.meant.encoding)) return false;
+    const std::string line = difference.entry != nullptr ? lineAt(scene, difference.entry->place.offset) : "";
+    return !hasForm(line, "00:00:00,0=") && !hasForm(line, "00:00:00.0:");
+}
+
+/// Short times and long ones in one file.
+bool txtOneWidth(const Scene& scene, const Difference&) {
+    bool hasShort = false, hasLong = false;
+    for (const meant::Entry& entry : scene.meant.entries) {
+        const std::string line = lineAt(scene, entry.place.offset);
+        const bool isLong = hasForm(line, "00:00:00,0=") || hasForm(line, "00:00:00.0:");
+        (isLong ? hasLong : hasShort) = true;
+        if (hasShort && hasLong) return true;
+    }
+    return false;
+}
+
 bool txtLf(const Scene& scene, const Difference&) { return hasBareLf(scene); }
 
 bool txtNumberFirst(const Scene&, const Difference& difference) {
@@ -59,6 +77,8 @@ const std::vector<Rule> kTimedTextRules = {
     {"txt-lf", kAltered | kOdd, txtLf},
     {"txt-broken-line", kLost | kHidden, txtBrokenLine},
     {"txt-no-closing-lines", kLost | kHidden | kFalse | kDisplaced, txtNoClosingLines},
+    {"txt-utf16-short", kAny, txtUtf16Short},
+    {"txt-one-width", kAny, txtOneWidth},
     {"txt-number-first", kAltered, txtNumberFirst},
 };
 

@@ -26,6 +26,21 @@ check::TakenFor takenFor(const ShownFile& file) {
     }
 }
 
+meant::Format takenAs(const ShownFile& file) {
+    switch (file.type) {
+        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_VIEWER_20:
+            return meant::Format::SubViewer20;
+        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_VIEWER_10:
+            return meant::Format::SubViewer10;
+        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_MICRO_DVD:
+            return meant::Format::MicroDvd;
+        case E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_DVB_SUBTITLE_SYSTEM:
+            return meant::Format::DvbText;
+        default:
+            return meant::Format::None;
+    }
+}
+
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) { throw FileError(path + ": " + reason); }
 
 /// Of what is no text.
@@ -47,7 +62,7 @@ check::Report checkFile(const CheckOptions& options) {
     requireText(path, meant);
     const ShownFile shown = openShown(options.file, meant.encoding);
     const bool isTvBig5 = strncasecmp(options.file.language.c_str(), "big5", 4) == 0;
-    return check::reportOf({meant, shown.shown, bytes, takenFor(shown), isTvBig5});
+    return check::reportOf({meant, shown.shown, bytes, takenFor(shown), isTvBig5, takenAs(shown)});
 }
 
 }  // namespace vxsub

@@ -1,0 +1,17 @@
+/// A file's lines as the rules see them: ASCII, whatever the width of its characters.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace check {
+
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Whether a line begins as the form does: '0' is any digit, "0+" one or more; all else is itself.
+bool hasForm(std::string_view line, std::string_view form);
+
+/// How many numbers a line has.
+size_t countNumbers(std::string_view line);
+
+}  // namespace check
