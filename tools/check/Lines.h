@@ -4,9 +4,11 @@
 #include <string>
 #include <string_view>
 
+#include "tools/meant/Scan.h"
+
 namespace check {
 
-inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+using meant::isDigit;
 
 /// Whether a line begins as the form does: '0' is any digit, "0+" one or more; all else is itself.
 bool hasForm(std::string_view line, std::string_view form);
