@@ -37,8 +37,9 @@ struct IndexLine {
     uint32_t position = 0;
     meant::Place place;
     std::string line;
-    size_t track = 0;           ///< number of the `id:` line, from 1; 0: none
-    bool hasBareDelay = false;  ///< one without a sign
+    size_t track = 0;          ///< number of the `id:` line, from 1; 0: none
+    bool hasOddDelay = false;  ///< one without a sign, or in another form
+    bool hasOddPosition = false;
 };
 
 struct Index {
@@ -50,6 +51,7 @@ struct Index {
     size_t colours = 0;
     bool hasUtf8Mark = false;
     bool isWide = false;
+    bool isMarked = false;  ///< as that
     std::vector<Track> tracks;
     std::vector<IndexLine> pictures;
 };

@@ -63,7 +63,9 @@ class IndexReader {
 public:
     Index read(std::string_view bytes) {
         mIndex.hasUtf8Mark = bytes.substr(0, 3) == "\xEF\xBB\xBF";
-        mIndex.isWide = bytes.substr(0, 2) == "\xFF\xFE" || bytes.substr(0, 2) == "\xFE\xFF";
+        mIndex.isMarked = bytes.substr(0, 2) == "\xFF\xFE" || bytes.substr(0, 2) == "\xFE\xFF";
+        const auto zeros = static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '\0'));
+        mIndex.isWide = mIndex.isMarked || zeros > bytes.size() / 8;
         for (const Line& line : linesOf(bytes)) take(line);
         return std::move(mIndex);
     }
@@ -78,7 +80,7 @@ private:
             in.skipBlanks();
             mIndex.tracks.push_back({std::string(in.rest().substr(0, in.rest().find_first_of(", \t"))), line.place});
             mDelay = 0;
-            mHasBareDelay = false;
+            mHasOddDelay = false;
         } else if (in.eat("delay:")) {
             takeDelay(in);
         } else if (in.eat("size:")) {
@@ -95,7 +97,7 @@ private:
 
     void takeDelay(Scan in) {
         in.skipBlanks();
-        mHasBareDelay = in.peek() != '-' && in.peek() != '+';
+        mHasOddDelay = !hasForm(in.rest(), "-00:00:00:000") && !hasForm(in.rest(), "+00:00:00:000");
         mDelay = timeOf(&in).value_or(0);
     }
 
@@ -110,13 +112,17 @@ private:
         picture.place = line.place;
         picture.line = std::string(meant::trimmed(line.text));
         picture.track = mIndex.tracks.size();
-        picture.hasBareDelay = mHasBareDelay && mDelay != 0;
+        picture.hasOddDelay = mHasOddDelay;
+        constexpr size_t kDigits = 9;
+        picture.hasOddPosition =
+            line.text.find_first_not_of("0123456789abcdefABCDEF", line.text.rfind(' ') + 1) != line.text.npos ||
+            line.text.size() - line.text.rfind(' ') != kDigits + 1;
         mIndex.pictures.push_back(picture);
     }
 
     Index mIndex;
     Ms mDelay = 0;
-    bool mHasBareDelay = false;
+    bool mHasOddDelay = false;
 };
 
 }  // namespace

@@ -39,9 +39,10 @@ const struct PictureRule {
     bool isLoss;  ///< of a picture that is not shown; asked of those alone, and the first one counts
     bool (*holds)(const Seen& seen);
 } kPictureRules[] = {
+    {"utf16-no-mark", true, [](const Seen& s) { return s.shown == nullptr && s.index.isWide && !s.index.isMarked; }},
     {"vob-utf16-values", true, [](const Seen& s) { return s.shown == nullptr && s.index.isWide; }},
     {"vob-delay-wrap", true, [](const Seen& s) { return s.shown == nullptr && s.line.start < 0; }},
-    {"vob-delay-sign", true, [](const Seen& s) { return s.shown == nullptr && s.line.hasBareDelay; }},
+    {"vob-delay-sign", true, [](const Seen& s) { return s.shown == nullptr && s.line.hasOddDelay; }},
     {"vob-time-width", true,
      [](const Seen& s) { return s.shown == nullptr && !hasForm(s.line.line, "timestamp: 00:00:00:000, filepos: "); }},
     {"beyond-32-bit", true, [](const Seen& s) { return s.shown == nullptr && s.line.start > 0xFFFFFFFF; }},
@@ -49,8 +50,7 @@ const struct PictureRule {
     {"vob-stuffing", true, [](const Seen& s) { return s.picture.hasStuffing; }},
     {"vob-unit-size-0", true, [](const Seen& s) { return s.picture.hasPack && !s.picture.hasSize; }},
     {"vob-packs-not-2048", true, [](const Seen& s) { return s.picture.leavesGrid; }},
-    {"vob-filepos-digit", true,
-     [](const Seen& s) { return !hasForm(s.line.line, "timestamp: 00:00:00:000, filepos: 0"); }},
+    {"vob-filepos-digit", true, [](const Seen& s) { return s.line.hasOddPosition; }},
     {"vob-bad-commands", true, [](const Seen& s) { return s.picture.isBroken; }},
     {"vob-area-too-large", true, [](const Seen& s) { return s.picture.hasArea && isTooLarge(s.picture); }},
     {"vob-two-rows", true, [](const Seen& s) { return s.picture.hasArea && heightOf(s.picture) <= 2; }},
