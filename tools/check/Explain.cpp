@@ -77,7 +77,7 @@ std::vector<Finding> explain(const Scene& bare, const Comparison& comparison) {
     const Difference whole = {Verdict::Right};
     if (isUnsupported(scene))
         return {{findCause(scene.shown.entries.empty() ? "not-supported" : "taken-for-another"), whole}};
-    for (const Rule& rule : kLetterRules)
+    for (const Rule& rule : kWholeFileRules)
         if (rule.holds(scene, whole)) findings.push_back({findCause(rule.cause), whole});
     for (const Difference& difference : comparison.differences) {
         const Cause* cause = causeBy(kFileRules, scene, difference);

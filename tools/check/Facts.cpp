@@ -53,6 +53,27 @@ bool isNearly(meant::Format format, std::string_view line) {
     }
 }
 
+bool isOfTwoLines(const std::string& line) { return hasForm(line, "00:00:00,0=") || hasForm(line, "00:00:00.0:"); }
+
+void lookAtEntry(const Scene& scene, const meant::Entry& entry, Facts* facts) {
+    if (scene.meant.format == meant::Format::SubStationAlpha) {
+        facts->hasFewCommas |= hasFewCommas(lineAt(scene, entry.place.offset));
+    } else if (scene.meant.format == meant::Format::TimedText) {
+        const std::string lines = linesOf(scene, entry);
+        const bool isAlone = lines.find(",1=") != lines.npos && lines.find(",2=") == lines.npos;
+        if (isAlone) facts->oneOfTwoLines = std::min(facts->oneOfTwoLines, entry.place.offset);
+        const meant::Entry& first = scene.meant.entries.front();
+        facts->hasMixedWidths |= isOfTwoLines(lines) != isOfTwoLines(lineAt(scene, first.place.offset));
+    }
+}
+
+void lookAtStrayLines(const Scene& scene, Facts* facts) {
+    for (const meant::Place& place : scene.meant.strayLines) {
+        const std::string line = lineAt(scene, place.offset);
+        facts->hasBrokenTime |= !line.empty() && isDigit(line[0]) && line.find(':') != line.npos;
+    }
+}
+
 void lookAtLine(const Scene& scene, size_t offset, const std::string& line, Facts* facts) {
     const size_t begin = std::min(line.find_first_not_of(" \t\v\f"), line.size());
     const std::string_view text = std::string_view(line).substr(begin);
@@ -88,19 +109,20 @@ bool isUsualLine(meant::Format format, std::string_view line) {
     }
 }
 
+bool hasFewCommas(const std::string& line) {
+    constexpr long kUsualCommas = 9;
+    const std::string fields = line.substr(0, line.find_first_of("{\\"));
+    return std::count(fields.begin(), fields.end(), ',') < kUsualCommas;
+}
+
 Facts factsOf(const Scene& scene) {
     Facts facts;
     if (isWide(scene.meant.encoding))
         lookAtUnits(scene, &facts);
     else
         lookAtBytes(scene, &facts);
-    constexpr long kUsualCommas = 9;
-    if (scene.meant.format == meant::Format::SubStationAlpha)
-        for (const meant::Entry& entry : scene.meant.entries) {
-            const std::string line = lineAt(scene, entry.place.offset);
-            const std::string fields = line.substr(0, line.find_first_of("{\\"));
-            facts.hasFewCommas |= std::count(fields.begin(), fields.end(), ',') < kUsualCommas;
-        }
+    for (const meant::Entry& entry : scene.meant.entries) lookAtEntry(scene, entry, &facts);
+    lookAtStrayLines(scene, &facts);
     size_t offset = isWide(scene.meant.encoding) ? kMark : 0;
     if (scene.bytes.substr(0, 3) == "\xEF\xBB\xBF") offset = 3;
     while (offset < scene.bytes.size()) {

@@ -13,10 +13,15 @@ bool hasForm(std::string_view line, std::string_view form) {
     return true;
 }
 
-size_t countNumbers(std::string_view line) {
-    size_t count = 0;
-    for (size_t i = 0; i < line.size(); ++i) count += isDigit(line[i]) && (i == 0 || !isDigit(line[i - 1]));
-    return count;
+std::vector<std::string> numbersOf(std::string_view line) {
+    std::vector<std::string> numbers;
+    bool isInside = false;
+    for (const char c : line) {
+        if (isDigit(c) && !isInside) numbers.emplace_back();
+        isInside = isDigit(c);
+        if (isInside) numbers.back() += c;
+    }
+    return numbers;
 }
 
 }  // namespace check

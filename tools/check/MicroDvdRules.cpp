@@ -34,6 +34,30 @@ bool mdvdRateRounded(const Scene& scene, const Difference&) {
     return scene.meant.rate.from == meant::RateFrom::Told && scene.meant.rate.thousandths % kWhole != 0;
 }
 
+/// No time is any but 0, because the first entry stands below something else.
+bool mdvdFirstLine(const Scene& scene, const Difference&) {
+    constexpr size_t kFirstLineBelow = 4;
+    const std::vector<meant::Entry>& entries = scene.meant.entries;
+    const std::vector<ShownEntry>& shown = scene.shown.entries;
+    return !entries.empty() && entries.front().place.offset >= kFirstLineBelow && !shown.empty() &&
+           std::all_of(shown.begin(), shown.end(), [](const ShownEntry& entry) { return entry.start == 0; });
+}
+
+/// `{10}{20}12:30 ...` as the first entry.
+bool mdvdTextAsRate(const Scene& scene, const Difference&) {
+    if (scene.meant.entries.empty() || scene.meant.rate.from == meant::RateFrom::File) return false;
+    const std::string& text = scene.meant.entries.front().text;
+    const size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+    return digits > 0 && digits + 1 < text.size() && isDigit(text[digits + 1]);
+}
+
+/// `23.05`
+bool mdvdRateZeros(const Scene& scene, const Difference&) {
+    constexpr uint32_t kWhole = 1000, kTenth = 100;
+    const uint32_t fraction = scene.meant.rate.thousandths % kWhole;
+    return scene.meant.rate.from == meant::RateFrom::File && fraction != 0 && fraction < kTenth;
+}
+
 bool mdvdRate29(const Scene& scene, const Difference&) {
     return !isUnmarked(scene) && scene.meant.rate.from == meant::RateFrom::Assumed;
 }
@@ -44,6 +68,9 @@ const std::vector<Rule> kMicroDvdRules = {
     {"mdvd-unmarked-rate-line", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedRateLine},
     {"mdvd-unmarked-first-two", kLost | kFalse, mdvdUnmarkedFirstTwo},
     {"mdvd-unmarked-zero", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedZero},
+    {"mdvd-first-line", kAny, mdvdFirstLine},
+    {"mdvd-text-as-rate", kAny, mdvdTextAsRate},
+    {"mdvd-rate-zeros", kAny, mdvdRateZeros},
     {"mdvd-utf16", kAny, mdvdUtf16},
     {"mdvd-rate-rounded", kAny, mdvdRateRounded},
     {"mdvd-rate-29", kAny, mdvdRate29},

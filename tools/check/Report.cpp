@@ -27,15 +27,16 @@ Cost costOf(Verdict verdict) {
     }
 }
 
-/// The first lines of shown texts, found in the file; the places ascend mostly.
+/// Lines of shown texts, found in the file; the places ascend mostly.
 class Finder {
 public:
     explicit Finder(std::string_view bytes) : mBytes(bytes) {}
 
     meant::Place find(const std::string& text) {
         constexpr size_t kTelling = 3;
-        const size_t begin = std::min(text.find_first_not_of("\r\n\t "), text.size());
-        const std::string line = text.substr(begin, text.find_first_of("\r\n", begin) - begin);
+        std::string line;
+        for (size_t at = 0; at < text.size() && line.size() < kTelling; at += line.size() + 1)
+            line = text.substr(at, text.find_first_of("\r\n", at) - at);
         if (line.size() < kTelling || mMisses == 0) return {0, 0};
         size_t at = mBytes.find(line, mLast.offset);
         if (at == mBytes.npos) {

@@ -105,9 +105,12 @@ bool sameStart(const Scene&, const Difference& difference) {
     return difference.instead != nullptr && difference.instead->start == difference.shown->start;
 }
 
-bool overlap(const Scene&, const Difference& difference) {
-    return difference.instead != nullptr && difference.instead->start > difference.shown->start &&
-           difference.instead->start <= difference.when;
+/// The next one has begun, and may be over again.
+bool overlap(const Scene& scene, const Difference& difference) {
+    const std::vector<ShownEntry>& entries = scene.shown.entries;
+    const ShownEntry* next = difference.instead != nullptr ? difference.instead : difference.shown + 1;
+    return next != entries.data() + entries.size() && next->start > difference.shown->start &&
+           next->start <= difference.when;
 }
 
 bool notAscending(const Scene& scene, const Difference&) {
@@ -123,6 +126,24 @@ bool textAngleBrackets(const Scene&, const Difference& difference) {
     const size_t close = text.find('>', std::min(open, text.size()));
     return close != std::string::npos &&
            difference.shown->text.find(text.substr(open, close + 1 - open)) == std::string::npos;
+}
+
+/// "{so}" likewise.
+bool textBraces(const Scene&, const Difference& difference) {
+    const std::string& text = difference.entry->text;
+    const size_t open = text.find('{');
+    const size_t close = text.find('}', std::min(open, text.size()));
+    return close != std::string::npos &&
+           difference.shown->text.find(text.substr(open, close + 1 - open)) == std::string::npos;
+}
+
+/// The text stops at a blank line that stands in it.
+bool srtBlankLineInText(const Scene& scene, const Difference& difference) {
+    if (scene.meant.format != meant::Format::SubRip && scene.meant.format != meant::Format::SubViewer20) return false;
+    const std::string lines = linesOf(scene, *difference.entry);
+    const size_t last = lines.find_last_not_of(" \t\n");
+    return last != lines.npos && lines.find("\n\n") < last &&
+           difference.shown->text.size() < difference.entry->text.size();
 }
 
 bool breakN(const Scene&, const Difference& difference) {
@@ -146,11 +167,13 @@ bool propertyBig5(const Scene& scene, const Difference& difference) {
     return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
-/// A time line that is not in a customary form; for what is false, any of them.
+/// A time line that is not in a customary form, or was not known as one; for what is false, any of them.
 template <meant::Format kFormat>
 bool timeForm(const Scene& scene, const Difference& difference) {
     if (scene.meant.format != kFormat) return false;
-    if (difference.entry == nullptr) return scene.facts->looseLine != SIZE_MAX;
+    const size_t loose = scene.facts->looseLine;
+    if (difference.entry == nullptr) return loose != SIZE_MAX;
+    if (loose > difference.entry->place.offset && loose < difference.entry->behind) return true;
     return !isUsualLine(kFormat, lineAt(scene, difference.entry->place.offset));
 }
 
@@ -176,12 +199,18 @@ bool subSecondDigit(const Scene& scene, const Difference&) {
 
 bool subMark(const Scene& scene, const Difference& difference) {
     constexpr size_t kMark = 3;
+    // Where lines make pairs, all of them are broken.
+    if (scene.meant.format == meant::Format::SubViewer10 && !scene.meant.entries.empty() &&
+        scene.meant.entries.front().place.offset == kMark)
+        return scene.meant.encoding.name == "UTF-8";
     return isSub(scene.meant.format) && scene.bytes.substr(0, kMark) == "\xEF\xBB\xBF" && difference.entry != nullptr &&
            difference.entry->place.offset == kMark;
 }
 
+/// Text of the DVB subtitle system has names of its own for that.
 bool subOrder(const Scene& scene, const Difference&) {
-    return isSub(scene.meant.format) && scene.takenAs != meant::Format::None && scene.takenAs != scene.meant.format;
+    return isSub(scene.meant.format) && scene.meant.format != meant::Format::DvbText &&
+           scene.takenAs != meant::Format::None && scene.takenAs != scene.meant.format;
 }
 
 }  // namespace
@@ -193,6 +222,7 @@ const std::vector<Rule> kFileRules = {
     {"utf16-no-mark", kAny, utf16NoMarkDamaged},
     {"utf16-shifted", kAny, utf16Shifted},
     {"wrong-extension", kAny, wrongExtension},
+    {"sub-order", kAny, subOrder},
     {"utf16be-lf", kLost | kFalse, utf16beLf},
     {"beyond-32-bit", kLost | kDisplaced | kHidden, beyond32Bit},
     {"cr-only", kAltered | kLost | kFalse, crOnly},
@@ -212,7 +242,9 @@ const std::vector<Rule> kCommonRules = {
 const std::vector<Rule> kLastRules = {
     {"zeros-in-text", kAny, zerosInText},
     {"text-too-long", kAltered, textTooLong},
+    {"srt-blank-line-in-text", kAltered, srtBlankLineInText},
     {"trail-byte-brace", kAltered, trailByteBrace},
+    {"text-braces", kAltered, textBraces},
     {"text-block-at-line-end", kAltered, textBlockAtLineEnd},
     {"text-brace-unclosed", kAltered | kOdd, textBraceUnclosed},
     {"text-tag-at-line-end", kAltered, textTagAtLineEnd},
@@ -221,7 +253,6 @@ const std::vector<Rule> kLastRules = {
     {"ssa-event-form", kAny, ssaEventForm},
     {"sub-second-digit", kAny, subSecondDigit},
     {"sub-mark", kAny, subMark},
-    {"sub-order", kAny, subOrder},
     {"sv2-time-form", kAny, timeForm<meant::Format::SubViewer20>},
     {"sv1-time-form", kAny, pairForm<meant::Format::SubViewer10>},
     {"mdvd-frame-form", kAny, timeForm<meant::Format::MicroDvd>},

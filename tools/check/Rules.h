@@ -23,8 +23,8 @@ struct Rule {
     bool (*holds)(const Scene& scene, const Difference& difference);
 };
 
-/// Of letters in the whole file; each that holds is told.
-extern const std::vector<Rule> kLetterRules;
+/// Of what is the whole file's; each that holds is told.
+extern const std::vector<Rule> kWholeFileRules;
 
 /// Of whole files, whatever their format; asked first.
 extern const std::vector<Rule> kFileRules;
@@ -57,16 +57,22 @@ bool hasBareLf(const Scene& scene);
 
 /// What the whole file tells, found once for all its differences.
 struct Facts {
-    bool isShifted = false;        ///< 16-bit text with line ends in halves of two characters
-    bool hasZeros = false;         ///< characters of value 0
-    bool hasManyZeros = false;     ///< as 16-bit text has that is taken for 8-bit
-    bool hasFewCommas = false;     ///< an event of a script has fewer than usual
-    size_t looseLine = SIZE_MAX;   ///< offset of the first line that the format's time lines are nearly like
-    std::string firstDigitLine;    ///< the first one that begins with a digit
-    bool hasSecondDigit = false;   ///< before the first entry, a line whose second character is one
-    bool hasStrayNumbers = false;  ///< a line that begins with four numbers, and is no time line to a person
+    bool isShifted = false;           ///< 16-bit text with line ends in halves of two characters
+    bool hasZeros = false;            ///< characters of value 0
+    bool hasManyZeros = false;        ///< as 16-bit text has that is taken for 8-bit
+    bool hasFewCommas = false;        ///< an event of a script has fewer than usual
+    size_t looseLine = SIZE_MAX;      ///< offset of the first line that the format's time lines are nearly like
+    std::string firstDigitLine;       ///< the first one that begins with a digit
+    bool hasSecondDigit = false;      ///< before the first entry, a line whose second character is one
+    size_t oneOfTwoLines = SIZE_MAX;  ///< text with times: offset of the first entry that lacks its second line
+    bool hasMixedWidths = false;      ///< and times of one line and of two
+    bool hasBrokenTime = false;       ///< and lines that begin nearly as a time
+    bool hasStrayNumbers = false;     ///< a line that begins with four numbers, and is no time line to a person
 };
 Facts factsOf(const Scene& scene);
+
+/// Whether an event of a script has fewer fields than the library passes over.
+bool hasFewCommas(const std::string& line);
 
 /// Whether a line begins an entry of the format in one of the forms that are customary.
 bool isUsualLine(meant::Format format, std::string_view line);

@@ -75,6 +75,12 @@ bool smiElementAtLineEnd(const Scene& scene, const Difference& difference) {
     return lines.find(">\n") != lines.npos;
 }
 
+bool smiBehindElement(const Scene& scene, const Difference& difference) {
+    const std::string lines = elementsOf(scene, difference);
+    return (lines.find(">&nbsp") != lines.npos && difference.shown->text.find("&nbsp") != std::string::npos) ||
+           (lines.find(">{") != lines.npos && difference.shown->text.find('{') != std::string::npos);
+}
+
 bool smiEntity(const Scene&, const Difference& difference) {
     const size_t sign = difference.shown->text.find('&');
     return sign != std::string::npos && difference.shown->text.find(';', sign) != std::string::npos;
@@ -92,6 +98,7 @@ const std::vector<Rule> kSamiRules = {
     {"smi-no-p", kLost | kAltered | kDisplaced, smiNoP},
     {"smi-skipped-sync-text", kAltered, smiSkippedSyncText},
     {"smi-br-inline", kAltered | kOdd, smiBrInline},
+    {"smi-behind-element", kAltered | kOdd, smiBehindElement},
     {"smi-entity", kAltered | kOdd, smiEntity},
     {"smi-br-at-line-end", kAltered, smiBrAtLineEnd},
     {"smi-element-at-line-end", kAltered, smiElementAtLineEnd},

@@ -117,21 +117,15 @@ bool srtBraceAtLineEnd(const Scene& scene, const Difference& difference) {
     return lines.find("}\n") != lines.npos && difference.shown->text.size() < difference.entry->text.size();
 }
 
-/// The text stops at a blank line that stands in it.
-bool srtBlankLineInText(const Scene& scene, const Difference& difference) {
+bool srtBlankBelowTime(const Scene& scene, const Difference& difference) {
     const std::string lines = linesOf(scene, *difference.entry);
-    const size_t last = lines.find_last_not_of(" \t\n");
-    const size_t blank = lines.find("\n\n");
-    return blank < last && last != lines.npos && difference.shown->text.size() < difference.entry->text.size();
+    const size_t line = lines.find('\n');
+    return line != lines.npos && lines.compare(line, 2, "\n\n") == 0;
 }
 
 bool srtTextAsTimeLine(const Scene& scene, const Difference&) { return scene.facts->hasStrayNumbers; }
 
 bool srtUtf16Markup(const Scene& scene, const Difference&) { return isWide(scene.meant.encoding); }
-
-bool srtLeadingBreak(const Scene& scene, const Difference& difference) {
-    return scene.meant.encoding.name == "UTF-16BE" && difference.shown->text.substr(0, 1) == "\n";
-}
 
 }  // namespace
 
@@ -148,8 +142,7 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-brace-at-line-end", kAltered, srtBraceAtLineEnd},
     {"srt-braces-shown", kOdd | kAltered, srtBracesShown},
     {"srt-entity", kOdd | kAltered, srtEntity},
-    {"srt-leading-break", kOdd | kAltered, srtLeadingBreak},
-    {"srt-blank-line-in-text", kAltered, srtBlankLineInText},
+    {"srt-blank-below-time", kAltered, srtBlankBelowTime},
     {"srt-text-as-time-line", kFalse, srtTextAsTimeLine},
     {"srt-utf16-markup", kOdd | kAltered, srtUtf16Markup},
 };

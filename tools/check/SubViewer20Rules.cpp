@@ -31,11 +31,8 @@ bool sv2NoBlankLine(const Scene&, const Difference& difference) {
 
 bool sv2TimeWidth(const Scene& scene, const Difference& difference) {
     constexpr size_t kWidth = 23;
-    return lineAt(scene, difference.entry->place.offset).size() < kWidth - 2;
-}
-
-bool sv2LeadingBreak(const Scene& scene, const Difference& difference) {
-    return isWide(scene.meant.encoding) && difference.shown->text.substr(0, 1) == "\n";
+    const size_t width = lineAt(scene, difference.entry->place.offset).size();
+    return width < kWidth - 2 || (width > kWidth && isWide(scene.meant.encoding));
 }
 
 }  // namespace
@@ -46,7 +43,6 @@ const std::vector<Rule> kSubViewer20Rules = {
     {"srt-no-blank-line", kAltered | kFalse, sv2NoBlankLine},
     {"sv2-time-width", kAltered | kLost, sv2TimeWidth},
     {"sv2-hundredths", kDisplaced | kHidden | kAltered, sv2Hundredths},
-    {"sv2-leading-break", kOdd | kAltered, sv2LeadingBreak},
     {"sv2-hundredths", kLost, sv2Hundredths},
 };
 

@@ -149,7 +149,8 @@ private:
         const int shown = (height - 1) & ~1;
         for (int field = 0; field < 2; ++field) {
             size_t at = mFields[field] * 2;  // nibbles
-            for (int row = field; row < height; row += 2) lookAtRow(row, row >= shown, &at);
+            const size_t end = 2 * (field == 0 && mFields[1] > mFields[0] ? mFields[1] : mUnit.word(2));
+            for (int row = field; row < height && at < end; row += 2) lookAtRow(row, row >= shown, &at);
         }
     }
 

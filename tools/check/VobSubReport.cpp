@@ -55,6 +55,7 @@ const struct PictureRule {
     {"vob-area-too-large", true, [](const Seen& s) { return s.picture.hasArea && isTooLarge(s.picture); }},
     {"vob-two-rows", true, [](const Seen& s) { return s.picture.hasArea && heightOf(s.picture) <= 2; }},
     {"vob-descending", true, [](const Seen& s) { return s.goesBack; }},
+    {"vob-filepos-digit", false, [](const Seen& s) { return s.line.hasOddPosition; }},
     {"vob-start-delay", false, [](const Seen& s) { return s.picture.startDelay > 0; }},
     {"vob-end-ignored", false,
      [](const Seen& s) { return s.picture.stop && (!s.next || s.line.start + *s.picture.stop < *s.next); }},
@@ -125,7 +126,8 @@ private:
     void tellPicture(size_t i, const ShownPicture* shown) {
         const IndexLine& line = mIndex.pictures[i];
         const Subpicture picture = readSubpicture(mPair.stream, line.position);
-        const bool isShown = shown != nullptr && shown->isGiven && shown->width > 0 && shown->height > 0;
+        const bool isShown =
+            shown != nullptr && shown->isGiven && shown->width > 0 && shown->height > 0 && !isTooLarge(picture);
         const Seen seen = {mIndex, line, picture, shown, nextStart(i), goesBack(i)};
         mReport.right += isShown;
         bool isExplained = isShown;

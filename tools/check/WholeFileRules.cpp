@@ -1,4 +1,4 @@
-// Letters that a player will take from the wrong code page, and the setting that damages them.
+// What is the whole file's: letters that a player will take from the wrong code page, empty lines before every text.
 #include "tools/check/Rules.h"
 
 namespace check {
@@ -38,12 +38,26 @@ bool codepageAsBig5(const Scene& scene, const Difference&) {
     return isCodePage(scene) && scene.takenFor == TakenFor::Big5;
 }
 
+bool beginWithABreak(const Scene& scene) {
+    return !scene.shown.entries.empty() && scene.shown.entries.front().text.substr(0, 1) == "\n";
+}
+
+bool srtLeadingBreak(const Scene& scene, const Difference&) {
+    return scene.meant.format == meant::Format::SubRip && scene.meant.encoding.name == "UTF-16BE" &&
+           beginWithABreak(scene);
+}
+
+bool sv2LeadingBreak(const Scene& scene, const Difference&) {
+    return scene.meant.format == meant::Format::SubViewer20 && isWide(scene.meant.encoding) && beginWithABreak(scene);
+}
+
 }  // namespace
 
-const std::vector<Rule> kLetterRules = {
+const std::vector<Rule> kWholeFileRules = {
     {"utf8-unmarked-native", kWhole, utf8UnmarkedNative},  {"utf8-unmarked-as-gbk", kWhole, utf8UnmarkedAsGbk},
     {"utf8-unmarked-as-big5", kWhole, utf8UnmarkedAsBig5}, {"codepage-as-gbk", kWhole, codepageAsGbk},
-    {"codepage-as-big5", kWhole, codepageAsBig5},
+    {"codepage-as-big5", kWhole, codepageAsBig5},          {"srt-leading-break", kWhole, srtLeadingBreak},
+    {"sv2-leading-break", kWhole, sv2LeadingBreak},
 };
 
 }  // namespace check
