@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 #include <set>
 #include <string>
 
@@ -53,6 +54,7 @@ const std::vector<Row>& rowsOfSubRip() {
         {"srt-fraction-digits", ".srt", "1\r\n0:0:1,5 --> 0:0:2,5\r\na\r\n\r\n", 2},
         {"srt-utf16-shape", ".srt", utf16le("1\r\n0:00:01,000 --> 0:00:02,000\r\na\r\n\r\n"), 2},
         {"srt-mark-on-time-line", ".srt", kMark + kA.substr(3)},
+        {"mark-inside", ".srt", kA + kMark + kB.substr(3), 5},
         {"srt-text-as-time-line", ".srt", "1\n00:00:01,000 --> 00:00:02,000\na\n20h30, 21h00.\n\n" + kBLf, 7},
         {"srt-time-form", ".srt", "1\r\n00:00:01,000 --> 00:00:::02,000\r\na\r\n\r\n", 2},
         {"srt-no-blank-line", ".srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\na\r\n" + kB, 2},
@@ -144,8 +146,10 @@ const std::vector<Row>& rowsOfSub() {
         {"mdvd-unmarked-zero", ".sub", "{25}{50}a\r\n{75}{100}b\r\n"},
         {"mdvd-unmarked-first-two", ".sub", "{1}{50}a\r\n{75}{100}b\r\n{125}{150}c\r\n"},
         {"mdvd-unmarked-rate-line", ".sub", "{1}{1}25\r\n{25}{50}a\r\n{75}{100}b\r\n", 2},
-        {"mdvd-rate-29", ".sub", kMark + "{25}{50}a\r\n"},
-        {"mdvd-rate-rounded", ".sub", kMark + "{2500}{2550}a\r\n", 1, "", 23976},
+        {"mdvd-rate-29", ".sub", kMark + "{25}{50}a\r\n{75}{100}b\r\n"},
+        {"sub-mark", ".sub", kMark + "{25}{50}a\r\n"},
+        {"mdvd-rate-whole", ".sub", kMark + "{1}{1}25\r\n{25}{50}a\r\n", 2},
+        {"mdvd-rate-rounded", ".sub", kMark + "{2500}{2550}a\r\n{3500}{3550}b\r\n", 1, "", 23976},
         {"mdvd-rate-zeros", ".sub", kMark + "{1}{1}23.05\r\n{2500}{2550}a\r\n", 2},
         {"mdvd-first-line", ".sub", kMark + "title\r\n{25}{50}a\r\n", 2},
         {"mdvd-text-as-rate", ".sub", kMark + "{25}{50}12:30 a\r\n{75}{100}b\r\n"},
@@ -177,7 +181,7 @@ const std::vector<Row>& rowsOfSub() {
         {"dvb-big-endian", ".sub", utf16be("0:00:01:00 0:00:04:00   a\r\n")},
         {"dvb-utf16", ".sub", utf16le("0:00:01:00 0:00:04:00   a\n0:00:05:00 0:00:06:00   b\n")},
         {"dvb-text-column", ".sub", "0:00:01:00 0:00:04:00 abc\r\n"},
-        {"dvb-time-form", ".sub", "0:00:01:00 0:00:04:00   a\r\n9:9:9:9.9:9:9:9            words\r\n", 2},
+        {"dvb-time-form", ".sub", "0:00:01:00 0:00:04:00   a\r\n9:9:9:9.9:9:9:9            words\r\n"},
     };
     return kRows;
 }
@@ -373,6 +377,56 @@ TEST(Check, SaysWhatIsNoSubtitleFile) {
         const TempFile file(bytes, ".srt");
         EXPECT_THROW(reportOf(file.path(), Row()), vxsub::FileError);
     }
+}
+
+// ----------------------------------------------------------------------------------------------------- damage
+
+/// Changes a file in a few places, always the same for the same seed.
+std::string damaged(std::string bytes, unsigned seed) {
+    std::mt19937 random(seed);
+    const auto below = [&random](size_t end) { return end == 0 ? 0 : random() % end; };
+    static const std::string kPieces[] = {"\r\n", "\n", "<i>", "</i>",         "{", "}",
+                                          "<",    ">",  "-->", "00:00:01,000", "0", "|"};
+    for (size_t changes = 1 + below(3); changes > 0; --changes) {
+        const size_t at = below(bytes.size());
+        switch (below(5)) {
+            case 0:
+                bytes.insert(at, kPieces[below(std::size(kPieces))]);
+                break;
+            case 1:
+                bytes.erase(at, 1 + below(3));
+                break;
+            case 2:
+                if (!bytes.empty()) bytes[at] = char(below(256));
+                break;
+            case 3:
+                bytes.insert(at, bytes.substr(below(bytes.size()), below(60)));
+                break;
+            default:
+                bytes.resize(bytes.size() - below(bytes.size() / 4 + 1));
+        }
+    }
+    return bytes;
+}
+
+TEST(Check, HardlyAnythingInDamagedFilesIsUnexplained) {
+    size_t findings = 0, unexplained = 0;
+    unsigned seed = 0;
+    for (const auto* rows : {&rowsOfSubRip(), &rowsOfScripts(), &rowsOfSub()})
+        for (const Row& row : *rows)
+            for (int i = 0; i < 20; ++i) {
+                const TempFile file(damaged(row.bytes + row.bytes + row.bytes, ++seed), row.ending);
+                try {
+                    const check::Report report = reportOf(file.path(), row);
+                    findings += report.remarks.size();
+                    for (const check::Remark& remark : report.remarks) unexplained += remark.cause == nullptr;
+                    EXPECT_LE(report.right, report.meant);
+                } catch (const vxsub::FileError&) {
+                    // No subtitle file any more.
+                }
+            }
+    EXPECT_GT(findings, 3000u);
+    EXPECT_LE(unexplained, findings / 100) << findings;
 }
 
 TEST(Check, FindsTheCausesOfSubRip) { expectFound(rowsOfSubRip()); }

@@ -46,6 +46,8 @@ bool isNearly(meant::Format format, std::string_view line) {
     switch (format) {
         case meant::Format::SubViewer10:
             return first == '[' || first == '{' || countNumbers(line) >= kFew;
+        case meant::Format::TimedText:
+            return std::count(line.begin(), line.end(), ':') >= 2;
         case meant::Format::MicroDvd:
             return first == '{' || line.find("}{") != line.npos;
         default:
@@ -71,6 +73,20 @@ void lookAtStrayLines(const Scene& scene, Facts* facts) {
     for (const meant::Place& place : scene.meant.strayLines) {
         const std::string line = lineAt(scene, place.offset);
         facts->hasBrokenTime |= !line.empty() && isDigit(line[0]) && line.find(':') != line.npos;
+    }
+}
+
+/// Any `<`, with the blanks and line ends behind the element left out of what follows.
+void lookAtElements(std::string_view bytes, Facts* facts) {
+    for (size_t at = bytes.find('<'); at != bytes.npos; at = bytes.find('<', at + 1)) {
+        meant::Scan in(bytes.substr(at));
+        if (!in.eat("<s")) continue;
+        const bool isSync = in.eat("ync start=");
+        in.eatAny("\"'");
+        const bool isUsual = isSync && in.eatDigits() && (in.eatAny("\"'"), in.eat('>'));
+        in.skipAny(" \t\r\n");
+        facts->hasOddSync |= !isUsual && (isSync || in.eat("ync"));
+        facts->hasSyncWithoutP |= isUsual && !in.eat("<p");
     }
 }
 
@@ -123,6 +139,7 @@ Facts factsOf(const Scene& scene) {
         lookAtBytes(scene, &facts);
     for (const meant::Entry& entry : scene.meant.entries) lookAtEntry(scene, entry, &facts);
     lookAtStrayLines(scene, &facts);
+    if (scene.meant.format == meant::Format::Sami) lookAtElements(scene.bytes, &facts);
     size_t offset = isWide(scene.meant.encoding) ? kMark : 0;
     if (scene.bytes.substr(0, 3) == "\xEF\xBB\xBF") offset = 3;
     while (offset < scene.bytes.size()) {

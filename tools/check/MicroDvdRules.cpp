@@ -6,6 +6,12 @@
 namespace check {
 namespace {
 
+/// The only line is hidden by the mark.
+bool subMark(const Scene& scene, const Difference&) {
+    return !scene.shown.isAccepted && scene.meant.encoding.name == "UTF-8" &&
+           scene.meant.encoding.from == meant::EncodingFrom::Mark;
+}
+
 /// The library takes the file for UTF-8, and passes over a mark that is not there.
 bool isUnmarked(const Scene& scene) {
     const meant::Encoding& encoding = scene.meant.encoding;
@@ -51,6 +57,13 @@ bool mdvdTextAsRate(const Scene& scene, const Difference&) {
     return digits > 0 && digits + 1 < text.size() && isDigit(text[digits + 1]);
 }
 
+/// `{1}{1}25`: it has no point.
+bool mdvdRateWhole(const Scene& scene, const Difference&) {
+    if (isUnmarked(scene) || scene.meant.rate.from != meant::RateFrom::File) return false;
+    const std::string line = lineAt(scene, 0);
+    return line.find('.') == line.npos;
+}
+
 /// `23.05`
 bool mdvdRateZeros(const Scene& scene, const Difference&) {
     constexpr uint32_t kWhole = 1000, kTenth = 100;
@@ -65,9 +78,11 @@ bool mdvdRate29(const Scene& scene, const Difference&) {
 }  // namespace
 
 const std::vector<Rule> kMicroDvdRules = {
+    {"sub-mark", kLost, subMark},
     {"mdvd-unmarked-rate-line", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedRateLine},
     {"mdvd-unmarked-first-two", kLost | kFalse, mdvdUnmarkedFirstTwo},
     {"mdvd-unmarked-zero", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedZero},
+    {"mdvd-rate-whole", kAny, mdvdRateWhole},
     {"mdvd-first-line", kAny, mdvdFirstLine},
     {"mdvd-text-as-rate", kAny, mdvdTextAsRate},
     {"mdvd-rate-zeros", kAny, mdvdRateZeros},

@@ -159,6 +159,16 @@ bool breakBr(const Scene&, const Difference& difference) {
     return shownHas(difference, "[br]") && !meantHas(difference, "[br]");
 }
 
+/// As in files that were put together from several.
+bool markInside(const Scene& scene, const Difference& difference) {
+    if (difference.entry == nullptr) return false;
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    const size_t at = difference.entry->place.offset;
+    const bool hasOne = scene.bytes.substr(at, kMark.size()) == kMark ||
+                        (at >= kMark.size() && scene.bytes.substr(at - kMark.size(), kMark.size()) == kMark);
+    return hasOne && at > kMark.size();
+}
+
 /// With that setting bytes from 0x80 to 0xA0 go, and others take the next one with them.
 bool propertyBig5(const Scene& scene, const Difference& difference) {
     const std::string& name = scene.meant.encoding.name;
@@ -184,6 +194,10 @@ bool pairForm(const Scene& scene, const Difference& difference) {
     return scene.facts->looseLine < (difference.entry != nullptr ? difference.entry->behind : SIZE_MAX);
 }
 
+bool smiOddSync(const Scene& scene, const Difference&) { return scene.facts->hasOddSync; }
+
+bool smiSyncWithoutP(const Scene& scene, const Difference&) { return scene.facts->hasSyncWithoutP; }
+
 bool ssaEventForm(const Scene& scene, const Difference& difference) {
     if (scene.meant.format != meant::Format::SubStationAlpha) return false;
     const std::string line = difference.entry != nullptr ? lineAt(scene, difference.entry->place.offset) : "";
@@ -199,6 +213,7 @@ bool subSecondDigit(const Scene& scene, const Difference&) {
 
 bool subMark(const Scene& scene, const Difference& difference) {
     constexpr size_t kMark = 3;
+    if (scene.meant.format == meant::Format::MicroDvd) return false;  // its own rules know
     // Where lines make pairs, all of them are broken.
     if (scene.meant.format == meant::Format::SubViewer10 && !scene.meant.entries.empty() &&
         scene.meant.entries.front().place.offset == kMark)
@@ -217,6 +232,7 @@ bool subOrder(const Scene& scene, const Difference&) {
 
 const std::vector<Rule> kFileRules = {
     {"property-big5", kAltered | kOdd | kLost | kFalse, propertyBig5},
+    {"mark-inside", kAny, markInside},
     {"utf32", kAny, utf32},
     {"utf16-no-mark", kAny, utf16NoMark},
     {"utf16-no-mark", kAny, utf16NoMarkDamaged},
@@ -257,6 +273,10 @@ const std::vector<Rule> kLastRules = {
     {"sv1-time-form", kAny, pairForm<meant::Format::SubViewer10>},
     {"mdvd-frame-form", kAny, timeForm<meant::Format::MicroDvd>},
     {"txt-broken-line", kAny, pairForm<meant::Format::TimedText>},
+    {"srt-time-form", kLost | kAltered | kFalse, pairForm<meant::Format::SubRip>},
+    {"mdvd-frame-form", kAny, pairForm<meant::Format::MicroDvd>},
+    {"smi-sync-form", kAny, smiOddSync},
+    {"smi-no-p", kAny, smiSyncWithoutP},
     {"dvb-time-form", kAny, timeForm<meant::Format::DvbText>},
 };
 

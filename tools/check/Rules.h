@@ -67,6 +67,8 @@ struct Facts {
     size_t oneOfTwoLines = SIZE_MAX;  ///< text with times: offset of the first entry that lacks its second line
     bool hasMixedWidths = false;      ///< and times of one line and of two
     bool hasBrokenTime = false;       ///< and lines that begin nearly as a time
+    bool hasOddSync = false;          ///< SAMI: a SYNC element that is not of the usual form
+    bool hasSyncWithoutP = false;     ///< or no paragraph element behind it
     bool hasStrayNumbers = false;     ///< a line that begins with four numbers, and is no time line to a person
 };
 Facts factsOf(const Scene& scene);
