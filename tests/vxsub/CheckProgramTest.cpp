@@ -150,6 +150,14 @@ TEST(CheckProgram, TellsWhatOnesDeviceMakesOfAFile) {
     EXPECT_NE(std::string::npos, runVxsub({"check", "--fps", "23.976", frames.path()}).out.find("[mdvd-rate-rounded]"));
 }
 
+TEST(CheckProgram, TakesAnEncodingByEitherName) {
+    const TempFile hebrew("1\r\n00:00:01,000 --> 00:00:02,000\r\n\xF9\xEC\xE5\xED\r\n\r\n", ".srt");
+    for (const auto& arguments : {std::vector<std::string>{"--native", "8859-8"}, {"--encoding", "iso-8859-8"}}) {
+        const Outcome outcome = runVxsub({"check", arguments[0], arguments[1], hebrew.path()});
+        EXPECT_NE(std::string::npos, outcome.out.find("(SubRip, ISO-8859-8)")) << outcome.out;
+    }
+}
+
 TEST(CheckProgram, GoesThroughFoldersInOneOrder) {
     Folder folder;
     folder.add("a.srt", kGood);

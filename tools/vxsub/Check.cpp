@@ -267,6 +267,12 @@ int check(const CheckCommand& command, Output& out) {
     return verdict.status;
 }
 
+/// What --encoding would call it.
+std::string encodingOf(const NativeCharset& native) {
+    const std::string option = native.option;
+    return option.compare(0, 4, "8859") == 0 ? "ISO-" + option : option;
+}
+
 constexpr char kFooter[] =
     "Compares what the author of a file meant with what the library shows of it: at\n"
     "the start, in the middle and at the end of every entry. Each difference is\n"
@@ -316,6 +322,8 @@ void addCheck(CLI::App& app, Session& session) {
     sub->callback([command, &session] {
         session.run = [command, &session] {
             command->options.file = session.file;
+            if (command->options.encoding.empty() && session.file.native != nullptr)
+                command->options.encoding = encodingOf(*session.file.native);
             session.status = check(*command, session.out);
         };
     });
