@@ -163,6 +163,7 @@ TEST(CheckProgram, GoesThroughFoldersInOneOrder) {
     folder.add("a.srt", kGood);
     folder.add("b.srt", bad(1));
     folder.add("notes.md", "no subtitles");
+    folder.add("notes.txt", "no subtitles");
     folder.addFolder("deep");
     folder.add("deep/c.SRT", kOdd);
     folder.add("deep/d.srt", "");
