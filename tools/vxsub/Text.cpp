@@ -3,70 +3,16 @@
 #include <stdio.h>
 #include <wchar.h>
 
+#include "tools/meant/Utf8.h"
+
 namespace vxsub {
 namespace {
 
 using android::U16;
-using android::U8;
+using meant::appendUtf8;
+using meant::takeUtf8;
 
 bool isSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
-
-/// What a first byte says of its sequence: how many bytes follow, and the range of the first of them, which keeps
-/// out longer forms than needed, surrogates and what lies behind U+10FFFF.
-struct Lead {
-    U8 first, last;
-    U8 followers;
-    U8 low, high;
-    U8 bits;  ///< mask of the first byte's own bits
-};
-constexpr Lead kLeads[] = {
-    {0x00, 0x7F, 0, 0x00, 0x00, 0x7F}, {0xC2, 0xDF, 1, 0x80, 0xBF, 0x1F}, {0xE0, 0xE0, 2, 0xA0, 0xBF, 0x0F},
-    {0xE1, 0xEC, 2, 0x80, 0xBF, 0x0F}, {0xED, 0xED, 2, 0x80, 0x9F, 0x0F}, {0xEE, 0xEF, 2, 0x80, 0xBF, 0x0F},
-    {0xF0, 0xF0, 3, 0x90, 0xBF, 0x07}, {0xF1, 0xF3, 3, 0x80, 0xBF, 0x07}, {0xF4, 0xF4, 3, 0x80, 0x8F, 0x07},
-};
-
-const Lead* leadOf(U8 byte) {
-    for (const Lead& lead : kLeads)
-        if (byte >= lead.first && byte <= lead.last) return &lead;
-    return nullptr;
-}
-
-char32_t takeUtf8(std::string_view* in) {
-    const U8 first = U8(in->front());
-    in->remove_prefix(1);
-    const Lead* lead = leadOf(first);
-    if (lead == nullptr) return kInvalid;
-    char32_t c = first & lead->bits;
-    U8 low = lead->low, high = lead->high;
-    for (int left = lead->followers; left > 0; --left) {
-        if (in->empty() || U8(in->front()) < low || U8(in->front()) > high) return kInvalid;
-        c = c << 6 | (U8(in->front()) & 0x3F);
-        in->remove_prefix(1);
-        low = 0x80;
-        high = 0xBF;
-    }
-    return c;
-}
-
-void appendUtf8(std::string* out, char32_t c) {
-    if (isSurrogate(c) || c > 0x10FFFF) c = kInvalid;
-    const auto put = [out](char32_t byte) { out->push_back(char(U8(byte))); };
-    if (c < 0x80) {
-        put(c);
-    } else if (c < 0x800) {
-        put(0xC0 | c >> 6);
-        put(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        put(0xE0 | c >> 12);
-        put(0x80 | (c >> 6 & 0x3F));
-        put(0x80 | (c & 0x3F));
-    } else {
-        put(0xF0 | c >> 18);
-        put(0x80 | (c >> 12 & 0x3F));
-        put(0x80 | (c >> 6 & 0x3F));
-        put(0x80 | (c & 0x3F));
-    }
-}
 
 /// Characters that would move the cursor, begin a terminal command or break a line.
 bool isControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0x2028 || c == 0x2029; }

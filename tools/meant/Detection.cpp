@@ -1,0 +1,152 @@
+#include "tools/meant/Detection.h"
+
+#include <algorithm>
+
+#include "tools/meant/Utf8.h"
+
+namespace meant {
+namespace {
+
+using namespace std::literals;
+
+const struct {
+    std::string_view bytes;
+    const char* encoding;
+} kMarks[] = {
+    {"\xEF\xBB\xBF"sv, "UTF-8"}, {"\xFF\xFE\0\0"sv, "UTF-32LE"}, {"\0\0\xFE\xFF"sv, "UTF-32BE"},
+    {"\xFF\xFE"sv, "UTF-16LE"},  {"\xFE\xFF"sv, "UTF-16BE"},
+};
+
+/// When a name is replaced by that of an encoding which has the same characters and more.
+enum class Widen {
+    Always,
+    Guessed,    ///< but not when the name was told: some characters differ, and the wider one is the usual in subtitles
+    GuessedC1,  ///< the same, and only when bytes from 0x80 to 0x9F, which the narrower one does not use, occur
+};
+const struct {
+    const char* name;
+    const char* wider;
+    Widen when;
+} kWider[] = {
+    {"BIG5", "BIG5-HKSCS", Widen::Always},
+    {"GB2312", "GB18030", Widen::Always},
+    {"GBK", "GB18030", Widen::Always},
+    {"EUC-KR", "UHC", Widen::Always},
+    {"SHIFT_JIS", "CP932", Widen::Always},
+    {"TIS-620", "CP874", Widen::Always},
+    {"ISO-8859-11", "CP874", Widen::Always},
+    {"ISO-8859-1", "WINDOWS-1252", Widen::Always},
+    {"ISO-8859-9", "WINDOWS-1254", Widen::Always},
+    {"ISO-8859-15", "WINDOWS-1252", Widen::Guessed},
+    {"ISO-8859-16", "WINDOWS-1250", Widen::Guessed},
+    {"ISO-8859-8", "WINDOWS-1255", Widen::Guessed},
+    {"ISO-8859-13", "WINDOWS-1257", Widen::Guessed},
+    {"ISO-8859-2", "WINDOWS-1250", Widen::GuessedC1},
+    {"ISO-8859-6", "WINDOWS-1256", Widen::GuessedC1},
+    {"ISO-8859-7", "WINDOWS-1253", Widen::Guessed},
+};
+
+constexpr char kWestern[] = "WINDOWS-1252";
+
+std::string upperCase(std::string_view text) {
+    std::string upper(text);
+    for (char& c : upper)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return upper;
+}
+
+std::string widened(const std::string& name, bool isGuess, bool hasC1) {
+    for (const auto& row : kWider) {
+        const bool applies = row.when == Widen::Always || (isGuess && (row.when == Widen::Guessed || hasC1));
+        if (applies && name == row.name) return row.wider;
+    }
+    return name;
+}
+
+std::string toldName(const std::string& told) {
+    const std::string name = upperCase(told);
+    if (name.size() == 4 && name.compare(0, 3, "125") == 0) return "WINDOWS-" + name;
+    if (name == "UTF8") return "UTF-8";
+    return widened(name, false, false);
+}
+
+/// 16-bit and 32-bit text without a mark: its ASCII characters leave zeros at one place of each unit.
+const char* wideWithoutMark(std::string_view bytes) {
+    constexpr size_t kLookedAt = 4096;
+    size_t zeros[4] = {};
+    const size_t size = std::min(bytes.size(), kLookedAt) / 4 * 4;
+    for (size_t i = 0; i < size; ++i) zeros[i % 4] += bytes[i] == 0;
+    const size_t units = size / 4;
+    if (units == 0) return nullptr;
+    const auto are = [units](size_t count) { return count >= units - units / 16; };
+    const auto few = [units](size_t count) { return count <= units / 16; };
+    const auto some = [units](size_t count) { return count > units / 8; };
+    if (are(zeros[2]) && are(zeros[3]) && few(zeros[0])) return "UTF-32LE";
+    if (are(zeros[0]) && are(zeros[1]) && few(zeros[3])) return "UTF-32BE";
+    if (some(zeros[1]) && some(zeros[3]) && few(zeros[0]) && few(zeros[2])) return "UTF-16LE";
+    if (some(zeros[0]) && some(zeros[2]) && few(zeros[1]) && few(zeros[3])) return "UTF-16BE";
+    return nullptr;
+}
+
+/// "ASCII", "UTF-8", or null for text that is neither. A damaged place among many sound ones leaves it UTF-8.
+const char* asciiOrUtf8(std::string_view bytes) {
+    size_t sound = 0, damaged = 0;
+    while (!bytes.empty()) {
+        if (isAscii(bytes.front())) {
+            bytes.remove_prefix(1);
+        } else {
+            const std::string_view before = bytes;
+            const bool isWhole = takeUtf8(&bytes) != kReplacement || before.substr(0, 3) == "\xEF\xBF\xBD";
+            ++(isWhole ? sound : damaged);
+        }
+    }
+    if (sound + damaged == 0) return "ASCII";
+    constexpr size_t kSoundForOneDamaged = 20;
+    return damaged <= sound / kSoundForOneDamaged ? "UTF-8" : nullptr;
+}
+
+/// The lines that ASCII does not suffice for, as many as a guess needs.
+std::string telling(std::string_view bytes) {
+    constexpr size_t kEnough = 32768;
+    std::string lines;
+    while (!bytes.empty() && lines.size() < kEnough) {
+        const size_t end = bytes.find_first_of("\r\n");
+        const std::string_view line = bytes.substr(0, end == bytes.npos ? end : end + 1);
+        if (!isAscii(line)) lines += line.substr(0, kEnough);
+        bytes.remove_prefix(line.size());
+    }
+    return lines;
+}
+
+/// Guesses that few letters do not bear: more usual encodings have them, too.
+bool isRare(const std::string& name) {
+    static const char* const kRare[] = {"MAC-",        "VISCII",      "WINDOWS-1258", "ISO-8859-3", "ISO-8859-4",
+                                        "ISO-8859-10", "ISO-8859-13", "ISO-8859-14",  "IBM8"};
+    const auto begins = [&](const char* rare) { return name.compare(0, std::string_view(rare).size(), rare) == 0; };
+    return std::any_of(std::begin(kRare), std::end(kRare), begins);
+}
+
+Encoding guessed(std::string_view bytes, const Encodings& encodings) {
+    const std::string lines = telling(bytes);
+    const std::string name = encodings.guess ? upperCase(encodings.guess(lines)) : "";
+    const auto isC1 = [](char c) { return !isAscii(c) && static_cast<unsigned char>(c) < 0xA0; };
+    const auto isHigh = [](char c) { return !isAscii(c); };
+    constexpr long kLettersForARareOne = 64;
+    const bool isWeak = isRare(name) && std::count_if(lines.begin(), lines.end(), isHigh) < kLettersForARareOne;
+    if (name.empty() || name == "ASCII" || isWeak) return {kWestern, EncodingFrom::Assumed};
+    return {widened(name, true, std::any_of(lines.begin(), lines.end(), isC1)), EncodingFrom::Guessed};
+}
+
+}  // namespace
+
+Detected detectEncoding(std::string_view bytes, const Options& options, const Encodings& encodings) {
+    for (const auto& mark : kMarks)
+        if (bytes.substr(0, mark.bytes.size()) == mark.bytes)
+            return {{mark.encoding, EncodingFrom::Mark}, mark.bytes.size()};
+    if (!options.encoding.empty()) return {{toldName(options.encoding), EncodingFrom::Told}};
+    if (const char* wide = wideWithoutMark(bytes)) return {{wide, EncodingFrom::Content}};
+    if (const char* name = asciiOrUtf8(bytes)) return {{name, EncodingFrom::Content}};
+    return {guessed(bytes, encodings)};
+}
+
+}  // namespace meant

@@ -1,0 +1,51 @@
+// SubViewer 2.0: a line with start and end, lines of text, an empty line.
+#include "tools/meant/Markup.h"
+#include "tools/meant/Readers.h"
+#include "tools/meant/Scan.h"
+
+namespace meant {
+namespace {
+
+struct Times {
+    Ms start, end;
+};
+
+std::optional<Ms> eatTime(Scan* in) {
+    in->skipBlanks();
+    const std::optional<Ms> whole = in->eatHms();
+    if (!whole) return std::nullopt;
+    const Ms fraction = in->eatAny(".:") != 0 ? in->eatFraction().value_or(0) : 0;
+    in->skipBlanks();
+    return *whole < 0 ? *whole - fraction : *whole + fraction;
+}
+
+std::optional<Times> timesOf(std::string_view line) {
+    Scan in(line);
+    const std::optional<Ms> start = eatTime(&in);
+    if (!start || !in.eat(',')) return std::nullopt;
+    const std::optional<Ms> end = eatTime(&in);
+    if (!end || !in.atEnd()) return std::nullopt;
+    return Times{*start, *end};
+}
+
+}  // namespace
+
+bool is::subViewer20Time(std::string_view line) { return timesOf(line).has_value(); }
+
+void readSubViewer20(const Source& source, const Options&, File* file) {
+    const std::vector<std::string_view>& lines = source.lines();
+    bool isFirst = true;
+    for (size_t i = 0; i < lines.size();) {
+        const std::optional<Times> times = timesOf(lines[i]);
+        const size_t first = i++;
+        if (!times) continue;
+        if (isFirst) file->delay = delayIn(source, first);
+        isFirst = false;
+        while (i < lines.size() && !timesOf(lines[i])) ++i;
+        Entry entry = entryAt(source, first, i, times->start, times->end);
+        entry.text = plainText(textOf(source, first + 1, i), markupWithBars());
+        add(std::move(entry), file);
+    }
+}
+
+}  // namespace meant
