@@ -38,6 +38,9 @@ void addFileArgument(CLI::App& command, Session& session);
 /// --raw, for commands that write texts out.
 void addRawOption(CLI::App& command, Session& session);
 
+/// --json, for commands that answer.
+void addJsonOption(CLI::App& command, bool* json);
+
 /// --track, for commands on files that may have several.
 void addTrackOption(CLI::App& command, Session& session, const char* description);
 
