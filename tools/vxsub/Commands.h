@@ -1,5 +1,5 @@
 /// The commands of vxsub. Each has a file of its own; a new one is one more function here and one more row in
-/// main.cpp.
+/// CommandLine.cpp.
 #pragma once
 
 #include <CLI/CLI.hpp>

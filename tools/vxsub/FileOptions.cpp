@@ -60,11 +60,10 @@ void addFileOptions(CLI::App& command, Session& session) {
         ->type_name(typeWords());
     command
         .add_option_function<std::string>("--native", chooseNative,
-                                          "encoding of 8-bit text without a byte-order mark:\n" + nativeWords() +
-                                              "\n"
-                                              "as the library converts them, or any that iconv\n"
-                                              "knows; when not given, guessed for the whole file")
-        ->type_name("WORD");
+                                          "encoding of 8-bit text without a byte-order mark, as\n"
+                                          "the library converts it, or any NAME that iconv knows;\n"
+                                          "when not given, guessed for the whole file")
+        ->type_name(nativeWords() + "|NAME");
     command
         .add_option("--language", options.language,
                     "set the television's subtitle language; with big5 the\n"
