@@ -45,7 +45,7 @@ std::optional<AsMeant> compareWithMeant(const SubtitleFile& file, const OpenOpti
     if (file.hasPictures()) return std::nullopt;
     const HiddenLog hidden;
     OpenOptions again = options;
-    again.isQuiet = true;
+    again.quiet = true;
     const std::string bytes = file.bytes();
     const meant::File meant = meant::read(bytes, meantOptions(options), meant::systemEncodings());
     if (!meant::hasReader(meant.format)) return std::nullopt;

@@ -125,7 +125,7 @@ SubtitleFile::SubtitleFile(const OpenOptions& options)
         const std::string refusal = describeRefusal(mFormat, *mParser, mSource);
         throw FileError(path() + ": " + refusal + (remark.empty() ? "" : "; " + remark));
     }
-    if (!remark.empty() && !options.isQuiet) complain(path() + ": " + remark);
+    if (!remark.empty() && !options.quiet) complain(path() + ": " + remark);
 
     mHasUtf8Mark = beginsWithUtf8Mark(mSource.fd);
     readTracks();

@@ -23,7 +23,7 @@ struct OpenOptions {
     CharsetRef native;                      ///< null: guess
     std::string language;                   ///< the television's subtitle language; empty: not set
     bool raw = false;                       ///< texts with all units that the library counted
-    bool isQuiet = false;                   ///< complain about nothing
+    bool quiet = false;                   ///< complain about nothing
     std::optional<android::U32> frameRate;  ///< as `SetFrameRate` takes it; nothing: not set
     std::optional<android::U32> track;      ///< nothing: the first, or all where all are shown
 };
