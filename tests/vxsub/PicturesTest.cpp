@@ -167,7 +167,9 @@ TEST(VobSub, JsonHoldsTheSame) {
     const json lost = json::parse(runVxsub({"list", "--json", damaged.idx()}).out);
     ASSERT_EQ(lost["entries"].size(), 3u);
     EXPECT_EQ(lost["entries"][0]["picture"], nullptr);
-    EXPECT_EQ(lost["entries"][0]["why"], "there is no MPEG-2 pack at 000000000 of the .sub file (vob-no-pack)");
+    EXPECT_EQ(lost["entries"][0]["why"],
+              "[vob-no-pack] At the position that the index names there is no MPEG-2 pack with a subtitle packet: the "
+              "picture is refused.");
 }
 
 TEST(VobSub, AtAndPlayKeepToATrack) {
@@ -220,6 +222,8 @@ TEST(VobSub, APictureThatIsNotThereSaysWhy) {
         return samples::encodeUnit(picture);
     };
     const std::string good = unitOf(square);
+    std::string cut = good + std::string(3000, '\0');
+    cut[0] = char(cut.size() >> 8);
     std::string noSize = good, broken = good, upsideDown = good;
     noSize[0] = noSize[1] = '\0';
     const size_t table = size_t(uint8_t(good[2])) << 8 | uint8_t(good[3]);
@@ -232,27 +236,27 @@ TEST(VobSub, APictureThatIsNotThereSaysWhy) {
         std::string sub;
         const char* why;
     } kRows[] = {
-        {std::string(2048, '\xFF'), "there is no MPEG-2 pack at 000000000 of the .sub file (vob-no-pack)"},
-        {"", "there is no MPEG-2 pack at 000000000 of the .sub file (vob-no-pack)"},
+        {std::string(2048, '\xFF'), "[vob-no-pack] "},
+        {"", "[vob-no-pack] "},
         {[&] {
              std::string sub = samples::packUnit(good);
              sub[13] = char(sub[13] | 1);
              sub.insert(14, 1, '\xFF').pop_back();
              return sub;
          }(),
-         "the pack header at 000000000 has stuffing bytes (vob-stuffing)"},
+         "[vob-stuffing] "},
         {[&] {
              std::string sub = samples::packUnit(good);
              sub[17] = '\xE0';
              return sub;
          }(),
-         "the pack at 000000000 holds no subtitle packet (vob-no-pack)"},
-        {samples::packUnit(noSize), "the picture's own size is 0 (vob-unit-size-0)"},
-        {samples::pack(good.substr(0, 20)),
-         "its pack at 000000000 does not end at a multiple of 2048 bytes (vob-packs-not-2048)"},
-        {samples::packUnit(broken), "its control sequences are damaged, or name no area (vob-bad-commands)"},
-        {samples::packUnit(unitOf(samples::Bitmap({"1111"}))), "its area of 4x1 has too few rows (vob-two-rows)"},
-        {samples::packUnit(upsideDown), "vob-area-too-large"},
+         "[vob-no-pack] "},
+        {samples::packUnit(cut).substr(0, 2048), "[vob-no-pack] "},
+        {samples::packUnit(noSize), "[vob-unit-size-0] "},
+        {samples::pack(good.substr(0, 20)), "[vob-packs-not-2048] "},
+        {samples::packUnit(broken), "[vob-bad-commands] "},
+        {samples::packUnit(unitOf(samples::Bitmap({"1111"}))), "[vob-two-rows] "},
+        {samples::packUnit(upsideDown), "[vob-area-too-large] "},
         {samples::packUnit(samples::encodeUnit(unseen)), "all of it is transparent"},
     };
     const std::string index = "size: 16x8\nid: en, index: 0\n" + samples::indexLine(1000, 0);
@@ -262,10 +266,10 @@ TEST(VobSub, APictureThatIsNotThereSaysWhy) {
         EXPECT_EQ(entry["picture"], nullptr) << row.why;
         EXPECT_NE(entry["why"].get<std::string>().find(row.why), std::string::npos) << entry["why"] << row.why;
     }
-    const std::string sub = samples::packUnit(good) + std::string(65536, '\0');
+    const std::string sub = samples::packUnit(good) + std::string(65536 - 2048, '\0') + samples::packUnit(good);
     const VobSubPair descending(
         "size: 16x8\n" + samples::indexLine(1000, 65536) + "\n" + samples::indexLine(2000, 0) + "\n", sub);
-    EXPECT_NE(runVxsub({"list", descending.idx()}).out.find("(vob-descending)"), std::string::npos);
+    EXPECT_NE(runVxsub({"list", descending.idx()}).out.find("(no picture: [vob-descending] "), std::string::npos);
 }
 
 TEST(VobSub, InfoJsonHoldsTheSame) {
@@ -413,13 +417,14 @@ TEST(Render, WhatCannotBeDecodedIsNamed) {
     const Outcome outcome = runVxsub({"render", pair.idx(), "--all", "--surface", "16x8", "-o", all});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out,
-              "entry 1 has no picture: there is no MPEG-2 pack at 000000800 of the .sub file (vob-no-pack)\n" + all +
-                  ": 2 pictures\n");
+              "entry 1 has no picture: [vob-no-pack] At the position that the index names there is no MPEG-2 pack with "
+              "a subtitle packet: the picture is refused.\n" +
+                  all + ": 2 pictures\n");
     const Outcome one = runVxsub({"render", pair.idx(), "--index", "1", "-o", folder / "x.png"});
     EXPECT_EQ(one.status, 1);
-    EXPECT_EQ(one.err,
-              "vxsub: " + pair.idx() +
-                  ": entry 1 has no picture: there is no MPEG-2 pack at 000000800 of the .sub file (vob-no-pack)\n");
+    EXPECT_EQ(one.err, "vxsub: " + pair.idx() +
+                           ": entry 1 has no picture: [vob-no-pack] At the position that the index names there is no "
+                           "MPEG-2 pack with a subtitle packet: the picture is refused.\n");
     EXPECT_EQ(Folder::names(folder / ""), (std::vector<std::string>{"all"}));
     const VobSubPair none(film.idx(), std::string(6144, '\xFF'));
     EXPECT_EQ(runVxsub({"render", none.idx(), "--all", "-o", all}).status, 1);

@@ -2,15 +2,15 @@
 #include <algorithm>
 #include <map>
 
+#include "CheckFile.h"
 #include "Commands.h"
+#include "Errors.h"
 #include "Json.h"
 #include "Log.h"
 #include "Screen.h"
-#include "ShownEntries.h"
 #include "Text.h"
 #include "Time.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
-#include "tools/meant/SystemEncodings.h"
 
 namespace vxsub {
 namespace {
@@ -35,22 +35,16 @@ Span spanOf(const std::vector<Entry>& entries) {
     return span;
 }
 
-/// How many of the meant entries are shown as they were meant.
-struct AsMeant {
-    size_t meant, right;
-};
-
-/// Nothing where the meant reading has none to compare with.
-std::optional<AsMeant> compareWithMeant(const SubtitleFile& file, const OpenOptions& options) {
-    if (file.hasPictures()) return std::nullopt;
+/// Nothing where there is nothing to compare with.
+std::optional<check::Report> compareWithMeant(const OpenOptions& options) {
     const HiddenLog hidden;
-    OpenOptions again = options;
-    again.quiet = true;
-    const std::string bytes = file.bytes();
-    const meant::File meant = meant::read(bytes, meantOptions(options), meant::systemEncodings());
-    if (!meant::hasReader(meant.format)) return std::nullopt;
-    const check::Comparison comparison = check::compare(meant, openShown(again, meant.encoding).shown);
-    return AsMeant{comparison.meant, comparison.right};
+    CheckOptions check = {options, {}, {}};
+    check.file.quiet = true;
+    try {
+        return checkFile(check);
+    } catch (const FileError&) {
+        return std::nullopt;
+    }
 }
 
 /// All that is said of a file.
@@ -60,7 +54,7 @@ struct Facts {
     std::optional<FrameRate> rate;            ///< of times that are frame numbers
     bool isRateIdle = false;                  ///< --fps was given, and has no effect
     std::map<const MarkKind*, size_t> marks;  ///< how many entries have them
-    std::optional<AsMeant> asMeant;
+    std::optional<check::Report> asMeant;
 
     std::vector<Entry> entriesOf(const Track& track) const {
         return {entries.begin() + track.first, entries.begin() + track.end};
@@ -71,7 +65,7 @@ struct Facts {
 };
 
 Facts gather(SubtitleFile& file, const OpenOptions& options) {
-    Facts facts = {file, {}, file.frameRate(), false, {}, compareWithMeant(file, options)};
+    Facts facts = {file, {}, file.frameRate(), false, {}, compareWithMeant(options)};
     for (U32 i = 0; i < file.count(); ++i) facts.entries.push_back(file.entry(i));
     facts.isRateIdle =
         options.frameRate && (facts.rate ? facts.rate->from == RateFrom::File : !file.followsFrameRate());
@@ -241,9 +235,11 @@ void show(const Facts& facts, const OpenOptions& options, Output& out) {
     snprintf(opened, sizeof opened, "%.3f ms", file.openMilliseconds());
     field(out, "Opened in", opened);
     if (!facts.asMeant) return;
-    const AsMeant& asMeant = *facts.asMeant;
-    out.line("Shown as meant: " + std::to_string(asMeant.right) + " of " + counted(asMeant.meant, "entry", "entries") +
-             (asMeant.right == asMeant.meant ? "" : "; vxsub check " + shellWord(file.path()) + " says why"));
+    const check::Report& report = *facts.asMeant;
+    const std::string says = report.right < report.meant ? "why" : "more";
+    out.line("Shown as meant: " + std::to_string(report.right) + " of " + std::to_string(report.meant) + " " +
+             report.things +
+             (report.remarks.empty() ? "" : "; vxsub check " + shellWord(file.path()) + " says " + says));
 }
 
 // --------------------------------------------------------------------------------------------------- for programs

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "CommandLine.h"
+#include "Errors.h"
 
 namespace vxsub {
 namespace {
@@ -34,6 +35,8 @@ std::vector<std::string> namesOf(const CLI::Option& option) {
 }
 
 bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
+
+bool takesMany(const CLI::Option& argument) { return argument.get_items_expected_max() > 1; }
 
 bool isOfEveryCommand(const CLI::App& app, const CLI::Option& option) {
     const auto has = [&](const CLI::App* command) {
@@ -103,7 +106,8 @@ void writeOption(const CLI::Option& option, std::ostream& out) {
 void writeCommand(const CLI::App& app, const CLI::App& command, std::ostream& out) {
     const std::string name = "vxsub " + command.get_name();
     out << ".SS \"" << name << "\"\n" << bold(name) << " [" << italic("OPTIONS") << "]";
-    for (const CLI::Option* argument : argumentsOf(command)) out << " " << italic(argument->get_name());
+    for (const CLI::Option* argument : argumentsOf(command))
+        out << " " << italic(argument->get_name()) << (takesMany(*argument) ? " ..." : "");
     out << "\n.PP\n" << roff(command.get_description()) << ".\n";
     for (const CLI::Option* option : optionsOf(command))
         if (!isOfEveryCommand(app, *option)) writeOption(*option, out);
@@ -221,7 +225,7 @@ std::string zshOption(const CLI::Option& option) {
 std::string zshArgument(const CLI::Option& argument) {
     const std::string name = argument.get_name();
     const std::string action = name == "FILE" ? "_files -g \"(#i)*.(" + extensions() + ")(-.)\"" : "";
-    return "':" + name + ":" + action + "'";
+    return std::string("'") + (takesMany(argument) ? "*" : "") + ":" + name + ":" + action + "'";
 }
 
 void writeZsh(const CLI::App& app, std::ostream& out) {
@@ -259,7 +263,7 @@ _vxsub "$@"
 
 int run(const char* what) {
     Output out;
-    Session session{out, {}, false, {}};
+    Session session{out, {}, false, kOk, {}};
     CLI::App app("", "vxsub");
     describe(app, session);
     const struct {

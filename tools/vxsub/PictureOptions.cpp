@@ -26,12 +26,12 @@ std::optional<Size> parseSize(const std::string& text) {
 }  // namespace
 
 void addSurfaceOption(CLI::App& command, std::optional<Size>* surface, const char* description) {
-    const auto set = [surface](const std::string& text) {
+    const auto setSurface = [surface](const std::string& text) {
         *surface = parseSize(text);
         if (!*surface)
             throw CLI::ValidationError("--surface", text + " is no size; write 1920x1080 or the like, up to 4096x4096");
     };
-    command.add_option_function<std::string>("--surface", set, description)->type_name("WxH");
+    command.add_option_function<std::string>("--surface", setSurface, description)->type_name("WxH");
 }
 
 void addPictureOptions(CLI::App& command, PictureOptions* options, const char* target, const char* surface) {

@@ -30,7 +30,10 @@ struct RenderOptions {
 class Renderer {
 public:
     Renderer(SubtitleFile& file, const RenderOptions& options)
-        : mFile(file), mOptions(options), mTelevision(file, options.picture.surface.value_or(kTelevision)) {}
+        : mFile(file),
+          mOptions(options),
+          mFaults(file),
+          mTelevision(file, options.picture.surface.value_or(kTelevision)) {}
 
     /// Writes an entry's picture, if it has one.
     void write(U32 index, const std::string& path) {
@@ -38,7 +41,7 @@ public:
         if (shown) shown->image.writePng(path, mOptions.picture.background);
         const Box box = shown ? placeOf(mFile, *shown) : Box{};
         const bool isSeen = shown && !shown->box.isEmpty();
-        mResults.push_back({index, shown ? path : "", box, isSeen ? "" : why(index, shown)});
+        mResults.push_back({index, shown ? path : "", box, isSeen ? "" : mFaults.why(index, mTelevision, shown)});
     }
 
     struct Result {
@@ -67,13 +70,9 @@ public:
     }
 
 private:
-    std::string why(U32 index, const std::optional<Television::Shown>& shown) const {
-        if (shown && mFile.vobSub() == nullptr) return "the plug-in draws nothing";
-        return whyNotSeen(mFile, index, mTelevision, shown);
-    }
-
     SubtitleFile& mFile;
     const RenderOptions& mOptions;
+    PictureFaults mFaults;
     Television mTelevision;
     std::vector<Result> mResults;
 };

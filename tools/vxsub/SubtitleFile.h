@@ -23,8 +23,8 @@ struct OpenOptions {
     CharsetRef native;                      ///< null: guess
     std::string language;                   ///< the television's subtitle language; empty: not set
     bool raw = false;                       ///< texts with all units that the library counted
-    bool quiet = false;                   ///< complain about nothing
     std::optional<android::U32> frameRate;  ///< as `SetFrameRate` takes it; nothing: not set
+    bool quiet = false;                     ///< no remarks on standard error
     std::optional<android::U32> track;      ///< nothing: the first, or all where all are shown
 };
 
@@ -75,6 +75,7 @@ public:
     SubtitleFile(const SubtitleFile&) = delete;
     SubtitleFile& operator=(const SubtitleFile&) = delete;
 
+    const OpenOptions& options() const { return mOptions; }
     const std::string& path() const { return mSource.path; }
     android::S64 length() const { return mSource.length; }
     std::string bytes() const;  ///< all of them

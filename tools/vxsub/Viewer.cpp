@@ -1,13 +1,12 @@
 #include "Viewer.h"
 
-#include "PictureFault.h"
 #include "Text.h"
 
 namespace vxsub {
 
 using namespace android;
 
-Viewer::Viewer(SubtitleFile& file, const std::optional<Size>& surface) : mFile(file) {
+Viewer::Viewer(SubtitleFile& file, const std::optional<Size>& surface) : mFile(file), mFaults(file) {
     if (file.hasPictures()) mTelevision.emplace(file, surface.value_or(kTelevision));
 }
 
@@ -15,7 +14,7 @@ std::u32string Viewer::text(U32 index) {
     if (!mTelevision) return mFile.text(index);
     const std::optional<Television::Shown> shown = mTelevision->show(index);
     const Box box = shown ? placeOf(mFile, *shown) : Box{};
-    if (box.isEmpty()) return decodeUtf8("(no picture: " + whyNotSeen(mFile, index, *mTelevision, shown) + ")");
+    if (box.isEmpty()) return decodeUtf8("(no picture: " + mFaults.why(index, *mTelevision, shown) + ")");
     return decodeUtf8("(picture " + sizeText(box.width, box.height) + " at " + std::to_string(box.left) + ", " +
                       std::to_string(box.top) + ")");
 }
@@ -31,7 +30,7 @@ Json Viewer::json(U32 index, bool raw) {
     const std::optional<Television::Shown> shown = mTelevision->show(index);
     const Box box = shown ? placeOf(mFile, *shown) : Box{};
     value["picture"] = box.isEmpty() ? Json(nullptr) : boxJson(box);
-    if (box.isEmpty()) value["why"] = whyNotSeen(mFile, index, *mTelevision, shown);
+    if (box.isEmpty()) value["why"] = mFaults.why(index, *mTelevision, shown);
     return value;
 }
 
@@ -39,21 +38,6 @@ Box placeOf(const SubtitleFile& file, const Television::Shown& shown) {
     if (file.vobSub() != nullptr) return shown.box;
     const PictureArea& area = shown.area;  // as the plug-in says: it may draw by itself
     return {area.u16X, area.u16Y, area.u16Width, area.u16Height};
-}
-
-std::string whyNotSeen(SubtitleFile& file, U32 index, const Television& television,
-                       const std::optional<Television::Shown>& shown) {
-    if (file.vobSub() == nullptr) return "the plug-in gives none";
-    const PictureArea area = shown ? shown->area : PictureArea{};
-    if (area.u16Width == 0 || area.u16Height == 0) {
-        const PictureFault fault = faultOf(file, index);
-        return fault.words + " (" + fault.name + ")";
-    }
-    const Size frame = frameSizeOf(file);
-    const Size surface = television.size();
-    if (2 * surface.width < frame.width || 2 * surface.height < frame.height)
-        return "nothing is drawn on a surface of " + sizeText(surface.width, surface.height);
-    return "all of it is transparent";
 }
 
 std::string sizeText(int width, int height) { return std::to_string(width) + "x" + std::to_string(height); }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Json.h"
+#include "PictureFaults.h"
 #include "Television.h"
 
 namespace vxsub {
@@ -21,15 +22,12 @@ public:
 
 private:
     SubtitleFile& mFile;
+    PictureFaults mFaults;
     std::optional<Television> mTelevision;  ///< none for texts
 };
 
 /// Where a picture is seen on the television; empty when it is not.
 Box placeOf(const SubtitleFile& file, const Television::Shown& shown);
-
-/// Why nothing of an entry's picture is seen.
-std::string whyNotSeen(SubtitleFile& file, android::U32 index, const Television& television,
-                       const std::optional<Television::Shown>& shown);
 
 std::string sizeText(int width, int height);  ///< "1920x1080"
 

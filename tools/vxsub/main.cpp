@@ -39,18 +39,18 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
            commandNames(app) + help;
 }
 
-void parseAndRun(int argc, char** argv, Output& out) {
-    Session session{out, {}, false, {}};
+int parseAndRun(int argc, char** argv, Output& out) {
+    Session session{out, {}, false, kOk, {}};
     CLI::App app("", "vxsub");
     describe(app, session);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
         out.write(app.help());
-        return;
+        return kOk;
     } catch (const CLI::CallForVersion& version) {
         out.line(version.what());
-        return;
+        return kOk;
     } catch (const CLI::ParseError& error) {
         throw UsageError(whatIsWrong(app, error));
     }
@@ -59,6 +59,7 @@ void parseAndRun(int argc, char** argv, Output& out) {
         out.showForeignOutput();
     }
     session.run();
+    return session.status;
 }
 
 int run(int argc, char** argv) {
@@ -66,9 +67,9 @@ int run(int argc, char** argv) {
     signal(SIGPIPE, SIG_IGN);  // a reader that has gone is seen where the output is written
     Output out;
     try {
-        parseAndRun(argc, argv, out);
+        const int status = parseAndRun(argc, argv, out);
         out.flush();
-        return kOk;
+        return status;
     } catch (const ReaderGone&) {
         return kOk;
     } catch (const UsageError& error) {
