@@ -29,9 +29,11 @@ TEST(Usage, IsSaidInOneLineWithStatus2) {
         std::vector<std::string> arguments;
         const char* error;
     } kRows[] = {
-        {{}, "vxsub: a command is needed; there are info, list, at, play, render, sheet, push, check (see vxsub --help)\n"},
+        {{},
+         "vxsub: a command is needed; there are info, list, at, play, render, sheet, push, check (see vxsub --help)\n"},
         {{"lst"},
-         "vxsub: there is no command lst; there are info, list, at, play, render, sheet, push, check (see vxsub --help)\n"},
+         "vxsub: there is no command lst; there are info, list, at, play, render, sheet, push, check (see vxsub "
+         "--help)\n"},
         {{"--foo"}, "vxsub: there is no option --foo (see vxsub --help)\n"},
         {{"list"}, "vxsub: FILE is required (see vxsub list --help)\n"},
         {{"list", "--foo", "a.srt"}, "vxsub: there is no option --foo (see vxsub list --help)\n"},
@@ -173,14 +175,14 @@ TEST(Files, ThatAreNoSubtitlesAreSaidToBeNone) {
         std::string content;
         const char* nature;
     } kRows[] = {
-        {"", ": it is empty"},
-        {noise, ", but binary data"},
+        {"", "an empty file"},
+        {noise, "binary data"},
         {"\x7F"
          "ELF\2\1\1\0\0\0"s +
              std::string(100, '\0'),
-         ", but an executable"},
-        {"\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s, ", but a PNG picture"},
-        {"Dear reader,\nall the best.\n", ", but text without times of any known form"},
+         "an executable"},
+        {"\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s, "a PNG picture"},
+        {"Dear reader,\nall the best.\n", "text without times of any known form"},
     };
     for (const auto& row : kRows)
         for (const char* extension : {".srt", ".ass", ".smi", ".txt"})
@@ -189,7 +191,7 @@ TEST(Files, ThatAreNoSubtitlesAreSaidToBeNone) {
                 const Outcome outcome = runVxsub({command, file.path()});
                 EXPECT_EQ(outcome.status, 1) << row.nature;
                 EXPECT_EQ(outcome.out, "");
-                EXPECT_EQ(outcome.err, "vxsub: "s + file.path() + ": is no subtitle file" + row.nature + "\n");
+                EXPECT_EQ(outcome.err, "vxsub: "s + file.path() + ": is no subtitle file but " + row.nature + "\n");
             }
 }
 
@@ -258,6 +260,12 @@ TEST(Info, SaysHowManyEntriesAreShownAsMeant) {
     const std::string log = runVxsub({"info", "--log", path}).err;
     const std::string enter = "BeginParse -> Enter";
     EXPECT_EQ(log.find(enter), log.rfind(enter)) << "the library is seen to open it once";
+}
+
+TEST(Info, OfWhatIsNotSupportedShowsNothingAsMeant) {
+    const TempFile file("WEBVTT\n\n00:01.000 --> 00:02.000\nHello\n", ".srt");
+    const std::string path = file.path(), out = runVxsub({"info", path}).out;
+    EXPECT_NE(out.find("Shown as meant: 0 of 0 entries; vxsub check " + path + " says why\n"), out.npos) << out;
 }
 
 TEST(Info, SaysWhatWasGuessed) {

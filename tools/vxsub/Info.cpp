@@ -236,7 +236,7 @@ void show(const Facts& facts, const OpenOptions& options, Output& out) {
     field(out, "Opened in", opened);
     if (!facts.asMeant) return;
     const check::Report& report = *facts.asMeant;
-    const std::string says = report.right < report.meant ? "why" : "more";
+    const std::string says = report.right < report.meant || report.meant == 0 ? "why" : "more";
     out.line("Shown as meant: " + std::to_string(report.right) + " of " + std::to_string(report.meant) + " " +
              report.things +
              (report.remarks.empty() ? "" : "; vxsub check " + shellWord(file.path()) + " says " + says));

@@ -170,10 +170,9 @@ void SubtitleFile::requireSubtitles() const {
     const SubtitleParserSUBIDX* index = vobSub();
     const bool saysSomething = index != nullptr && (index->m_u32Width != 0 || index->m_au32Palette[1] != 0);
     if (mCount > 0 || saysSomething) return;
-    if (length() == 0) throw FileError(path() + ": is no subtitle file: it is empty");
     const meant::File found = meant::read(bytes(), {}, meant::systemEncodings());
     if (found.format != meant::Format::None) return;
-    throw FileError(path() + ": is no subtitle file, but " + found.nature);
+    throw FileError(path() + ": is no subtitle file but " + found.nature);
 }
 
 std::string SubtitleFile::encoding() const {
