@@ -130,10 +130,14 @@ SubtitleFile::SubtitleFile(const OpenOptions& options)
     mHasUtf8Mark = beginsWithUtf8Mark(mSource.fd);
     readTracks();
     requireSubtitles();
+}
+
+const Decoder& SubtitleFile::decoder() {
+    if (mDecoder != nullptr) return *mDecoder;
     // The user overrules what the library judged from the bytes, but no mark.
-    const bool isOverruled = options.native != nullptr && !mHasUtf8Mark && codeType() == kUtf8;
-    mDecoder = std::make_unique<Decoder>(*mParser, isOverruled ? kNative : codeType(), nativeFor(options),
-                                         hasPictures() ? "" : bytes());
+    const bool isOverruled = mOptions.native != nullptr && !mHasUtf8Mark && codeType() == kUtf8;
+    mDecoder = std::make_unique<Decoder>(*mParser, isOverruled ? kNative : codeType(), nativeFor(mOptions), bytes());
+    return *mDecoder;
 }
 
 SubtitleFile::~SubtitleFile() { end(*mParser); }

@@ -122,8 +122,8 @@ public:
     Units units(android::U32 index);
 
     /// An entry's text as the player gets it.
-    std::u32string text(android::U32 index) { return mDecoder->decode(units(index)); }
-    const Decoder& decoder() const { return *mDecoder; }
+    std::u32string text(android::U32 index) { return decoder().decode(units(index)); }
+    const Decoder& decoder();
 
 private:
     class Descriptor;
@@ -141,7 +141,7 @@ private:
     bool mHasUtf8Mark = false;
     android::U32 mCount = 0;
     double mOpenMilliseconds = 0;
-    std::unique_ptr<Decoder> mDecoder;
+    std::unique_ptr<Decoder> mDecoder;  ///< made when it is asked for: a guess takes time
     std::vector<android::U8> mBuffer;
 };
 
