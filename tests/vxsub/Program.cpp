@@ -173,6 +173,13 @@ bool TerminalJob::echoes() const {
     return tcgetattr(mTerminal, &settings) == 0 && (settings.c_lflag & ECHO) != 0;
 }
 
+void TerminalJob::echo() {
+    termios settings = {};
+    tcgetattr(mTerminal, &settings);
+    settings.c_lflag |= ECHO | ICANON;
+    tcsetattr(mTerminal, TCSANOW, &settings);
+}
+
 void TerminalJob::resize(unsigned short rows, unsigned short columns) {
     const winsize size = {rows, columns, 0, 0};
     ioctl(mTerminal, TIOCSWINSZ, &size);

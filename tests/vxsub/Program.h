@@ -39,6 +39,7 @@ public:
 
     /// Whether the terminal shows what is typed.
     bool echoes() const;
+    void echo();  ///< makes it
     void resize(unsigned short rows, unsigned short columns);
     void kill(int signal);
 

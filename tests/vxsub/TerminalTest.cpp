@@ -149,6 +149,22 @@ TEST_F(Terminal, KeysAreGivenBackWhateverEndsThePlay) {
     EXPECT_EQ(job.finish().status, 0);
 }
 
+TEST_F(Terminal, KeysAreTakenAnewAfterAStopThatNobodySees) {
+    const TempFile file(kLongMovie, ".srt");
+    TerminalJob job({"play", file.path()});
+    job.waitFor("Still here.");
+    job.kill(SIGSTOP);
+    job.waitUntilStopped();
+    job.echo();  // as shells do
+    const size_t seen = job.waitFor("").size();
+    job.proceed();
+    job.waitFor(kHide, job.waitFor(kHide, seen).size());  // the second frame
+    EXPECT_FALSE(job.echoes());
+    job.type("q");
+    EXPECT_EQ(job.finish().status, 0);
+    EXPECT_TRUE(job.echoes());
+}
+
 TEST_F(Terminal, IsGivenBackWhileTheProgramIsStopped) {
     const TempFile file(kLongMovie, ".srt");
     TerminalJob job({"play", file.path()});

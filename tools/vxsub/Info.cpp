@@ -226,8 +226,8 @@ void show(const Facts& facts, const OpenOptions& options, Output& out) {
     field(out, "File", printable(file.path()) + " (" + counted(size_t(file.length()), "byte", "bytes") + ")");
     field(out, "Format", nameOf(file.type()).phrase);
     field(out, "Encoding", file.encoding());
-    const std::string reading = describeReading(file.decoder());
-    if (!file.hasPictures() && !reading.empty()) field(out, "", reading);
+    const std::string reading = file.hasPictures() ? "" : describeReading(file.decoder());
+    if (!reading.empty()) field(out, "", reading);
     if (file.vobSub() != nullptr) showVobSub(*file.vobSub(), out);
     showRate(facts, options, out);
     showEntries(facts, out);

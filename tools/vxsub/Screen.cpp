@@ -175,11 +175,15 @@ bool Screen::hasKeys() { return isatty(STDIN_FILENO) == 1; }
 /// Ctrl-C and the like still make signals.
 void Screen::takeKeys() {
     if (!mTakesKeys || gKeysTaken || tcgetattr(STDIN_FILENO, &gEarlierKeys) != 0) return;
+    gKeysTaken = 1;  // first: a signal between the two restores what is still there
+    setKeys();
+}
+
+void Screen::setKeys() const {
     termios keys = gEarlierKeys;
     keys.c_lflag &= ~tcflag_t(ICANON | ECHO);
     keys.c_cc[VMIN] = 0;
     keys.c_cc[VTIME] = 0;
-    gKeysTaken = 1;  // first: a signal between the two restores what is still there
     tcsetattr(STDIN_FILENO, TCSANOW, &keys);
 }
 
@@ -237,6 +241,8 @@ bool Screen::wasStopped() {
     gContinued = 0;
     // What stands on the terminal now was written by others: the next frame begins below it.
     if (stopped) mHeight = 0;
+    // After SIGSTOP, which nobody sees coming, the shell has set the keys as it likes.
+    if (stopped && gKeysTaken && !isInBackground()) setKeys();
     return stopped;
 }
 

@@ -53,6 +53,7 @@ public:
 private:
     bool isInBackground() const;
     void takeKeys();
+    void setKeys() const;
 
     Output& mOut;
     bool mTakesKeys;
