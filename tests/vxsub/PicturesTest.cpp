@@ -94,7 +94,7 @@ samples::VobSub squares(unsigned width, unsigned height) {
     return film;
 }
 
-constexpr unsigned kGrey = 0x909090FF, kOrange = 0xF0A030FF, kBlue = 0x102030FF;
+constexpr unsigned kGrey = 0xC8C8C8FF, kOrange = 0xF0A030FF, kBlue = 0x102030FF;
 
 TEST(VobSub, InfoTellsTracksFrameAndPalette) {
     const samples::VobSub film = squares(16, 8);

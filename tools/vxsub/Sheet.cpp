@@ -21,7 +21,7 @@ constexpr int kColumns = 3;
 constexpr size_t kOnASheet = 60;
 constexpr int kGap = 12;
 constexpr int kMargin = 6;  // between a cell's border and what it holds
-constexpr Colour kBorder = {0x90, 0x90, 0x90, 0xFF};
+constexpr Colour kBorder = {0xC8, 0xC8, 0xC8, 0xFF};
 constexpr unsigned kLetterScale = 2;
 
 struct SheetOptions {
