@@ -544,7 +544,14 @@ TEST(Sheet, NamesTracksAndDrawsBorders) {
         EXPECT_EQ(image.at(x, bottom), kGrey);
     }
     EXPECT_EQ(image.count(kGrey), 2 * (right - left + 1) + 2 * (bottom - top - 1));
-    EXPECT_EQ(Png(all).width, 3 * (image.width - 12) + 12) << "as wide with the track as any";
+    samples::VobSub single(16, 8, {0x000000, 0xF0A030, 0x102030});
+    samples::Subpicture picture;
+    picture.bitmap = samples::Bitmap(8, 4);
+    single.addUnit(500, samples::encodeUnit(picture));
+    const VobSubPair other(single.idx(), single.sub());
+    const std::string without = folder / "without.png";
+    ASSERT_EQ(runVxsub({"sheet", other.idx(), "--background", "none", "-o", without}).status, 0);
+    EXPECT_GT(image.count(0xFFFFFFFF), Png(without).count(0xFFFFFFFF) + 6 * 40) << "TRACK 1";
 }
 
 TEST(Sheet, LargePicturesAreReducedAndMissingOnesCounted) {

@@ -134,7 +134,7 @@ private:
         if (picture.size().width == 0) ++mMissing;
         const U32 track = mFile.trackOf(index);
         std::string label = std::to_string(index) + " " + formatTime(mFile.entry(index).start);
-        if (mFile.tracks().size() > 1) label += " track " + std::to_string(track);
+        if (mFile.tracks().size() > 1) label += " TRACK " + std::to_string(track);  // the letters are capitals
         return {picture.reduced(scale()), drawLabel(label)};
     }
 
