@@ -94,6 +94,8 @@ const std::vector<Row>& rowsOfSubRip() {
 
 const std::vector<Row>& rowsOfScripts() {
     static const std::vector<Row> kRows = {
+        {"ssa-mark", ".ass", kMark + event("0:00:01.00", "0:00:02.00", "a") + event("0:00:03.00", "0:00:04.00", "b")},
+        {"pair-stray-time", ".txt", "0:00:00:\r\n0:00:01:a\r\n0:00:03:\r\n0:00:04:b\r\n0:00:05:\r\n", 2},
         {"ssa-leading-blank", ".ass", " " + event("0:00:01.00", "0:00:02.00", "a")},
         {"ssa-few-commas", ".ass", "Format: Start, End, Text\r\nDialogue: 0:00:01.00,0:00:02.00,a\r\n", 2},
         {"ssa-out-of-order", ".ass", event("0:00:03.00", "0:00:04.00", "b") + event("0:00:01.00", "0:00:02.00", "a"),

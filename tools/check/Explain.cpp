@@ -70,7 +70,7 @@ private:
 }  // namespace
 
 std::vector<Finding> explain(const Scene& bare, const Comparison& comparison) {
-    const Facts facts = factsOf(bare);
+    const Facts facts = comparison.differences.empty() ? Facts() : factsOf(bare);
     Scene scene = bare;
     scene.facts = &facts;
     std::vector<Finding> findings;

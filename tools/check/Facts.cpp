@@ -14,8 +14,8 @@ public:
     explicit Units(const Scene& scene) : mBytes(scene.bytes), mIsBig(scene.meant.encoding.name == "UTF-16BE") {}
     size_t count() const { return mBytes.size() / 2; }
     unsigned at(size_t i) const {
-        const auto first = static_cast<unsigned char>(mBytes[2 * i]),
-                   second = static_cast<unsigned char>(mBytes[2 * i + 1]);
+        const unsigned first = static_cast<unsigned char>(mBytes[2 * i]),
+                       second = static_cast<unsigned char>(mBytes[2 * i + 1]);
         return mIsBig ? first << 8 | second : second << 8 | first;
     }
 
@@ -90,17 +90,28 @@ void lookAtElements(std::string_view bytes, Facts* facts) {
     }
 }
 
-void lookAtLine(const Scene& scene, size_t offset, const std::string& line, Facts* facts) {
+void lookAtLine(const Scene& scene, size_t offset, std::string_view line, Facts* facts) {
     const size_t begin = std::min(line.find_first_not_of(" \t\v\f"), line.size());
-    const std::string_view text = std::string_view(line).substr(begin);
+    const std::string_view text = line.substr(begin);
     const bool beginsWithDigit = !text.empty() && isDigit(text[0]);
     const size_t firstEntry = scene.meant.entries.empty() ? SIZE_MAX : scene.meant.entries.front().place.offset;
     if (beginsWithDigit && facts->firstDigitLine.empty()) facts->firstDigitLine = text;
     if (offset < firstEntry && text.size() > 1 && isDigit(text[1])) facts->hasSecondDigit = true;
-    if (beginsWithDigit && countNumbers(text) >= 4 && !isUsualLine(scene.meant.format, text))
-        facts->hasStrayNumbers = true;
-    if (facts->looseLine == SIZE_MAX && !isUsualLine(scene.meant.format, line) && isNearly(scene.meant.format, line))
-        facts->looseLine = offset;
+    if (isUsualLine(scene.meant.format, text)) return;
+    facts->hasStrayNumbers |= beginsWithDigit && countNumbers(text) >= 4;
+    if (facts->looseLine == SIZE_MAX && isNearly(scene.meant.format, text)) facts->looseLine = offset;
+}
+
+/// From one LF to the next; there may be more than one where CR ends lines.
+void lookAtLines(const Scene& scene, size_t begin, size_t end, Facts* facts) {
+    while (begin < end) {
+        const size_t cr = std::min(scene.bytes.find('\r', begin), end);
+        if (isWide(scene.meant.encoding))
+            lookAtLine(scene, begin, lineAt(scene, begin), facts);
+        else
+            lookAtLine(scene, begin, scene.bytes.substr(begin, cr - begin), facts);
+        begin = cr + 1;
+    }
 }
 
 }  // namespace
@@ -143,9 +154,8 @@ Facts factsOf(const Scene& scene) {
     size_t offset = isWide(scene.meant.encoding) ? kMark : 0;
     if (scene.bytes.substr(0, 3) == "\xEF\xBB\xBF") offset = 3;
     while (offset < scene.bytes.size()) {
-        lookAtLine(scene, offset, lineAt(scene, offset), &facts);
-        const size_t end = scene.bytes.find_first_of("\r\n", offset);
-        if (end == scene.bytes.npos) break;
+        const size_t end = std::min(scene.bytes.find('\n', offset), scene.bytes.size());
+        lookAtLines(scene, offset, end, &facts);
         offset = end + 1;
     }
     return facts;

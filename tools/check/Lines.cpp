@@ -24,4 +24,10 @@ std::vector<std::string> numbersOf(std::string_view line) {
     return numbers;
 }
 
+size_t countNumbers(std::string_view line) {
+    size_t count = 0;
+    for (size_t i = 0; i < line.size(); ++i) count += isDigit(line[i]) && (i == 0 || !isDigit(line[i - 1]));
+    return count;
+}
+
 }  // namespace check

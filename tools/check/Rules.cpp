@@ -63,6 +63,15 @@ bool zerosInText(const Scene& scene, const Difference& difference) {
     return scene.bytes.substr(entry.place.offset, entry.behind - entry.place.offset).find('\0') != std::string::npos;
 }
 
+/// CR among other line ends: a line that does not end, or a blank one that is none.
+bool crAmongOthers(const Scene& scene, const Difference& difference) {
+    const meant::Entry& entry = *difference.entry;
+    if (scene.meant.lineEnds.cr == 0 || isWide(scene.meant.encoding)) return false;
+    for (size_t cr = scene.bytes.find('\r', entry.place.offset); cr < entry.behind; cr = scene.bytes.find('\r', cr + 1))
+        if (cr + 1 == scene.bytes.size() || scene.bytes[cr + 1] != '\n') return true;
+    return false;
+}
+
 /// Whether a group in braces is the last thing on a line.
 bool textBlockAtLineEnd(const Scene& scene, const Difference& difference) {
     return rawText(scene, difference).find("}\n") != std::string::npos;
@@ -83,7 +92,8 @@ bool trailByteBrace(const Scene& scene, const Difference& difference) {
 }
 
 bool textTagAtLineEnd(const Scene& scene, const Difference& difference) {
-    return rawText(scene, difference).find(">\n") != std::string::npos;
+    const std::string text = rawText(scene, difference);
+    return text.find(">\n") != text.npos || text.find("><") != text.npos;
 }
 
 /// A bracket that opens, and none that closes it on its line.
@@ -194,6 +204,15 @@ bool pairForm(const Scene& scene, const Difference& difference) {
     return scene.facts->looseLine < (difference.entry != nullptr ? difference.entry->behind : SIZE_MAX);
 }
 
+/// Where lines make pairs: one that closes nothing.
+bool pairStrayTime(const Scene& scene, const Difference& difference) {
+    const bool arePairs =
+        scene.meant.format == meant::Format::SubViewer10 || scene.meant.format == meant::Format::TimedText;
+    return arePairs && !scene.meant.unseen.empty() &&
+           scene.meant.unseen.front().place.offset <
+               (difference.entry != nullptr ? difference.entry->behind : SIZE_MAX);
+}
+
 bool smiOddSync(const Scene& scene, const Difference&) { return scene.facts->hasOddSync; }
 
 bool smiSyncWithoutP(const Scene& scene, const Difference&) { return scene.facts->hasSyncWithoutP; }
@@ -257,6 +276,7 @@ const std::vector<Rule> kCommonRules = {
 
 const std::vector<Rule> kLastRules = {
     {"zeros-in-text", kAny, zerosInText},
+    {"cr-only", kAltered, crAmongOthers},
     {"text-too-long", kAltered, textTooLong},
     {"srt-blank-line-in-text", kAltered, srtBlankLineInText},
     {"trail-byte-brace", kAltered, trailByteBrace},
@@ -275,6 +295,7 @@ const std::vector<Rule> kLastRules = {
     {"txt-broken-line", kAny, pairForm<meant::Format::TimedText>},
     {"srt-time-form", kLost | kAltered | kFalse, pairForm<meant::Format::SubRip>},
     {"mdvd-frame-form", kAny, pairForm<meant::Format::MicroDvd>},
+    {"pair-stray-time", kAny, pairStrayTime},
     {"smi-sync-form", kAny, smiOddSync},
     {"smi-no-p", kAny, smiSyncWithoutP},
     {"dvb-time-form", kAny, timeForm<meant::Format::DvbText>},

@@ -22,6 +22,11 @@ bool ssaFewCommasElsewhere(const Scene& scene, const Difference&) { return scene
 
 bool ssaUtf16beMarkup(const Scene& scene, const Difference&) { return scene.meant.encoding.name == "UTF-16BE"; }
 
+bool ssaMark(const Scene& scene, const Difference& difference) {
+    constexpr size_t kMark = 3;
+    return scene.meant.encoding.name == "UTF-8" && difference.entry->place.offset == kMark;
+}
+
 /// An entry that stands before it in the script begins later.
 bool ssaOutOfOrder(const Scene& scene, const Difference& difference) {
     if (isWide(scene.meant.encoding)) return false;
@@ -69,6 +74,7 @@ bool ssaDrawing(const Scene& scene, const Difference& difference) {
 }  // namespace
 
 const std::vector<Rule> kSubStationAlphaRules = {
+    {"ssa-mark", kLost, ssaMark},
     {"ssa-leading-blank", kLost, ssaLeadingBlank},
     {"ssa-few-commas", kLost | kDisplaced | kAltered | kFalse | kHidden, ssaFewCommas},
     {"ssa-out-of-order", kLost, ssaOutOfOrder},

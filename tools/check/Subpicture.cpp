@@ -56,6 +56,7 @@ private:
                 const bool isMpeg2 = (mStream.at(mAt + 4) & 0xC0) == 0x40;
                 const size_t stuffing = isMpeg2 ? mStream.at(mAt + 13) & 7 : 0;
                 picture->hasStuffing |= stuffing != 0;
+                picture->hasOddPack |= !isMpeg2;
                 mAt += isMpeg2 ? 14 + stuffing : 12;
             } else if (mStream.isStartCode(mAt, kPadding)) {
                 mAt += 6 + mStream.word(mAt + 4);
@@ -64,6 +65,7 @@ private:
             }
         }
         if (!mStream.isStartCode(mAt, kPrivateStream)) return false;
+        picture->hasOddPack |= (mStream.at(mAt + 6) & 0xC0) != 0x80;
         mPayload = mAt + 9 + mStream.at(mAt + 8) + 1;
         mEnd = std::min(mAt + 6 + mStream.word(mAt + 4), mBytes.size());
         return true;

@@ -61,6 +61,7 @@ Index readIndex(std::string_view bytes);
 /// A picture in the stream, and what is unusual about it.
 struct Subpicture {
     bool hasPack = false;
+    bool hasOddPack = false;  ///< that is not of MPEG-2
     bool hasStuffing = false;
     bool leavesGrid = false;  ///< a pack of it does not end at a multiple of 2048
     bool hasSize = false;
