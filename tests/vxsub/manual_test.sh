@@ -60,6 +60,13 @@ offers 'movie.srt' vxsub info m
 offers 'MOVIE.SUB' vxsub --log list M
 offers "movie.mkv movie.srt" vxsub render movie.idx -o movie
 
+prefix=$folder/prefix
+cmake -DCMAKE_INSTALL_PREFIX="$prefix" -P "$made/cmake_install.cmake" >install.log || fail "$(cat install.log)"
+for installed in bin/vxsub share/man/man1/vxsub.1 share/bash-completion/completions/vxsub \
+    share/zsh/site-functions/_vxsub; do
+    [ -s "$prefix/$installed" ] || fail "$installed is not installed"
+done
+
 if command -v man >/dev/null && command -v groff >/dev/null; then
     warnings=$(LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l -Tutf8 -Z "$made/vxsub.1" 2>&1 >/dev/null)
     [ -z "$warnings" ] || fail "vxsub.1: $warnings"
