@@ -17,16 +17,24 @@ vxsub::Units bytes(std::string_view text) {
     return units;
 }
 
-std::string decoded(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, const char* native, const vxsub::Units& units) {
-    SubtitleParser parser;
-    const Decoder decoder(parser, codeType, native == nullptr ? nullptr : vxsub::findNativeCharset(native));
-    return vxsub::encodeUtf8(decoder.decode(units));
+/// Of a file that holds nothing but the text, unless another is given.
+Decoder decoderFor(SubtitleParser& parser, EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, const char* native,
+                   const vxsub::Units& units, std::string file = {}) {
+    if (file.empty())
+        for (const U16 unit : units.values) file += char(U8(unit));
+    return Decoder(parser, codeType, native == nullptr ? nullptr : vxsub::findNativeCharset(native), file);
 }
 
-Reading reading(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, const char* native, const vxsub::Units& units) {
+std::string decoded(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, const char* native, const vxsub::Units& units,
+                    const std::string& file = {}) {
     SubtitleParser parser;
-    const Decoder decoder(parser, codeType, native == nullptr ? nullptr : vxsub::findNativeCharset(native));
-    return decoder.readingOf(units);
+    return vxsub::encodeUtf8(decoderFor(parser, codeType, native, units, file).decode(units));
+}
+
+Reading reading(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, const char* native, const vxsub::Units& units,
+                const std::string& file = {}) {
+    SubtitleParser parser;
+    return decoderFor(parser, codeType, native, units, file).reading();
 }
 
 constexpr auto kNative = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;
@@ -68,29 +76,60 @@ TEST(NativeCharsets, GoThroughTheLibrarysTables) {
 }
 
 TEST(NativeCharsets, AreFoundInAnyLetterCaseAndByTheWholeWord) {
-    EXPECT_STREQ(vxsub::findNativeCharset("GBK")->option, "gbk");
-    EXPECT_STREQ(vxsub::findNativeCharset("Big5")->option, "big5");
-    EXPECT_EQ(vxsub::findNativeCharset("gb"), nullptr);
-    EXPECT_EQ(vxsub::findNativeCharset("gbkk"), nullptr);
-    EXPECT_EQ(vxsub::findNativeCharset(""), nullptr);
+    EXPECT_EQ(vxsub::findNativeCharset("GBK")->option, "gbk");
+    EXPECT_EQ(vxsub::findNativeCharset("Big5")->option, "big5");
+    for (const char* word : {"gbkk", "", "klingon", "utf-8/x", "utf-8//IGNORE", " 1252", "12"})
+        EXPECT_EQ(vxsub::findNativeCharset(word), nullptr) << word;
+}
+
+TEST(NativeCharsets, AreAllThatIconvKnowsToo) {
+    const struct {
+        const char* word;
+        const char* name;
+        const char* bytes;
+        const char* text;
+    } kRows[] = {
+        {"windows-1251", "WINDOWS-1251", "\xCF\xF0\xE8", "При"},
+        {"1251", "WINDOWS-1251", "\xCF\xF0\xE8", "При"},
+        {"koi8-r", "KOI8-R", "\xF0\xD2\xC9", "При"},
+        {"8859-5", "ISO-8859-5", "\xBF\xE0\xD8", "При"},
+        {"Shift_JIS", "SHIFT_JIS", "\x93\xFA\x96\x7B", "日本"},
+        {"euc-kr", "EUC-KR", "\xC7\xD1", "한"},
+        {"cp874", "CP874", "\xA1\xFF", "ก\uFFFD"},
+    };
+    for (const auto& row : kRows) {
+        ASSERT_NE(vxsub::findNativeCharset(row.word), nullptr) << row.word;
+        EXPECT_EQ(vxsub::findNativeCharset(row.word)->name, row.name);
+        EXPECT_EQ(decoded(kNative, row.word, bytes(row.bytes)), row.text) << row.word;
+        EXPECT_EQ(reading(kNative, row.word, bytes(row.bytes)), Reading::Chosen);
+    }
 }
 
 TEST(Decoder, GuessesEightBitTextWithoutAMark) {
     EXPECT_EQ(decoded(kNative, nullptr, bytes("plain")), "plain");
     EXPECT_EQ(reading(kNative, nullptr, bytes("plain")), Reading::Ascii);
     EXPECT_EQ(reading(kNative, nullptr, bytes("")), Reading::Ascii);
-    EXPECT_EQ(decoded(kNative, nullptr, bytes("caf\xC3\xA9")), "café");
-    EXPECT_EQ(reading(kNative, nullptr, bytes("caf\xC3\xA9")), Reading::Utf8);
-    EXPECT_EQ(decoded(kNative, nullptr, bytes("caf\xE9!")), "café!");
-    EXPECT_EQ(reading(kNative, nullptr, bytes("caf\xE9!")), Reading::Western);
-    // The library's test takes a sequence that the end cuts off for UTF-8.
+    EXPECT_EQ(decoded(kNative, nullptr, bytes("caf\xC3\xA9 \xF0\x9F\x98\x80")), "café 😀");
+    EXPECT_EQ(reading(kNative, nullptr, bytes("caf\xC3\xA9")), Reading::Content);
     EXPECT_EQ(decoded(kNative, nullptr, bytes("caf\xE9")), "café");
-    EXPECT_EQ(reading(kNative, nullptr, bytes("caf\xE9")), Reading::Western);
-    EXPECT_EQ(decoded(kNative, nullptr, bytes("\xC3\xA9t\xC3")), "ét\uFFFD");
-    EXPECT_EQ(reading(kNative, nullptr, bytes("\xC3\xA9t\xC3")), Reading::Utf8);
-    // It refuses sequences of four bytes.
-    EXPECT_EQ(decoded(kNative, nullptr, bytes("\xF0\x9F\x98\x80")), "😀");
-    EXPECT_EQ(decoded(kNative, nullptr, bytes("\xF0\x9F\x98\x80 \xE9t")), "ðŸ˜€ ét");
+    const std::string russian =
+        "\xCF\xF0\xE8\xE2\xE5\xF2, \xEC\xE8\xF0! \xCA\xE0\xEA \xE4\xE5\xEB\xE0 \xF3 \xE2\xE0\xF1 \xF1\xE5"
+        "\xE3\xEE\xE4\xED\xFF?";
+    EXPECT_EQ(decoded(kNative, nullptr, bytes("\xCF\xF0\xE8"), russian), "При");
+    EXPECT_EQ(reading(kNative, nullptr, bytes("\xCF\xF0\xE8"), russian), Reading::Guessed);
+}
+
+TEST(Decoder, GuessesForTheWholeFile) {
+    const std::string file = "na\xEFve caf\xE9, d\xE9j\xE0 vu, \xE0 la carte";
+    // By itself, this would pass for UTF-8.
+    EXPECT_EQ(decoded(kNative, nullptr, bytes("\xC3\xA9"), file), "Ã©");
+    EXPECT_EQ(decoded(kNative, nullptr, bytes("\xC3\xA9"), "\xC3\xA9t\xC3\xA9"), "é");
+    // What is damaged in a file of UTF-8 is not read as something else.
+    std::string sound;
+    for (int i = 0; i < 40; ++i) sound += "\xC3\xA9";
+    EXPECT_EQ(decoded(kNative, nullptr, bytes("\xE9!"), sound + "\xE9!"), "\uFFFD!");
+    // 16-bit text is none of 8 bits, whatever the file.
+    EXPECT_EQ(reading(kNative, nullptr, bytes("\xE9"), std::string("a\0b\0c\0d\0e\0f\0g\0h\0", 16)), Reading::Assumed);
 }
 
 TEST(Decoder, ObeysTheUserExceptAgainstAMark) {

@@ -78,16 +78,29 @@ TEST(Entry, IsShownFromItsStartUntilJustBeforeItsEnd) {
     EXPECT_FALSE((vxsub::Entry{1000, 1000}.covers(1000)));
 }
 
+TEST(Marks, AnEntryIsCutShortByOneThatStartsBeforeItsEnd) {
+    const auto isCutShort = [](const vxsub::Entry& a, const vxsub::Entry& b) {
+        return vxsub::marksOf({a, b})[0].isCutShort;
+    };
+    EXPECT_TRUE(isCutShort({1000, 2000}, {1999, 3000}));
+    EXPECT_FALSE(isCutShort({1000, 2000}, {2000, 3000}));
+    EXPECT_TRUE(isCutShort({1000, 2000}, {1001, 1001}));
+    EXPECT_FALSE(isCutShort({1000, 2000}, {1000, 1500})) << "they share a start";
+    EXPECT_FALSE(isCutShort({1000, vxsub::Entry::kOpenEnd}, {1500, 2000})) << "until the next is what was meant";
+}
+
 TEST(Marks, TellWhatTheSearchForAPlayTimeStumblesOver) {
-    const std::vector<vxsub::Entry> entries = {{1000, 2000}, {3000, 4000}, {3000, 5000}, {2000, 1999}, {1000, 1000}};
-    const std::string kMarks[] = {"=", "=", "=", "<!", "=<"};
+    const std::vector<vxsub::Entry> entries = {{1000, 2000}, {3000, 4000}, {3000, 5000},
+                                               {2000, 1999}, {1000, 1000}, {4500, vxsub::Entry::kOpenEnd}};
+    const std::string kExpected[] = {"=", "=", "=~", "<!", "=<0", ""};
     const std::vector<vxsub::Marks> marks = vxsub::marksOf(entries);
     ASSERT_EQ(marks.size(), entries.size());
-    for (size_t i = 0; i < marks.size(); ++i)
-        EXPECT_EQ(std::string(marks[i].sharesStart ? "=" : "") + (marks[i].backInTime ? "<" : "") +
-                      (marks[i].endsBeforeStart ? "!" : ""),
-                  kMarks[i])
-            << i;
+    for (size_t i = 0; i < marks.size(); ++i) {
+        std::string letters;
+        for (const vxsub::MarkKind& kind : vxsub::kMarkKinds)
+            if (marks[i].*kind.isSet) letters += kind.letter;
+        EXPECT_EQ(letters, kExpected[i]) << i;
+    }
     EXPECT_TRUE(vxsub::marksOf({}).empty());
 }
 

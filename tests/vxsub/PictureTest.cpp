@@ -69,31 +69,32 @@ TEST(Image, LaysWhatFitsAndDropsTheRest) {
 
 TEST(Image, VisiblePartIsTheSmallestThatHoldsAll) {
     Image image({5, 4});
-    EXPECT_TRUE(image.isBlank());
-    EXPECT_EQ(image.visiblePart().size().width, 0);
+    EXPECT_TRUE(image.visibleBox().isEmpty());
     image.at(1, 2).alpha = 1;
     image.at(3, 3).alpha = 255;
-    EXPECT_FALSE(image.isBlank());
-    const Image part = image.visiblePart();
+    const vxsub::Box box = image.visibleBox();
+    EXPECT_EQ(box.left, 1);
+    EXPECT_EQ(box.top, 2);
+    const Image part = image.part(box);
     EXPECT_EQ(part.size().width, 3);
     EXPECT_EQ(part.size().height, 2);
     EXPECT_EQ(part.at(0, 0).alpha, 1);
     EXPECT_EQ(part.at(2, 1).alpha, 255);
 }
 
-TEST(Image, FitsByAveragingAndKeepsItsSidesRatio) {
+TEST(Image, IsReducedByAveraging) {
     Image image({8, 4});
     for (int y = 0; y < 4; ++y)
         for (int x = 0; x < 8; ++x) image.at(x, y) = x % 2 == 0 ? Colour{100, 200, 40, 255} : Colour{9, 9, 9, 0};
-    EXPECT_EQ(image.fitInto({8, 4}).size().width, 8);
-    const Image half = image.fitInto({4, 4});
+    EXPECT_EQ(image.reduced(1).size().width, 8);
+    const Image half = image.reduced(0.5);
     ASSERT_EQ(half.size().width, 4);
     ASSERT_EQ(half.size().height, 2);
     EXPECT_TRUE(same(half.at(3, 1), {100, 200, 40, 127})) << "what is not seen has no colour";
-    const Image sliver = Image({1000, 2}).fitInto({10, 10});
+    const Image sliver = Image({1000, 2}).reduced(0.01);
     EXPECT_EQ(sliver.size().width, 10);
     EXPECT_EQ(sliver.size().height, 1);
-    EXPECT_EQ(Image({0, 0}).fitInto({10, 10}).size().width, 0);
+    EXPECT_EQ(Image({0, 0}).reduced(0.5).size().width, 0);
 }
 
 /// What a PNG file shows.

@@ -94,7 +94,7 @@ samples::VobSub squares(unsigned width, unsigned height) {
     return film;
 }
 
-constexpr unsigned kOrange = 0xF0A030FF, kBlue = 0x102030FF;
+constexpr unsigned kGrey = 0xC8C8C8FF, kOrange = 0xF0A030FF, kBlue = 0x102030FF;
 
 TEST(VobSub, InfoTellsTracksFrameAndPalette) {
     const samples::VobSub film = squares(16, 8);
@@ -136,11 +136,11 @@ TEST(VobSub, ListShowsTracksAndPictures) {
     const VobSubPair pair(film.idx(), film.sub());
     const std::string english =
         "Track 0: English\n"
-        "    0     00:00:01,000 --> the next  (picture 8x4 at 0, 0)\n"
-        "    1     00:00:02,500 --> the next  (picture 8x4 at 0, 0)\n";
+        "    0     00:00:01,000 --> the next  (picture 12x4 at 954, 1074)\n"
+        "    1     00:00:02,500 --> the next  (picture 12x4 at 954, 1074)\n";
     const std::string french =
         "Track 1: French\n"
-        "    2     00:00:00,500 --> the next  (picture 8x4 at 0, 0)\n";
+        "    2     00:00:00,500 --> the next  (picture 12x4 at 954, 1074)\n";
     EXPECT_EQ(runVxsub({"list", pair.idx()}).out, english + "\n" + french);
     EXPECT_EQ(runVxsub({"list", "--track", "0", pair.idx()}).out, english);
     EXPECT_EQ(runVxsub({"list", "--track", "1", pair.idx()}).out, french);
@@ -160,14 +160,16 @@ TEST(VobSub, JsonHoldsTheSame) {
                            {"end", nullptr},
                            {"track", 1},
                            {"language", "fr"},
-                           {"picture", {{"x", 0}, {"y", 0}, {"width", 8}, {"height", 4}}},
+                           {"picture", {{"x", 954}, {"y", 1074}, {"width", 12}, {"height", 4}}},
                            {"marks", json::array()}};
     EXPECT_EQ(list["entries"], json::array({expected}));
     const VobSubPair damaged(film.idx(), std::string(6144, '\xFF'));
     const json lost = json::parse(runVxsub({"list", "--json", damaged.idx()}).out);
     ASSERT_EQ(lost["entries"].size(), 3u);
     EXPECT_EQ(lost["entries"][0]["picture"], nullptr);
-    EXPECT_NE(runVxsub({"list", damaged.idx()}).out.find("(no picture)\n"), std::string::npos);
+    EXPECT_EQ(lost["entries"][0]["why"],
+              "[vob-no-pack] At the position that the index names there is no MPEG-2 pack with a subtitle packet: the "
+              "picture is refused.");
 }
 
 TEST(VobSub, AtAndPlayKeepToATrack) {
@@ -176,12 +178,12 @@ TEST(VobSub, AtAndPlayKeepToATrack) {
     EXPECT_EQ(runVxsub({"at", pair.idx(), "0.7s"}).out,
               "00:00:00,700  nothing is shown (entry 0 starts at 00:00:01,000)\n");
     EXPECT_EQ(runVxsub({"at", "--track", "1", pair.idx(), "0.7s"}).out,
-              "00:00:00,700  entry 2 (00:00:00,500 --> the next)\n(picture 8x4 at 0, 0)\n");
+              "00:00:00,700  entry 2 (00:00:00,500 --> the next)\n(picture 12x4 at 954, 1074)\n");
     EXPECT_EQ(runVxsub({"play", "--speed", "1e6", pair.idx()}).out,
-              "00:00:01,000  entry 0  (picture 8x4 at 0, 0)\n"
-              "00:00:02,500  entry 1  (picture 8x4 at 0, 0)\n");
+              "00:00:01,000  entry 0  (picture 12x4 at 954, 1074)\n"
+              "00:00:02,500  entry 1  (picture 12x4 at 954, 1074)\n");
     EXPECT_EQ(runVxsub({"play", "--speed", "1e6", "--track", "1", pair.idx()}).out,
-              "00:00:00,500  entry 2  (picture 8x4 at 0, 0)\n");
+              "00:00:00,500  entry 2  (picture 12x4 at 954, 1074)\n");
 }
 
 TEST(VobSub, AtSaysWhoseEntryTheLibraryNames) {
@@ -196,7 +198,90 @@ TEST(VobSub, AtSaysWhoseEntryTheLibraryNames) {
     const VobSubPair pair(film.idx(), film.sub());
     // Before a track's first entry the library may name the track in front's last.
     EXPECT_EQ(runVxsub({"at", "--track", "1", pair.idx(), "3s"}).out.substr(0, 68),
-              "00:00:03,000  entry 0 (00:00:01,000 --> the next), of track 0\n(pictu");
+              "00:00:03,000  entry 0 (00:00:01,000 --> the next), of track 0\n(no pi");
+}
+
+TEST(VobSub, PicturesStandWhereTheyAreDrawn) {
+    const samples::VobSub film = squares(16, 8);
+    const VobSubPair pair(film.idx(), film.sub());
+    const auto picture = [&](const char* surface) {
+        return json::parse(runVxsub({"at", "--json", "--surface", surface, pair.idx(), "1s"}).out)["entry"]["picture"];
+    };
+    EXPECT_EQ(picture("16x8"), json({{"x", 5}, {"y", 5}, {"width", 6}, {"height", 2}}));
+    EXPECT_EQ(picture("32x16"), json({{"x", 10}, {"y", 10}, {"width", 12}, {"height", 4}}));
+    EXPECT_EQ(
+        runVxsub({"at", "--surface", "7x8", pair.idx(), "1s"}).out,
+        "00:00:01,000  entry 0 (00:00:01,000 --> the next)\n(no picture: nothing is drawn on a surface of 7x8)\n");
+}
+
+TEST(VobSub, APictureThatIsNotThereSaysWhy) {
+    const samples::Bitmap square({"........", ".111111.", ".122221.", "........"});
+    const auto unitOf = [&](const samples::Bitmap& bitmap) {
+        samples::Subpicture picture;
+        picture.bitmap = bitmap;
+        return samples::encodeUnit(picture);
+    };
+    const std::string good = unitOf(square);
+    std::string cut = good + std::string(3000, '\0');
+    cut[0] = char(cut.size() >> 8);
+    std::string noSize = good, broken = good, upsideDown = good;
+    noSize[0] = noSize[1] = '\0';
+    const size_t table = size_t(uint8_t(good[2])) << 8 | uint8_t(good[3]);
+    broken[table + 4] = '\x66';
+    upsideDown.replace(table + 12, 6, "\x00\x0F\xFF\xFF\x00\x00"s);  // the area: left, right, top, bottom
+    samples::Subpicture unseen;
+    unseen.bitmap = square;
+    std::fill(unseen.contrast, unseen.contrast + 4, uint8_t{0});
+    const struct {
+        std::string sub;
+        const char* why;
+    } kRows[] = {
+        {std::string(2048, '\xFF'), "[vob-no-pack] "},
+        {"", "[vob-no-pack] "},
+        {[&] {
+             std::string sub = samples::packUnit(good);
+             sub[13] = char(sub[13] | 1);
+             sub.insert(14, 1, '\xFF').pop_back();
+             return sub;
+         }(),
+         "[vob-stuffing] "},
+        {[&] {
+             std::string sub = samples::packUnit(good);
+             sub[17] = '\xE0';
+             return sub;
+         }(),
+         "[vob-no-pack] "},
+        {samples::packUnit(cut).substr(0, 2048), "[vob-no-pack] "},
+        {samples::packUnit(noSize), "[vob-unit-size-0] "},
+        {samples::pack(good.substr(0, 20)), "[vob-packs-not-2048] "},
+        {samples::packUnit(broken), "[vob-bad-commands] "},
+        {samples::packUnit(unitOf(samples::Bitmap({"1111"}))), "[vob-two-rows] "},
+        {samples::packUnit(upsideDown), "[vob-area-too-large] "},
+        {samples::packUnit(samples::encodeUnit(unseen)), "all of it is transparent"},
+    };
+    const std::string index = "size: 16x8\nid: en, index: 0\n" + samples::indexLine(1000, 0);
+    for (const auto& row : kRows) {
+        const VobSubPair pair(index + "\n", row.sub);
+        const json entry = json::parse(runVxsub({"list", "--json", pair.idx()}).out)["entries"][0];
+        EXPECT_EQ(entry["picture"], nullptr) << row.why;
+        EXPECT_NE(entry["why"].get<std::string>().find(row.why), std::string::npos) << entry["why"] << row.why;
+    }
+    const std::string sub = samples::packUnit(good) + std::string(65536 - 2048, '\0') + samples::packUnit(good);
+    const VobSubPair descending(
+        "size: 16x8\n" + samples::indexLine(1000, 65536) + "\n" + samples::indexLine(2000, 0) + "\n", sub);
+    EXPECT_NE(runVxsub({"list", descending.idx()}).out.find("(no picture: [vob-descending] "), std::string::npos);
+}
+
+TEST(VobSub, InfoJsonHoldsTheSame) {
+    const samples::VobSub film = squares(16, 8);
+    const VobSubPair pair(film.idx(), film.sub());
+    const json pictures = json::parse(runVxsub({"info", "--json", pair.idx()}).out)["pictures"];
+    EXPECT_EQ(pictures["width"], 16);
+    EXPECT_EQ(pictures["bytes"], 6144);
+    EXPECT_EQ(pictures["palette"][1], "f0a030");
+    EXPECT_EQ(pictures["palette"].size(), 16u);
+    EXPECT_EQ(pictures["tracks"][1],
+              json({{"language", "fr"}, {"entries", 1}, {"times", {{"first", 500}, {"last", 500}}}}));
 }
 
 TEST(VobSub, WithoutItsPicturesIsSaidToLackThem) {
@@ -220,7 +305,8 @@ TEST(Render, WritesWhatTheTelevisionShows) {
     const Outcome outcome =
         runVxsub({"render", pair.idx(), "--index", "0", "--surface", "16x8", "--background", "FF0000", "-o", path});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_EQ(outcome.out, path + ": entry 0 (00:00:01,000 --> the next), a picture of 8x4 on a surface of 16x8\n");
+    EXPECT_EQ(outcome.out,
+              path + ": entry 0 (00:00:01,000 --> the next), a picture of 6x2 at 5, 5, on a surface of 16x8\n");
     const Png png(path);
     ASSERT_EQ(png.width, 16u);
     ASSERT_EQ(png.height, 8u);
@@ -308,11 +394,12 @@ TEST(Render, AllGoToAFolder) {
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, all + ": 3 pictures\n");
     EXPECT_EQ(Folder::names(all),
-              (std::vector<std::string>{"0000_00-00-01-000.png", "0001_00-00-02-500.png", "0002_00-00-00-500.png"}));
-    EXPECT_EQ(Png(all + "/0002_00-00-00-500.png").count(kBlue), 4u);
+              (std::vector<std::string>{"0000_track0_00-00-01-000.png", "0001_track0_00-00-02-500.png",
+                                        "0002_track1_00-00-00-500.png"}));
+    EXPECT_EQ(Png(all + "/0002_track1_00-00-00-500.png").count(kBlue), 4u);
     EXPECT_EQ(runVxsub({"render", pair.idx(), "--all", "--track", "1", "--surface", "16x8", "-o", one}).out,
               one + ": 1 picture\n");
-    EXPECT_EQ(Folder::names(one), (std::vector<std::string>{"0002_00-00-00-500.png"}));
+    EXPECT_EQ(Folder::names(one), (std::vector<std::string>{"0002_track1_00-00-00-500.png"}));
     EXPECT_EQ(runVxsub({"render", pair.idx(), "--all", "--surface", "7x8", "-o", one}).out,
               "entry 0: nothing is drawn on a surface of 7x8\n"
               "entry 1: nothing is drawn on a surface of 7x8\n"
@@ -329,13 +416,38 @@ TEST(Render, WhatCannotBeDecodedIsNamed) {
     const std::string all = folder / "all";
     const Outcome outcome = runVxsub({"render", pair.idx(), "--all", "--surface", "16x8", "-o", all});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.out, "entry 1: its picture cannot be decoded\n" + all + ": 2 pictures\n");
+    EXPECT_EQ(outcome.out,
+              "entry 1 has no picture: [vob-no-pack] At the position that the index names there is no MPEG-2 pack with "
+              "a subtitle packet: the picture is refused.\n" +
+                  all + ": 2 pictures\n");
     const Outcome one = runVxsub({"render", pair.idx(), "--index", "1", "-o", folder / "x.png"});
     EXPECT_EQ(one.status, 1);
-    EXPECT_EQ(one.err, "vxsub: " + pair.idx() + ": the picture of entry 1 cannot be decoded\n");
+    EXPECT_EQ(one.err, "vxsub: " + pair.idx() +
+                           ": entry 1 has no picture: [vob-no-pack] At the position that the index names there is no "
+                           "MPEG-2 pack with a subtitle packet: the picture is refused.\n");
     EXPECT_EQ(Folder::names(folder / ""), (std::vector<std::string>{"all"}));
     const VobSubPair none(film.idx(), std::string(6144, '\xFF'));
     EXPECT_EQ(runVxsub({"render", none.idx(), "--all", "-o", all}).status, 1);
+}
+
+TEST(Render, JsonHoldsTheSame) {
+    const samples::VobSub film = squares(16, 8);
+    const VobSubPair pair(film.idx(), film.sub().substr(0, 4096));
+    const Folder folder;
+    const std::string all = folder / "all";
+    const json result =
+        json::parse(runVxsub({"render", "--json", pair.idx(), "--all", "--surface", "16x8", "-o", all}).out);
+    EXPECT_EQ(result["surface"], json({{"width", 16}, {"height", 8}}));
+    ASSERT_EQ(result["images"].size(), 3u);
+    EXPECT_EQ(result["images"][0], json({{"index", 0},
+                                         {"start", 1000},
+                                         {"end", nullptr},
+                                         {"track", 0},
+                                         {"language", "en"},
+                                         {"path", all + "/0000_track0_00-00-01-000.png"},
+                                         {"picture", {{"x", 5}, {"y", 5}, {"width", 6}, {"height", 2}}}}));
+    EXPECT_EQ(result["images"][2]["path"], nullptr);
+    EXPECT_NE(result["images"][2]["why"].get<std::string>().find("vob-no-pack"), std::string::npos);
 }
 
 TEST(Render, RefusesWhatMakesNoSense) {
@@ -351,7 +463,7 @@ TEST(Render, RefusesWhatMakesNoSense) {
         std::string words;
     } kRows[] = {
         {{"render", pair.idx(), "-o", png}, 2, "either --index or --all is needed"},
-        {{"render", pair.idx(), "--index", "0", "--all", "-o", png}, 2, "either --index or --all is needed"},
+        {{"render", pair.idx(), "--index", "0", "--all", "-o", png}, 2, "--index and --all exclude each other"},
         {{"render", pair.idx(), "--index", "0"}, 2, "-o is required"},
         {{"render", pair.idx(), "--index", "0", "-o", pair.idx()}, 2, "it must end in .png"},
         {{"sheet", pair.idx(), "-o", pair.sub()}, 2, "it must end in .png"},
@@ -362,6 +474,8 @@ TEST(Render, RefusesWhatMakesNoSense) {
         {{"render", pair.idx(), "--all", "-o", pair.sub()}, 1, "Not a directory"},
         {{"render", text.path(), "--all", "-o", png}, 1, "has texts, no pictures"},
         {{"sheet", text.path(), "-o", png}, 1, "has texts, no pictures"},
+        {{"sheet", pair.idx(), "--from", "3s", "-o", png}, 1, "no entry starts at 00:00:03,000 or later"},
+        {{"list", pair.idx(), "--surface", "16"}, 2, "16 is no size"},
         {{"push", pair.idx()}, 1, "has pictures; only texts can be pushed"},
         {{"sheet", pair.idx(), "--background", "red", "-o", png}, 2, "red is none of"},
         {{"sheet", pair.idx(), "--background", "12345", "-o", png}, 2, "12345 is none of"},
@@ -408,7 +522,36 @@ TEST(Sheet, ShowsEveryPictureBelowItsTime) {
               path + ": 1 entry\n");
     EXPECT_EQ(Png(path).count(kOrange), 8u);
     EXPECT_LT(Png(path).width, sheet.width);
-    EXPECT_EQ(runVxsub({"sheet", pair.idx(), "--from", "3s", "-o", path}).out, pair.idx() + ": no entries\n");
+}
+
+TEST(Sheet, NamesTracksAndDrawsBorders) {
+    const samples::VobSub film = squares(16, 8);
+    const VobSubPair pair(film.idx(), film.sub());
+    const Folder folder;
+    const std::string all = folder / "all.png", one = folder / "one.png";
+    const json sheet = json::parse(runVxsub({"sheet", "--json", pair.idx(), "--background", "none", "-o", all}).out);
+    EXPECT_EQ(sheet, json({{"file", pair.idx()},
+                           {"format", "idx"},
+                           {"encoding", "i2"},
+                           {"sheets", {all}},
+                           {"entries", 3},
+                           {"missing", 0}}));
+    ASSERT_EQ(runVxsub({"sheet", pair.idx(), "--background", "none", "--track", "1", "-o", one}).status, 0);
+    const Png image(one);
+    const unsigned left = 12, right = image.width - 13, top = 12, bottom = image.height - 13;
+    for (unsigned x = left; x <= right; ++x) {
+        EXPECT_EQ(image.at(x, top), kGrey);
+        EXPECT_EQ(image.at(x, bottom), kGrey);
+    }
+    EXPECT_EQ(image.count(kGrey), 2 * (right - left + 1) + 2 * (bottom - top - 1));
+    samples::VobSub single(16, 8, {0x000000, 0xF0A030, 0x102030});
+    samples::Subpicture picture;
+    picture.bitmap = samples::Bitmap(8, 4);
+    single.addUnit(500, samples::encodeUnit(picture));
+    const VobSubPair other(single.idx(), single.sub());
+    const std::string without = folder / "without.png";
+    ASSERT_EQ(runVxsub({"sheet", other.idx(), "--background", "none", "-o", without}).status, 0);
+    EXPECT_GT(image.count(0xFFFFFFFF), Png(without).count(0xFFFFFFFF) + 6 * 40) << "TRACK 1";
 }
 
 TEST(Sheet, LargePicturesAreReducedAndMissingOnesCounted) {
@@ -424,22 +567,45 @@ TEST(Sheet, LargePicturesAreReducedAndMissingOnesCounted) {
     EXPECT_EQ(runVxsub({"sheet", pair.idx(), "--background", "none", "-o", path}).out,
               path + ": 2 entries, 1 of them without a picture\n");
     const Png sheet(path);
-    EXPECT_EQ(sheet.width, 2 * (440u + 12) + 12);
-    EXPECT_NEAR(double(sheet.count(kOrange)), 440.0 * 36, 500);
+    EXPECT_EQ(sheet.width, 2 * (440u + 2 * 6 + 12) + 12);
+    EXPECT_NEAR(double(sheet.count(kOrange)), 1200 * 440 / 1280 * (98.0 * 440 / 1280), 500);
 }
 
-TEST(Sheet, HasRoomForThreeHundred) {
+TEST(Sheet, AllPicturesAreAtOneScale) {
+    samples::VobSub film(1280, 720, {0x000000, 0xF0A030, 0x102030});
+    samples::Subpicture picture;
+    picture.bitmap = samples::Bitmap(1200, 100);
+    std::fill(picture.bitmap.codes.begin() + 1, picture.bitmap.codes.end(), uint8_t{2});
+    film.add(1000, picture);
+    picture.bitmap = samples::Bitmap(130, 42);
+    std::fill(picture.bitmap.codes.begin() + 1, picture.bitmap.codes.end(), uint8_t{1});
+    film.add(2000, picture);
+    const VobSubPair pair(film.idx(), film.sub());
+    const Folder folder;
+    const std::string path = folder / "sheet.png";
+    ASSERT_EQ(runVxsub({"sheet", pair.idx(), "--background", "none", "-o", path}).status, 0);
+    EXPECT_NEAR(double(Png(path).count(kOrange)), 130 * 40 * (440.0 / 1280) * (440.0 / 1280), 60)
+        << "it would fit as it is, but would look as large as the other";
+}
+
+TEST(Sheet, SixtyMakeOneAndMoreMakeSeveral) {
     samples::VobSub film(16, 8, {});
     samples::Subpicture picture;
     picture.bitmap = samples::Bitmap({"....", ".11.", ".11.", "...."});
     const std::string unit = samples::encodeUnit(picture);
-    for (unsigned i = 0; i < 301; ++i) film.addUnit(i * 1000, unit);
+    for (unsigned i = 0; i < 121; ++i) film.addUnit(i * 1000, unit);
     const VobSubPair pair(film.idx(), film.sub());
     const Folder folder;
     const std::string path = folder / "sheet.png";
+    EXPECT_EQ(runVxsub({"sheet", pair.idx(), "--from", "61s", "-o", path}).out, path + ": 60 entries\n");
+    EXPECT_EQ(Folder::names(folder / ""), std::vector<std::string>{"sheet.png"});
     EXPECT_EQ(runVxsub({"sheet", pair.idx(), "-o", path}).out,
-              path + ": 300 entries; 1 more have no room (see --from and --track)\n");
-    EXPECT_EQ(runVxsub({"sheet", pair.idx(), "--from", "1s", "-o", path}).out, path + ": 300 entries\n");
+              folder / "sheet-1.png" + " to " + folder / "sheet-3.png" + ": 121 entries\n");
+    EXPECT_EQ(Folder::names(folder / ""),
+              (std::vector<std::string>{"sheet-1.png", "sheet-2.png", "sheet-3.png", "sheet.png"}));
+    EXPECT_EQ(Png(folder / "sheet-1.png").height, Png(path).height);
+    EXPECT_EQ(Png(folder / "sheet-2.png").height, Png(path).height);
+    EXPECT_LT(Png(folder / "sheet-3.png").width, Png(path).width);
 }
 
 TEST(Demo, PairShowsTwoLanguages) {

@@ -9,6 +9,7 @@
 #include "tools/vxsub/SubtitleFile.h"
 #include "tools/vxsub/Television.h"
 #include "tools/vxsub/Text.h"
+#include "tools/vxsub/Viewer.h"
 
 namespace {
 
@@ -84,7 +85,7 @@ TEST(PlugIn, AnswersInTheLibrarysPlace) {
     ASSERT_EQ(opened.count(), 2u);
     EXPECT_EQ(opened.entry(1).start, 2500u);
     EXPECT_EQ(opened.entry(1).end, 4000u);
-    EXPECT_EQ(vxsub::encodeUtf8(opened.text(0)), "(picture 3x2 at 0, 0)");
+    EXPECT_EQ(vxsub::encodeUtf8(vxsub::Viewer(opened).text(0)), "(picture 3x2 at 0, 0)");
     EXPECT_EQ(opened.entryShownAt(1500), std::optional<android::U32>(0));
     EXPECT_EQ(opened.entryShownAt(2200), std::nullopt);
     EXPECT_EQ(opened.picture(2), std::nullopt);
@@ -92,7 +93,7 @@ TEST(PlugIn, AnswersInTheLibrarysPlace) {
     vxsub::Television television(opened, {16, 8});
     const auto shown = television.show(0);
     ASSERT_TRUE(shown);
-    EXPECT_TRUE(shown->image.isBlank()) << "the sample draws nothing";
+    EXPECT_TRUE(shown->box.isEmpty()) << "the sample draws nothing";
 }
 
 }  // namespace

@@ -6,8 +6,10 @@
 #include <pty.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace test {
@@ -83,7 +85,7 @@ bool TerminalJob::isPossible() {
     return true;
 }
 
-TerminalJob::TerminalJob(const std::vector<std::string>& arguments) {
+TerminalJob::TerminalJob(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
     std::vector<std::string> words = {VXSUB_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     Pipe reports, orders;
@@ -93,6 +95,8 @@ TerminalJob::TerminalJob(const std::vector<std::string>& arguments) {
     if (mShell == 0) {
         // The part of an interactive shell: a job gets a process group and the terminal, and is watched.
         setenv("TERM", "xterm", 1);
+        unsetenv("NO_COLOR");
+        for (const std::string& variable : environment) putenv(strdup(variable.c_str()));
         const pid_t job = fork();
         if (job == 0) {
             signal(SIGTTOU, SIG_IGN);
@@ -162,6 +166,18 @@ const std::string& TerminalJob::waitFor(const std::string& text, size_t from) {
 
 void TerminalJob::type(const std::string& keys) {
     if (write(mTerminal, keys.data(), keys.size()) < 0) abort();
+}
+
+bool TerminalJob::echoes() const {
+    termios settings = {};
+    return tcgetattr(mTerminal, &settings) == 0 && (settings.c_lflag & ECHO) != 0;
+}
+
+void TerminalJob::echo() {
+    termios settings = {};
+    tcgetattr(mTerminal, &settings);
+    settings.c_lflag |= ECHO | ICANON;
+    tcsetattr(mTerminal, TCSANOW, &settings);
 }
 
 void TerminalJob::resize(unsigned short rows, unsigned short columns) {

@@ -25,7 +25,8 @@ public:
     /// Whether a terminal can be had on this machine.
     static bool isPossible();
 
-    explicit TerminalJob(const std::vector<std::string>& arguments);
+    /// `environment` holds NAME=VALUE.
+    explicit TerminalJob(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {});
     ~TerminalJob();
     TerminalJob(const TerminalJob&) = delete;
     TerminalJob& operator=(const TerminalJob&) = delete;
@@ -35,6 +36,10 @@ public:
     const std::string& waitFor(const std::string& text, size_t from = 0);
 
     void type(const std::string& keys);
+
+    /// Whether the terminal shows what is typed.
+    bool echoes() const;
+    void echo();  ///< makes it
     void resize(unsigned short rows, unsigned short columns);
     void kill(int signal);
 

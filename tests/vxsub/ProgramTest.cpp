@@ -168,16 +168,52 @@ TEST(Files, LongPathsOpenToo) {
     EXPECT_EQ(runVxsub({"list", path}).status, 0);
 }
 
-TEST(EmptyFile, ListsNothingAndSaysSo) {
-    const TempFile file("", ".srt");
+TEST(Files, ThatAreNoSubtitlesAreSaidToBeNone) {
+    std::string noise;
+    for (unsigned i = 0, x = 1; i < 5000; ++i, x = x * 1664525 + 1013904223) noise += char(x >> 24);
+    const struct {
+        std::string content;
+        const char* nature;
+    } kRows[] = {
+        {"", "an empty file"},
+        {noise, "binary data"},
+        {"\x7F"
+         "ELF\2\1\1\0\0\0"s +
+             std::string(100, '\0'),
+         "an executable"},
+        {"\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s, "a PNG picture"},
+        {"Dear reader,\nall the best.\n", "text without times of any known form"},
+    };
+    for (const auto& row : kRows)
+        for (const char* extension : {".srt", ".ass", ".smi", ".txt"})
+            for (const char* command : {"info", "list", "play"}) {
+                const TempFile file(row.content, extension);
+                const Outcome outcome = runVxsub({command, file.path()});
+                EXPECT_EQ(outcome.status, 1) << row.nature;
+                EXPECT_EQ(outcome.out, "");
+                EXPECT_EQ(outcome.err, "vxsub: "s + file.path() + ": is no subtitle file but " + row.nature + "\n");
+            }
+}
+
+// A title page, or subtitles of another format than the name says.
+constexpr char kNoEntries[] = "{0}{25}Hello\r\n{50}{75}Bye\r\n";
+
+TEST(NoEntries, AreSaidToBeNone) {
+    const TempFile file(kNoEntries, ".srt");
     const std::string path = file.path();
     EXPECT_EQ(runVxsub({"list", path}).out, path + ": no entries\n");
     EXPECT_EQ(runVxsub({"play", path}).out, path + ": no entries\n");
     EXPECT_EQ(runVxsub({"at", path, "5s"}).out, "00:00:05,000  nothing is shown (the file has no entries)\n");
-    EXPECT_NE(runVxsub({"info", path}).out.find("Entries:      0 (nothing will be shown)\n"), std::string::npos);
-    const json list = json::parse(runVxsub({"list", "--json", path}).out);
-    EXPECT_EQ(list["entries"], json::array());
-    EXPECT_EQ(list["encoding"], "unknown");
+    const std::string info = runVxsub({"info", path}).out;
+    EXPECT_NE(info.find("Entries:      0 (nothing will be shown)\n"), info.npos);
+    EXPECT_NE(info.find("Shown as meant: 0 of 2 entries; vxsub check " + path + " says why\n"), info.npos) << info;
+    EXPECT_EQ(json::parse(runVxsub({"list", "--json", path}).out)["entries"], json::array());
+    const json facts = json::parse(runVxsub({"info", "--json", path}).out);
+    EXPECT_EQ(facts["entries"], 0);
+    EXPECT_EQ(facts["times"], json({{"first", nullptr}, {"last", nullptr}}));
+    const json at = json::parse(runVxsub({"at", "--json", path, "5s"}).out);
+    EXPECT_EQ(at["entry"], nullptr);
+    EXPECT_EQ(at["why"], "the file has no entries");
 }
 
 TEST(Info, TellsFormatEncodingEntriesAndTimes) {
@@ -191,11 +227,45 @@ TEST(Info, TellsFormatEncodingEntriesAndTimes) {
                                                  " bytes)\n"
                                                  "Format:       SubRip\n"
                                                  "Encoding:     8-bit, no byte-order mark\n"
-                                                 "              all texts are plain ASCII\n"
+                                                 "              plain ASCII, the same in every encoding\n"
                                                  "Entries:      2\n"
                                                  "First start:  00:00:01,000\n"
                                                  "Last end:     00:01:03,000\n");
-    EXPECT_EQ(outcome.out.substr(outcome.out.size() - 4), " ms\n");
+    EXPECT_EQ(outcome.out.substr(outcome.out.find(" ms\n", opened)), " ms\nShown as meant: 2 of 2 entries\n");
+}
+
+TEST(Info, JsonHoldsTheSame) {
+    const TempFile file(kTwoEntries, ".srt");
+    json facts = json::parse(runVxsub({"info", "--json", file.path()}).out);
+    EXPECT_GT(facts["opened"], 0.0);
+    facts.erase("opened");
+    EXPECT_EQ(facts, json({{"file", file.path()},
+                           {"format", "srt"},
+                           {"encoding", "native"},
+                           {"bytes", sizeof kTwoEntries - 1},
+                           {"texts", {{"encoding", "utf-8"}, {"from", "ascii"}}},
+                           {"entries", 2},
+                           {"times", {{"first", 1000}, {"last", 63000}}},
+                           {"marks", json::object()},
+                           {"meant", {{"entries", 2}, {"right", 2}}}}));
+}
+
+TEST(Info, SaysHowManyEntriesAreShownAsMeant) {
+    const TempFile file("1\n00:00:01,5 --> 00:00:02,000\na\n\n2\n00:00:03,000 --> 00:00:04,000\nb\n\n", " 'a'.srt");
+    const std::string path = file.path(), out = runVxsub({"info", path}).out;
+    const std::string word = "'" + path.substr(0, path.size() - 7) + "'\\\\''a'\\\\''.srt'";
+    EXPECT_NE(out.find("Shown as meant: 1 of 2 entries; vxsub check " + word + " says why\n"), out.npos) << out;
+    const json meant = json::parse(runVxsub({"info", "--json", path}).out)["meant"];
+    EXPECT_EQ(meant, json({{"entries", 2}, {"right", 1}}));
+    const std::string log = runVxsub({"info", "--log", path}).err;
+    const std::string enter = "BeginParse -> Enter";
+    EXPECT_EQ(log.find(enter), log.rfind(enter)) << "the library is seen to open it once";
+}
+
+TEST(Info, OfWhatIsNotSupportedShowsNothingAsMeant) {
+    const TempFile file("WEBVTT\n\n00:01.000 --> 00:02.000\nHello\n", ".srt");
+    const std::string path = file.path(), out = runVxsub({"info", path}).out;
+    EXPECT_NE(out.find("Shown as meant: 0 of 0 entries; vxsub check " + path + " says why\n"), out.npos) << out;
 }
 
 TEST(Info, SaysWhatWasGuessed) {
@@ -205,8 +275,14 @@ TEST(Info, SaysWhatWasGuessed) {
         std::vector<std::string> options;
         const char* words;
     } kRows[] = {
-        {line + "caf\xC3\xA9\r\n\r\n", {}, "1 text guessed to be UTF-8, because well-formed\n"},
-        {line + "caf\xE9.\r\n\r\n", {}, "1 text guessed to be Windows-1252 (western Europe); choose another"},
+        {line + "caf\xC3\xA9\r\n\r\n", {}, "texts shown as UTF-8, because the whole file is well-formed\n"},
+        {line + "caf\xE9, d\xE9j\xE0 vu, \x93na\xEFve\x94\r\n\r\n",
+         {},
+         "texts shown as Windows-1252 (western Europe), "},
+        {line + "\xCF\xF0\xE8\xE2\xE5\xF2, \xEC\xE8\xF0! \xCA\xE0\xEA \xE4\xE5\xEB\xE0?\r\n\r\n",
+         {},
+         "texts shown as WINDOWS-1251, guessed from the whole file; choose another with --native\n"},
+        {line + "\xCF\xF0\xE8\r\n\r\n", {"--native", "koi8-r"}, "texts shown as KOI8-R, as chosen\n"},
         {line + "caf\xE9.\r\n\r\n", {"--language", "big5"}, "texts shown as Big5 (traditional Chinese), as chosen\n"},
         {line + "caf\xE9.\r\n\r\n", {"--native", "1252"}, "texts shown as Windows-1252 (western Europe), as chosen\n"},
         {"\xEF\xBB\xBF" + line + "caf\xC3\xA9\r\n\r\n", {}, "UTF-8 (byte-order mark)\n"},
@@ -215,6 +291,10 @@ TEST(Info, SaysWhatWasGuessed) {
         {line + "a\r\n\r\n" + line + "b\r\n\r\n", {}, "2 entries share a start with another\n"},
         {"2\n00:00:09,000 --> 00:00:08,000\na\n\n" + line + "b\r\n\r\n", {}, "1 entry goes back in time\n"},
         {"2\n00:00:09,000 --> 00:00:08,000\na\n\n", {}, "1 entry ends before the start\n"},
+        {"2\n00:00:09,000 --> 00:00:09,000\na\n\n", {}, "1 entry ends at the start\n"},
+        {line + "a\r\n\r\n2\r\n00:00:01,500 --> 00:00:02,000\r\nb\r\n\r\n",
+         {},
+         "1 entry is hidden by another before the end\n"},
     };
     for (const auto& row : kRows) {
         const TempFile file(row.text, ".srt");
@@ -240,19 +320,32 @@ TEST(List, MarksEntriesAndExplainsTheMarks) {
         "00:00:05,000 --> 00:00:06,000\na\n\n"
         "00:00:05,000 --> 00:00:06,000\nb\n\n"
         "00:00:03,000 --> 00:00:02,000\nc\n\n"
-        "00:00:07,000 --> 00:00:08,000\nd\n\n",
+        "00:00:07,000 --> 00:00:08,000\nd\n\n"
+        "00:00:09,000 --> 00:00:09,000\ne\n\n"
+        "00:00:10,000 --> 00:00:12,000\nf\n\n"
+        "00:00:11,000 --> 00:00:12,000\ng\n\n",
         ".srt");
     const std::string out = runVxsub({"list", file.path()}).out;
     EXPECT_EQ(out.substr(0, out.find("\n\n") + 1),
               "    0 =   00:00:05,000 --> 00:00:06,000  a\n"
               "    1 =   00:00:05,000 --> 00:00:06,000  b\n"
               "    2  <! 00:00:03,000 --> 00:00:02,000  c\n"
-              "    3     00:00:07,000 --> 00:00:08,000  d\n");
-    for (const char* line : {"\n\n=  shares", "\n<  starts", "\n!  ends"}) EXPECT_NE(out.find(line), out.npos) << line;
+              "    3     00:00:07,000 --> 00:00:08,000  d\n"
+              "    4   0 00:00:09,000 --> 00:00:09,000  e\n"
+              "    5   ~ 00:00:10,000 --> 00:00:12,000  f\n"
+              "    6     00:00:11,000 --> 00:00:12,000  g\n");
+    for (const char* line : {"\n\n=  shares", "\n<  starts", "\n!  ends", "\n0  ends when", "\n~  another"})
+        EXPECT_NE(out.find(line), out.npos) << line;
     const json list = json::parse(runVxsub({"list", "--json", file.path()}).out);
     EXPECT_EQ(list["entries"][0]["marks"], json({"shares-start"}));
     EXPECT_EQ(list["entries"][2]["marks"], json({"back-in-time", "ends-before-start"}));
     EXPECT_EQ(list["entries"][3]["marks"], json::array());
+    EXPECT_EQ(list["entries"][4]["marks"], json({"zero-length"}));
+    EXPECT_EQ(list["entries"][5]["marks"], json({"overlap"}));
+    const json marks = json::parse(runVxsub({"info", "--json", file.path()}).out)["marks"];
+    EXPECT_EQ(
+        marks,
+        json({{"shares-start", 2}, {"back-in-time", 1}, {"ends-before-start", 1}, {"zero-length", 1}, {"overlap", 1}}));
 }
 
 TEST(List, JsonHoldsTheSame) {
@@ -358,6 +451,17 @@ TEST(At, SaysWhatIsShownOrThatNothingIs) {
         EXPECT_EQ(outcome.status, 0) << row.time;
         EXPECT_EQ(outcome.out, row.says) << row.time;
     }
+}
+
+TEST(At, JsonHoldsTheSame) {
+    const TempFile file(kTwoEntries, ".srt");
+    json expected = {{"file", file.path()}, {"format", "srt"}, {"encoding", "native"}, {"time", 1500}};
+    expected["entry"] = {{"index", 0}, {"start", 1000}, {"end", 2500}, {"text", "Hello,\nworld!"}};
+    EXPECT_EQ(json::parse(runVxsub({"at", "--json", file.path(), "1500"}).out), expected);
+    expected["entry"] = nullptr;
+    expected["time"] = 0;
+    expected["why"] = "entry 0 starts at 00:00:01,000";
+    EXPECT_EQ(json::parse(runVxsub({"at", "--json", file.path(), "0"}).out), expected);
 }
 
 TEST(At, AnEntryWithoutTextIsNotAGap) {
@@ -478,7 +582,8 @@ TEST(Demo, MovieShowsWhatANewcomerShouldSee) {
         const std::string text = entries[i]["text"];
         EXPECT_EQ(text.find_first_of("<>{}\r"), entries[i]["start"] == 78000 ? text.find('<') : text.npos) << text;
         EXPECT_NE(text, "");
-        EXPECT_EQ(entries[i]["marks"], json::array());
+        const bool isCutShort = i + 1 < entries.size() && entries[i + 1]["start"] < entries[i]["end"];
+        EXPECT_EQ(entries[i]["marks"], isCutShort ? json({"overlap"}) : json::array());
         if (i == 0) continue;
         hasGap |= entries[i]["start"] > entries[i - 1]["end"];
         hasOverlap |= entries[i]["start"] < entries[i - 1]["end"];

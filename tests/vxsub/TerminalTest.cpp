@@ -69,6 +69,102 @@ TEST_F(Terminal, IsLeftCleanByTheKeyboard) {
     EXPECT_TRUE(isCursorVisible(outcome.out));
 }
 
+TEST_F(Terminal, QEndsThePlay) {
+    const TempFile file(kLongMovie, ".srt");
+    TerminalJob job({"play", file.path()});
+    job.waitFor("Still here.");
+    EXPECT_NE(job.waitFor("").find("q ends\r\n"), std::string::npos);
+    job.type("q");
+    const Outcome outcome = job.finish();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.signal, 0);
+    EXPECT_TRUE(isCursorVisible(outcome.out));
+    EXPECT_EQ(outcome.out.find("q\r"), outcome.out.npos) << "keys are not echoed";
+}
+
+TEST_F(Terminal, SpaceHaltsThePlayAndGoesOn) {
+    const TempFile file(kLongMovie, ".srt");
+    TerminalJob job({"play", file.path()});
+    size_t seen = job.waitFor("entry 0").size();
+    job.type(" ");
+    seen = job.waitFor("paused", seen).size();
+    const size_t line = job.waitFor("").rfind("\r00:");
+    const std::string halted = job.waitFor("").substr(line, 13);
+    seen = job.waitFor("paused", seen).size();
+    const std::string& output = job.waitFor("paused", seen);
+    EXPECT_EQ(output.substr(output.rfind("\r00:"), 13), halted) << "time stands still";
+    job.type(" ");
+    job.waitFor("entry 0", output.size());
+    job.type("q");
+    EXPECT_EQ(job.finish().status, 0);
+}
+
+TEST_F(Terminal, ArrowsMoveThePlay) {
+    const TempFile file(kLongMovie, ".srt");
+    TerminalJob job({"play", "--from", "10:00", file.path()});
+    size_t seen = job.waitFor("00:10:00,").size();
+    job.type(" ");  // so that only arrows move it
+    seen = job.waitFor("paused", seen).size();
+    const struct {
+        const char* keys;
+        const char* time;
+    } kRows[] = {{"\x1b[C", "\r00:10:0"},
+                 {"\x1b[A\x1bOA", "\r00:12:0"},
+                 {"\x1b[D\x1b[D", "\r00:11:5"},
+                 {"\x1b[B", "\r00:10:5"},
+                 {"\x1bz\x1b[D", "\r00:10:5"}};
+    for (const auto& row : kRows) {
+        job.type(row.keys);
+        const std::string& output = job.waitFor(row.time, seen);
+        EXPECT_NE(output.find(row.time, seen), output.npos) << row.time;
+        seen = output.size();
+    }
+    for (int i = 0; i < 12; ++i) job.type("\x1b[B");
+    job.waitFor("\r00:00:00,000", seen);
+    job.type("q");
+    EXPECT_EQ(job.finish().status, 0);
+}
+
+TEST_F(Terminal, KeysAreGivenBackWhateverEndsThePlay) {
+    const TempFile file(kLongMovie, ".srt");
+    for (const char* keys : {"q", "\x03"}) {
+        TerminalJob job({"play", file.path()});
+        job.waitFor("Still here.");
+        EXPECT_FALSE(job.echoes());
+        job.type(keys);
+        job.waitFor(kShow);
+        EXPECT_TRUE(job.echoes()) << int(*keys);
+        job.finish();
+    }
+    TerminalJob job({"play", file.path()});
+    job.waitFor("Still here.");
+    job.type("\x1a");
+    job.waitUntilStopped();
+    EXPECT_TRUE(job.echoes());
+    const size_t seen = job.waitFor(kShow).size();
+    job.proceed();
+    job.waitFor("Still here.", seen);
+    EXPECT_FALSE(job.echoes());
+    job.type("q");
+    EXPECT_EQ(job.finish().status, 0);
+}
+
+TEST_F(Terminal, KeysAreTakenAnewAfterAStopThatNobodySees) {
+    const TempFile file(kLongMovie, ".srt");
+    TerminalJob job({"play", file.path()});
+    job.waitFor("Still here.");
+    job.kill(SIGSTOP);
+    job.waitUntilStopped();
+    job.echo();  // as shells do
+    const size_t seen = job.waitFor("").size();
+    job.proceed();
+    job.waitFor(kHide, job.waitFor(kHide, seen).size());  // the second frame
+    EXPECT_FALSE(job.echoes());
+    job.type("q");
+    EXPECT_EQ(job.finish().status, 0);
+    EXPECT_TRUE(job.echoes());
+}
+
 TEST_F(Terminal, IsGivenBackWhileTheProgramIsStopped) {
     const TempFile file(kLongMovie, ".srt");
     TerminalJob job({"play", file.path()});
@@ -129,6 +225,18 @@ TEST_F(Terminal, ShowsThePaletteAsBlocksOfColour) {
     const Outcome outcome = TerminalJob({"info", pair.idx()}).finish();
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.out.find("\x1b[48;2;240;208;64m  \x1b[0mf0d040 "), outcome.out.npos) << outcome.out;
+}
+
+TEST_F(Terminal, ShowsNoColoursWhereTheyAreNotWanted) {
+    const samples::VobSub film = samples::demoVobSub();
+    const test::VobSubPair pair(film.idx(), film.sub());
+    for (const char* variable : {"NO_COLOR=1", "TERM=dumb", "TERM="}) {
+        const Outcome outcome = TerminalJob({"info", pair.idx()}, {variable}).finish();
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.out.find('\x1b'), outcome.out.npos) << variable;
+        EXPECT_NE(outcome.out.find("f0d040 "), outcome.out.npos) << variable;
+    }
+    EXPECT_NE(TerminalJob({"info", pair.idx()}, {"NO_COLOR="}).finish().out.find("\x1b[48"), std::string::npos);
 }
 
 TEST_F(Terminal, ShowsAProgressBarWhileFilesAreChecked) {

@@ -50,7 +50,7 @@ TEST(TextFormats, OpenByExtensionAndByType) {
          {".ssa", ".ass", ".ASS"},
          {"ssa"},
          "SubStation Alpha",
-         "00:00:01,000 --> 00:00:02,500  Hello,\\nworld!",
+         "00:00:01,000 --> 00:00:02,500  Hello,\\\\Nworld!",
          "00:01:01,500 --> 00:01:03,000  Bye."},
         {kSmi,
          {".smi", ".sami"},
@@ -144,30 +144,14 @@ TEST(TextFormats, TheLogIsTheFormatsOwn) {
     EXPECT_EQ(log.find("Try MicroDVD"), log.npos);
 }
 
-TEST(Ssa, LineBreaksShowAsTheyAreMeantAndRawAsTheyStand) {
-    const TempFile file(kSsa, ".ass");
-    const auto text = [&](std::vector<std::string> options) {
-        options.insert(options.begin(), {"list", "--json", file.path()});
-        return json::parse(runVxsub(options).out)["entries"][0]["text"];
-    };
-    EXPECT_EQ(text({}), "Hello,\nworld!");
-    EXPECT_EQ(text({"--raw"}).get<std::string>().substr(0, 14), "Hello,\\Nworld!");
-    EXPECT_EQ(runVxsub({"at", file.path(), "1s"}).out,
-              "00:00:01,000  entry 0 (00:00:01,000 --> 00:00:02,500)\nHello,\nworld!\n");
-    const TempFile other("1\r\n00:00:01,000 --> 00:00:02,000\r\na\\Nb\r\n\r\n", ".srt");
-    EXPECT_EQ(json::parse(runVxsub({"list", "--json", other.path()}).out)["entries"][0]["text"], "a\\Nb")
-        << "of SSA alone";
-}
-
-TEST(Ssa, ItsBreaksAreFoundInEveryEncoding) {
-    const std::string tail[] = {kSsa, "\xEF\xBB\xBF"s + kSsa, test::utf16le(kSsa), test::utf16be(kSsa)};
-    for (const std::string& content : tail) {
-        const TempFile file(content, ".ssa");
-        const json list = json::parse(runVxsub({"list", "--json", file.path()}).out);
-        EXPECT_EQ(list["entries"][0]["text"], "Hello,\nworld!") << list["encoding"];
+TEST(Ssa, TextsShowAsThePlayerGetsThem) {
+    for (const std::string& content :
+         {std::string(kSsa), "\xEF\xBB\xBF"s + kSsa, test::utf16le(kSsa), test::utf16be(kSsa)}) {
+        const TempFile file(content, ".ass");
+        EXPECT_EQ(json::parse(runVxsub({"list", "--json", file.path()}).out)["entries"][0]["text"], "Hello,\\Nworld!");
+        EXPECT_EQ(runVxsub({"at", file.path(), "1s"}).out,
+                  "00:00:01,000  entry 0 (00:00:01,000 --> 00:00:02,500)\nHello,\\Nworld!\n");
     }
-    const TempFile ends("Dialogue: 0,0:00:01.00,0:00:02.50,Default,,0,0,0,,a\\N\\N\\\r\n", ".ssa");
-    EXPECT_EQ(json::parse(runVxsub({"list", "--json", ends.path()}).out)["entries"][0]["text"], "a\n\n\\");
 }
 
 TEST(Encodings, FollowTheLibrarysJudgementUnlessOverruled) {
@@ -204,9 +188,7 @@ TEST(Encodings, MarksAreToldFromJudgements) {
 TEST(FrameRate, SetsTheTimesAsThePlayerWould) {
     const TempFile file(kMicroDvd, ".sub");
     const auto firstStart = [&](const char* fps) {
-        const Outcome outcome = runVxsub({"info", "--fps", fps, file.path()});
-        EXPECT_EQ(line(outcome.out, "Frame rate"), "as given; the times follow it") << fps;
-        return line(outcome.out, "First start");
+        return line(runVxsub({"info", "--fps", fps, file.path()}).out, "First start");
     };
     EXPECT_EQ(firstStart("25"), "00:00:01,000");
     EXPECT_EQ(firstStart("25.000"), "00:00:01,000");
@@ -216,17 +198,61 @@ TEST(FrameRate, SetsTheTimesAsThePlayerWould) {
     EXPECT_EQ(firstStart("23.976"), firstStart("24")) << "the library rounds";
     EXPECT_EQ(firstStart("23.4"), firstStart("23"));
     EXPECT_EQ(firstStart("100"), "00:00:00,250");
-    EXPECT_EQ(line(runVxsub({"info", file.path()}).out, "Frame rate"), "");
     EXPECT_NE(runVxsub({"list", "--fps", "50", file.path()}).out.find("00:00:00,500 -->"), std::string::npos);
 }
 
+TEST(FrameRate, IsAlwaysNamedWithItsSource) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const struct {
+        std::string content;
+        std::vector<std::string> options;
+        const char* words;
+        json rate;
+    } kRows[] = {
+        {kMicroDvd,
+         {},
+         "29 frames a second, the library's own, as neither the file nor the player names one (see --fps)",
+         {{"frames", 29.0}, {"from", "library"}, {"rounded", false}}},
+        {kMicroDvd,
+         {"--fps", "25"},
+         "25 frames a second, from --fps",
+         {{"frames", 25.0}, {"from", "player"}, {"rounded", false}}},
+        {kMicroDvd,
+         {"--fps", "23.976"},
+         "24 frames a second, from --fps 23.976, rounded: a player's rate is whole",
+         {{"frames", 24.0}, {"from", "player"}, {"rounded", true}}},
+        {mark + "{1}{1}23.976\r\n{25}{50}Hello\r\n",
+         {},
+         "23.976 frames a second, from the file's first line",
+         {{"frames", 23.976}, {"from", "file"}, {"rounded", false}}},
+        {kMicroDvdWithRate,
+         {"--fps", "50"},
+         "25 frames a second, from the file's first line; --fps is without effect",
+         {{"frames", 25.0}, {"from", "file"}, {"rounded", false}}},
+        {"{25}{50}Hello\r\n{75}{90}Bye\r\n",
+         {},
+         "none: the file's first line is not read, and all times are 0 (mdvd-unmarked-zero)",
+         {{"frames", 0.0}, {"from", "none"}, {"rounded", false}}},
+    };
+    for (const auto& row : kRows)
+        for (const char* type : {"sub", "microdvd"}) {
+            const TempFile file(row.content, ".sub");
+            std::vector<std::string> arguments = {"info", "--type", type, file.path()};
+            arguments.insert(arguments.end(), row.options.begin(), row.options.end());
+            EXPECT_EQ(line(runVxsub(arguments).out, "Frame rate"), row.words);
+            arguments.push_back("--json");
+            EXPECT_EQ(json::parse(runVxsub(arguments).out)["rate"], row.rate) << row.words;
+        }
+}
+
 TEST(FrameRate, ThatHasNoEffectIsSaidToHaveNone) {
-    for (const char* content : {kMicroDvdWithRate, kSubViewer20, kSubViewer10, kDvb}) {
+    for (const char* content : {kSubViewer20, kSubViewer10, kDvb}) {
         const TempFile file(content, ".sub");
         for (const char* fps : {"25", "50"})
             EXPECT_EQ(line(runVxsub({"info", "--fps", fps, file.path()}).out, "Frame rate"),
                       "given, but without effect on the times")
                 << content;
+        EXPECT_EQ(line(runVxsub({"info", file.path()}).out, "Frame rate"), "");
     }
 }
 
@@ -322,7 +348,7 @@ TEST(Push, AJumpShowsTheFlush) {
 }
 
 TEST(Push, NeedsTextsAndATime) {
-    const TempFile empty("", ".srt"), file(kSubViewer20, ".sub");
+    const TempFile empty(kMicroDvd, ".srt"), file(kSubViewer20, ".sub");
     EXPECT_EQ(runVxsub({"push", empty.path()}).out, empty.path() + ": no entries\n"s);
     EXPECT_EQ(runVxsub({"push", "--jump", "soon", file.path()}).status, 2);
     EXPECT_EQ(runVxsub({"push", "--speed", "0", file.path()}).status, 2);

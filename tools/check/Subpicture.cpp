@@ -32,8 +32,9 @@ public:
         std::string unit;
         size_t wanted = 0;
         for (int i = 0; i < kMostPackets && (wanted == 0 || unit.size() < wanted); ++i) {
-            if (!enterPacket(picture)) break;
-            picture->hasPack = true;
+            const bool isThere = enterPacket(picture);
+            picture->hasPack = isThere || picture->leavesGrid;
+            if (!isThere) break;
             unit += mBytes.substr(std::min(mPayload, mBytes.size()), mEnd - std::min(mPayload, mEnd));
             if (unit.size() < 2) break;
             wanted = Data(unit).word(0);

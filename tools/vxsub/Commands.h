@@ -1,5 +1,5 @@
 /// The commands of vxsub. Each has a file of its own; a new one is one more function here and one more row in
-/// main.cpp.
+/// CommandLine.cpp.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -39,6 +39,9 @@ void addFileArgument(CLI::App& command, Session& session);
 
 /// --raw, for commands that write texts out.
 void addRawOption(CLI::App& command, Session& session);
+
+/// --json, for commands that answer.
+void addJsonOption(CLI::App& command, bool* json);
 
 /// --track, for commands on files that may have several.
 void addTrackOption(CLI::App& command, Session& session, const char* description);

@@ -1,17 +1,20 @@
 #include "Decoder.h"
 
-#include <algorithm>
-
 #include "Text.h"
+#include "tools/meant/Detection.h"
+#include "tools/meant/SystemEncodings.h"
 
 namespace vxsub {
 namespace {
 
 using namespace android;
 
-const NativeCharset* statedCharset(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType) {
+/// Null where the library's code type leaves it open.
+CharsetRef statedCharset(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType) {
     switch (codeType) {
         case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8:
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE:  // not asked about 8-bit text
+        case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG:
             return findNativeCharset("utf-8");
         case E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_BIG5:
             return findNativeCharset("big5");
@@ -22,55 +25,45 @@ const NativeCharset* statedCharset(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType) 
     }
 }
 
-/// Whether 8-bit text is better read as UTF-8. The library's test lets any text pass that ends where a sequence
-/// could be cut off, such as a western one that ends in an accented letter: what it lets pass must also hold a
-/// character that is whole. It refuses sequences of four bytes, which are well-formed all the same.
-bool looksLikeUtf8(SubtitleParser& parser, const std::string& bytes) {
-    const std::u32string text = decodeUtf8(bytes);
-    if (encodeUtf8(text) == bytes) return true;
-    const auto isWhole = [](char32_t c) { return c >= 0x80 && c != kInvalid; };
-    return parser.IsUTF8Encode(bytes.data(), bytes.size()) == TRUE && std::any_of(text.begin(), text.end(), isWhole);
+bool isMarked(EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType) {
+    return codeType == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8 ||
+           codeType == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE ||
+           codeType == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
 }
 
-std::string bytesOf(const Units& units) {
-    std::string bytes;
-    bytes.reserve(units.values.size());
-    for (const U16 value : units.values) bytes.push_back(char(U8(value)));
-    return bytes;
+Reading readingOf(const meant::Encoding& found) {
+    if (found.from == meant::EncodingFrom::Guessed) return Reading::Guessed;
+    if (found.from == meant::EncodingFrom::Assumed) return Reading::Assumed;
+    return found.name == "ASCII" ? Reading::Ascii : Reading::Content;
 }
 
 }  // namespace
 
-Decoder::Decoder(SubtitleParser& parser, EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, const NativeCharset* native)
-    : mParser(parser),
-      mStated(statedCharset(codeType)),
-      mIsChosen(native != nullptr && codeType != E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8) {
-    if (mIsChosen) mStated = native;
-}
-
-const NativeCharset& Decoder::western() {
-    static const NativeCharset& kWestern = *findNativeCharset("1252");
-    return kWestern;
-}
-
-const NativeCharset* Decoder::charsetOf(const std::string& bytes) const {
-    if (mStated != nullptr) return mStated;
-    return looksLikeUtf8(mParser, bytes) ? findNativeCharset("utf-8") : &western();
+Decoder::Decoder(SubtitleParser& parser, EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, CharsetRef native,
+                 std::string_view file)
+    : mParser(parser), mCharset(statedCharset(codeType)) {
+    if (native != nullptr && !isMarked(codeType)) {
+        mCharset = native;
+        mReading = Reading::Chosen;
+    }
+    if (mCharset != nullptr) return;
+    const meant::Encoding found = meant::detectEncoding(file, {}, meant::systemEncodings()).encoding;
+    mReading = readingOf(found);
+    if (mReading == Reading::Ascii || found.name == "UTF-8")
+        mCharset = findNativeCharset("utf-8");
+    else if (mReading == Reading::Guessed)
+        mCharset = findNativeCharset(found.name == "WINDOWS-1252" ? "1252" : found.name);
+    if (mCharset != nullptr) return;
+    mCharset = findNativeCharset("1252");
+    mReading = Reading::Assumed;
 }
 
 std::u32string Decoder::decode(const Units& units) const {
     if (units.wide) return decodeUtf16(units.values);
-    const std::string bytes = bytesOf(units);
-    return charsetOf(bytes)->decode(mParser, bytes);
-}
-
-Reading Decoder::readingOf(const Units& units) const {
-    if (units.wide) return Reading::Stated;
-    if (mIsChosen) return Reading::Chosen;
-    if (mStated != nullptr) return Reading::Stated;
-    const std::string bytes = bytesOf(units);
-    if (std::all_of(bytes.begin(), bytes.end(), [](char c) { return U8(c) < 0x80; })) return Reading::Ascii;
-    return charsetOf(bytes) == &western() ? Reading::Western : Reading::Utf8;
+    std::string bytes;
+    bytes.reserve(units.values.size());
+    for (const U16 value : units.values) bytes.push_back(char(U8(value)));
+    return mCharset->decode(mParser, bytes);
 }
 
 }  // namespace vxsub

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Native.h"
@@ -14,41 +15,36 @@ struct Units {
     bool wide = false;
 };
 
-/// What 8-bit text without a mark was taken for.
+/// Why texts are read in the encoding that they are read in. It is one for the whole file.
 enum class Reading {
     Stated,   ///< the file's mark or the library said what it is
     Chosen,   ///< --native said so
     Ascii,    ///< it is the same in every encoding
-    Utf8,     ///< guessed: it is well-formed
-    Western,  ///< guessed: it is not UTF-8
+    Content,  ///< it can be nothing else: well-formed UTF-8
+    Guessed,  ///< by its letters
+    Assumed,  ///< nothing tells
 };
 
 /// Decodes the entries of one file.
 class Decoder {
 public:
-    /// `native` is what the user chose for 8-bit text, null for a guess. It also overrules what the library judged
-    /// from a file's texts, but never a byte-order mark.
-    Decoder(android::SubtitleParser& parser, android::EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType,
-            const NativeCharset* native);
+    /// `native` is what the user chose for 8-bit text, null for a guess from the whole file, which lies in `file`. It
+    /// also overrules what the library judged from a file's texts, but never a byte-order mark.
+    Decoder(android::SubtitleParser& parser, android::EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, CharsetRef native,
+            std::string_view file);
 
     /// Code points, each of them a character or `kInvalid`.
     std::u32string decode(const Units& units) const;
 
-    /// How `decode` takes them.
-    Reading readingOf(const Units& units) const;
+    Reading reading() const { return mReading; }
 
-    /// What the user chose, where that counts; null otherwise.
-    const NativeCharset* chosen() const { return mIsChosen ? mStated : nullptr; }
-
-    /// The encoding that a guess falls back to.
-    static const NativeCharset& western();
+    /// That of 8-bit texts.
+    const NativeCharset& charset() const { return *mCharset; }
 
 private:
-    const NativeCharset* charsetOf(const std::string& bytes) const;
-
     android::SubtitleParser& mParser;
-    const NativeCharset* mStated;
-    bool mIsChosen;
+    CharsetRef mCharset;
+    Reading mReading = Reading::Stated;
 };
 
 }  // namespace vxsub

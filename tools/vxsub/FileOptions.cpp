@@ -21,7 +21,7 @@ std::string typeWords() {
 
 std::string nativeWords() {
     return joined(
-        nativeCharsets(), [](const NativeCharset& charset) { return charset.option; }, "|");
+        libraryCharsets(), [](const CharsetRef& charset) { return charset->option; }, "|");
 }
 
 constexpr double kSlowest = 0.001, kFastest = 1e6;
@@ -51,17 +51,19 @@ void addFileOptions(CLI::App& command, Session& session) {
     };
     const auto chooseNative = [&options](const std::string& word) {
         options.native = findNativeCharset(word);
-        if (options.native == nullptr) throw CLI::ValidationError("--native", word + " is none of " + nativeWords());
+        if (options.native == nullptr)
+            throw CLI::ValidationError("--native",
+                                       word + " is none of " + nativeWords() + ", and no encoding that iconv knows");
     };
     command
         .add_option_function<std::string>("--type", chooseType, "read the file as this format, whatever its extension")
         ->type_name(typeWords());
     command
         .add_option_function<std::string>("--native", chooseNative,
-                                          "encoding of 8-bit text without a byte-order mark;\n"
-                                          "when not given, each text that is well-formed UTF-8\n"
-                                          "is taken as that, any other as Windows-1252")
-        ->type_name(nativeWords());
+                                          "encoding of 8-bit text without a byte-order mark, as\n"
+                                          "the library converts it, or any NAME that iconv knows;\n"
+                                          "when not given, guessed for the whole file")
+        ->type_name(nativeWords() + "|NAME");
     command
         .add_option("--language", options.language,
                     "set the television's subtitle language; with big5 the\n"
@@ -91,6 +93,10 @@ void addRawOption(CLI::App& command, Session& session) {
     command.add_flag("--raw", session.file.raw,
                      "show all units that the library counted in a text;\n"
                      "otherwise a text ends at its first 0");
+}
+
+void addJsonOption(CLI::App& command, bool* json) {
+    command.add_flag("--json", *json, "write JSON instead of lines for people");
 }
 
 void addTrackOption(CLI::App& command, Session& session, const char* description) {

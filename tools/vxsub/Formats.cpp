@@ -69,24 +69,22 @@ std::string lowerCase(std::string_view text) {
 }  // namespace
 
 const std::vector<Format>& formats() {
-    constexpr auto kText = Content::Text;
     static const std::vector<Format> kFormats = {
         {"srt", "SubRip", {"srt"}, fromDescriptor<SubtitleParserSRT>},
-        {"ssa", "SubStation Alpha", {"ssa", "ass"}, fromDescriptor<SubtitleParserSSA>, kText, true},
+        {"ssa", "SubStation Alpha", {"ssa", "ass"}, fromDescriptor<SubtitleParserSSA>},
         {"smi", "SAMI", {"smi", "sami"}, fromDescriptor<SubtitleParserSMI>},
         {"txt", "time-prefixed text", {"txt"}, fromDescriptor<SubtitleParserTXT>},
         {"sub",
          "SubViewer, MicroDVD or DVB text",
          {"sub"},
          fromDescriptor<SubtitleParserSUB>,
-         kText,
-         false,
+         Content::Text,
          indexBeside},
 #define VX_SUB_DIALECT(name, type, word, phrase, ...) {#word, phrase, {}, fromDescriptor<SubtitleParser##name>},
 #include "subtitle/parser/SubDialects.def"
 #undef VX_SUB_DIALECT
-        {"idx", "VobSub", {"idx"}, fromPath<SubtitleParserSUBIDX>, Content::VobSub, false, nullptr, missingPictures},
-        {"sup", "SUP", {"sup"}, fromPath<SubtitleParserSUPWrapper>, Content::Pictures, false, nullptr, missingPlugIn},
+        {"idx", "VobSub", {"idx"}, fromPath<SubtitleParserSUBIDX>, Content::VobSub, nullptr, missingPictures},
+        {"sup", "SUP", {"sup"}, fromPath<SubtitleParserSUPWrapper>, Content::Pictures, nullptr, missingPlugIn},
     };
     return kFormats;
 }

@@ -32,7 +32,6 @@ struct Format {
     std::vector<std::string> extensions;  ///< lower case; none for a format that only --type opens
     std::unique_ptr<android::SubtitleParser> (*construct)(SourceFile& file);
     Content content = Content::Text;
-    bool breaksAtBackslashN = false;  ///< the texts hold "\N" where a line ends
 
     /// What to know of a file whether it opens or not; empty when there is nothing.
     std::string (*remark)(const SourceFile& file) = nullptr;

@@ -34,4 +34,10 @@ void showPlatformLog() {
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
 }
 
+HiddenLog::HiddenLog() : mPriority(__android_log_get_minimum_priority()) {
+    __android_log_set_minimum_priority(ANDROID_LOG_SILENT);
+}
+
+HiddenLog::~HiddenLog() { __android_log_set_minimum_priority(mPriority); }
+
 }  // namespace vxsub

@@ -7,4 +7,16 @@ namespace vxsub {
 /// appears: they have debug priority, and a desktop's log begins at the next one.
 void showPlatformLog();
 
+/// As long as it lives, nothing is shown: what the library does then is none of the user's doing.
+class HiddenLog {
+public:
+    HiddenLog();
+    ~HiddenLog();
+    HiddenLog(const HiddenLog&) = delete;
+    HiddenLog& operator=(const HiddenLog&) = delete;
+
+private:
+    int mPriority;
+};
+
 }  // namespace vxsub

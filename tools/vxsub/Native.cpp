@@ -1,8 +1,13 @@
 #include "Native.h"
 
+#include <ctype.h>
+#include <string.h>
 #include <strings.h>
 
+#include <algorithm>
+
 #include "Text.h"
+#include "tools/meant/SystemEncodings.h"
 
 namespace vxsub {
 namespace {
@@ -45,25 +50,49 @@ std::u32string decodeDouble(SubtitleParser& parser, std::string_view bytes) {
 
 std::u32string decodeAsUtf8(SubtitleParser&, std::string_view bytes) { return decodeUtf8(bytes); }
 
+template <class Decode>
+CharsetRef charset(const char* option, const char* name, Decode decode) {
+    return std::make_shared<NativeCharset>(NativeCharset{option, name, decode});
+}
+
+/// Null when iconv does not know the name.
+CharsetRef fromIconv(const std::string& name) {
+    const meant::Encodings::Decode decode = meant::systemEncodings().open(name);
+    if (!decode) return nullptr;
+    return std::make_shared<NativeCharset>(NativeCharset{name, name, [decode](SubtitleParser&, std::string_view bytes) {
+                                                             std::string utf8;
+                                                             decode(bytes, &utf8);
+                                                             return decodeUtf8(utf8);
+                                                         }});
+}
+
+bool isCharsetName(std::string_view name) {
+    const auto isNamed = [](unsigned char c) { return isalnum(c) || strchr("-_.:+()", c) != nullptr; };
+    return !name.empty() && std::all_of(name.begin(), name.end(), isNamed);
+}
+
 }  // namespace
 
-const std::vector<NativeCharset>& nativeCharsets() {
-    static const std::vector<NativeCharset> kCharsets = {
-        {"utf-8", "UTF-8", decodeAsUtf8},
-        {"gbk", "GBK (simplified Chinese)", decodeDouble<&SubtitleParser::GBToUnicode, 0x8140, 0xFEFE>},
-        {"big5", "Big5 (traditional Chinese)", decodeDouble<&SubtitleParser::BIG52Unicode, 0xA140, 0xF9D5>},
-        {"1252", "Windows-1252 (western Europe)", decodeSingle<&SubtitleParser::Spanish2Unicode>},
-        {"1256", "Windows-1256 (Arabic, Persian)", decodeSingle<&SubtitleParser::Farsi2Unicode>},
-        {"8859-8", "ISO 8859-8 (Hebrew)", decodeSingle<&SubtitleParser::Hebrew2Unicode>},
+const std::vector<CharsetRef>& libraryCharsets() {
+    static const std::vector<CharsetRef> kCharsets = {
+        charset("utf-8", "UTF-8", decodeAsUtf8),
+        charset("gbk", "GBK (simplified Chinese)", decodeDouble<&SubtitleParser::GBToUnicode, 0x8140, 0xFEFE>),
+        charset("big5", "Big5 (traditional Chinese)", decodeDouble<&SubtitleParser::BIG52Unicode, 0xA140, 0xF9D5>),
+        charset("1252", "Windows-1252 (western Europe)", decodeSingle<&SubtitleParser::Spanish2Unicode>),
+        charset("1256", "Windows-1256 (Arabic, Persian)", decodeSingle<&SubtitleParser::Farsi2Unicode>),
+        charset("8859-8", "ISO 8859-8 (Hebrew)", decodeSingle<&SubtitleParser::Hebrew2Unicode>),
     };
     return kCharsets;
 }
 
-const NativeCharset* findNativeCharset(std::string_view option) {
-    for (const NativeCharset& charset : nativeCharsets())
-        if (option.size() == std::string_view(charset.option).size() &&
-            strncasecmp(option.data(), charset.option, option.size()) == 0)
-            return &charset;
+CharsetRef findNativeCharset(std::string_view option) {
+    std::string name(option);
+    for (const CharsetRef& charset : libraryCharsets())
+        if (strcasecmp(name.c_str(), charset->option.c_str()) == 0) return charset;
+    if (!isCharsetName(name)) return nullptr;
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return char(toupper(c)); });
+    for (const char* prefix : {"", "WINDOWS-", "ISO-"})
+        if (CharsetRef charset = fromIconv(prefix + name)) return charset;
     return nullptr;
 }
 

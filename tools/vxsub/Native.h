@@ -1,6 +1,8 @@
-/// Encodings of 8-bit text without a byte-order mark, converted by the library's own tables.
+/// Encodings of 8-bit text without a byte-order mark: those that the library has tables for, and all that iconv knows.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,17 +11,19 @@
 
 namespace vxsub {
 
-/// One encoding. For a new one, write a row in Native.cpp.
+/// One encoding. For a new one with a table of the library's, write a row in Native.cpp.
 struct NativeCharset {
-    const char* option;  ///< its word for --native
-    const char* name;    ///< for people
-    std::u32string (*decode)(android::SubtitleParser& parser, std::string_view bytes);
+    std::string option;  ///< its word for --native
+    std::string name;    ///< for people
+    std::function<std::u32string(android::SubtitleParser& parser, std::string_view bytes)> decode;
 };
+using CharsetRef = std::shared_ptr<const NativeCharset>;
 
-/// All of them, in the order of the help text.
-const std::vector<NativeCharset>& nativeCharsets();
+/// Those of the library, in the order of the help text.
+const std::vector<CharsetRef>& libraryCharsets();
 
-/// The one of that name, in any letter case; null when there is none.
-const NativeCharset* findNativeCharset(std::string_view option);
+/// The one of that name, in any letter case; "1251" and "8859-5" will do for iconv's longer ones. Null when there is
+/// none.
+CharsetRef findNativeCharset(std::string_view option);
 
 }  // namespace vxsub

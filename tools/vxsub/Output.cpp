@@ -66,13 +66,15 @@ void Output::flush() {
     mBuffer.clear();
 }
 
-void Output::wait(double seconds) {
-    if (seconds <= 0) return;
+bool Output::wait(double seconds, int input) {
+    if (seconds <= 0) return false;
     timespec left;
     left.tv_sec = time_t(seconds);
     left.tv_nsec = long((seconds - double(left.tv_sec)) * 1e9);
-    pollfd reader = {mFd, 0, 0};
-    if (ppoll(&reader, 1, &left, nullptr) > 0 && (reader.revents & (POLLERR | POLLHUP | POLLNVAL))) throw ReaderGone();
+    pollfd ends[] = {{mFd, 0, 0}, {input, POLLIN, 0}};
+    if (ppoll(ends, 2, &left, nullptr) <= 0) return false;
+    if ((ends[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) throw ReaderGone();
+    return ends[1].revents != 0;
 }
 
 void complain(std::string_view message) {

@@ -31,9 +31,9 @@ public:
     /// Throws `ReaderGone` when the reading end of a pipe was closed, `FileError` on any other failure.
     void flush();
 
-    /// Waits for so long, but ends with `ReaderGone` as soon as the reader has gone. May return early after a
-    /// signal.
-    void wait(double seconds);
+    /// Waits for so long, or until something can be read from `input`, but ends with `ReaderGone` as soon as the
+    /// reader has gone. May return early after a signal. Whether there is something to read.
+    bool wait(double seconds, int input = -1);
 
 private:
     int mFd;

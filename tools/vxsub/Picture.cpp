@@ -90,31 +90,33 @@ int Background::sameUntil(int x) { return (x / kSquare + 1) * kSquare; }
 
 Image::Image(Size size) : mSize(size), mPixels(size_t(size.width) * size_t(size.height)) {}
 
-bool Image::isBlank() const {
-    // from the end: pictures stand on the bottom edge
-    return std::all_of(mPixels.rbegin(), mPixels.rend(), [](const Colour& c) { return c.alpha == 0; });
+Box Image::visibleBox() const {
+    const auto isSeen = [](const Colour& c) { return c.alpha != 0; };
+    int left = mSize.width, top = -1, right = 0, bottom = 0;
+    for (int y = 0; y < mSize.height; ++y) {
+        const Colour* const row = mPixels.data() + index(0, y);
+        const Colour* const first = std::find_if(row, row + mSize.width, isSeen);
+        if (first == row + mSize.width) continue;
+        if (top < 0) top = y;
+        bottom = y + 1;
+        left = std::min(left, int(first - row));
+        int last = mSize.width;
+        while (!isSeen(row[last - 1])) --last;
+        right = std::max(right, last);
+    }
+    if (top < 0) return {0, 0, 0, 0};
+    return {left, top, right - left, bottom - top};
 }
 
-Image Image::visiblePart() const {
-    int left = mSize.width, top = mSize.height, right = 0, bottom = 0;
-    for (int y = 0; y < mSize.height; ++y)
-        for (int x = 0; x < mSize.width; ++x) {
-            if (at(x, y).alpha == 0) continue;
-            left = std::min(left, x);
-            right = std::max(right, x + 1);
-            top = std::min(top, y);
-            bottom = y + 1;
-        }
-    if (right <= left) return Image({0, 0});
-    Image part({right - left, bottom - top});
-    for (int y = top; y < bottom; ++y)
-        for (int x = left; x < right; ++x) part.at(x - left, y - top) = at(x, y);
+Image Image::part(const Box& box) const {
+    Image part({box.width, box.height});
+    for (int y = 0; y < box.height; ++y)
+        for (int x = 0; x < box.width; ++x) part.at(x, y) = at(box.left + x, box.top + y);
     return part;
 }
 
-Image Image::fitInto(Size most) const {
-    if (mSize.width <= most.width && mSize.height <= most.height) return *this;
-    const double factor = std::min(double(most.width) / mSize.width, double(most.height) / mSize.height);
+Image Image::reduced(double factor) const {
+    if (factor >= 1 || mPixels.empty()) return *this;
     const auto reduced = [factor](int side) { return std::max(1, int(std::lround(side * factor))); };
     Image small({reduced(mSize.width), reduced(mSize.height)});
     const auto edge = [](int i, int from, int to) { return int(long(i) * to / from); };

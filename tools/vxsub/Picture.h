@@ -13,6 +13,12 @@ struct Size {
     int width, height;
 };
 
+/// A part of an image.
+struct Box {
+    int left, top, width, height;
+    bool isEmpty() const { return width == 0 || height == 0; }
+};
+
 struct Colour {
     android::U8 red, green, blue, alpha;
 
@@ -52,14 +58,13 @@ public:
     Colour& at(int x, int y) { return mPixels[index(x, y)]; }
     const Colour& at(int x, int y) const { return mPixels[index(x, y)]; }
 
-    /// Whether any pixel would be seen.
-    bool isBlank() const;
+    /// The smallest part that holds every pixel that would be seen; empty when there is none.
+    Box visibleBox() const;
 
-    /// The smallest part that holds everything that is seen; empty of a blank image.
-    Image visiblePart() const;
+    Image part(const Box& box) const;
 
-    /// As it is, or reduced by averaging so that it fits; its sides keep their ratio.
-    Image fitInto(Size most) const;
+    /// Each side times `factor`, which is at most 1, by averaging; at least one pixel stays.
+    Image reduced(double factor) const;
 
     /// Draws `image` over this one; what would lie outside is dropped.
     void lay(const Image& image, int left, int top);

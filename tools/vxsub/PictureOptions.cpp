@@ -45,9 +45,9 @@ void addPictureOptions(CLI::App& command, PictureOptions* options, const char* t
     addSurfaceOption(command, &options->surface, surface);
     command
         .add_option_function<std::string>("--background", setBackground,
-                                          "what lies behind the pictures: checkerboard (when not\n"
-                                          "given), none (they stay transparent) or RRGGBB")
-        ->type_name("WORD");
+                                          "what lies behind the pictures: a checkerboard (when not\n"
+                                          "given), nothing (they stay transparent) or a colour")
+        ->type_name("checkerboard|none|RRGGBB");
 }
 
 void requirePngName(const std::string& path) {

@@ -13,6 +13,8 @@ struct PictureOptions {
     Background background = Background::checkerboard();
 };
 
+constexpr char kTelevisionSize[] = "the television's size; 1920x1080 when not given";
+
 /// --surface.
 void addSurfaceOption(CLI::App& command, std::optional<Size>* surface, const char* description);
 

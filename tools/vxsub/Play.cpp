@@ -9,6 +9,7 @@
 #include "Screen.h"
 #include "Text.h"
 #include "Time.h"
+#include "Viewer.h"
 
 namespace vxsub {
 namespace {
@@ -34,12 +35,13 @@ std::vector<U32> boundariesOf(SubtitleFile& file) {
 
 /// For files and pipes: a line for each change, at its time.
 void playLines(SubtitleFile& file, Output& out, PlayClock clock, U32 fromMs, const std::vector<U32>& times) {
+    Viewer viewer(file);
     std::optional<U32> before;
     const auto tell = [&](U32 ms) {
         const std::optional<U32> shown = file.entryShownAt(ms);
         if (shown == before) return;
         before = shown;
-        const std::string text = shown ? escapeLine(file.text(*shown)) : "";
+        const std::string text = shown ? escapeLine(viewer.text(*shown)) : "";
         out.line(formatTime(ms) + "  " + (shown ? "entry " + std::to_string(*shown) : "nothing is shown") +
                  (text.empty() ? "" : "  " + text));
         out.flush();
@@ -54,9 +56,9 @@ void playLines(SubtitleFile& file, Output& out, PlayClock clock, U32 fromMs, con
 /// For a terminal: the text in the middle of some lines, and a progress line below.
 class Stage {
 public:
-    Stage(SubtitleFile& file, Screen& screen, U32 endMs) : mFile(file), mScreen(screen), mEndMs(endMs) {}
+    Stage(SubtitleFile& file, Screen& screen, U32 endMs) : mFile(file), mViewer(file), mScreen(screen), mEndMs(endMs) {}
 
-    void draw(U32 ms) {
+    void draw(U32 ms, bool isPaused) {
         const Screen::Size size = mScreen.size();
         if (size.columns != mColumns || size.rows != mRows) fit(size);
         const std::optional<U32> shown = mFile.entryShownAt(ms);
@@ -66,7 +68,7 @@ public:
         for (const std::string& line : text)
             lines.push_back(std::string((mColumns - 1 - displayWidth(line)) / 2, ' ') + line);
         if (mRows > mTextLines + 2) lines.emplace_back();
-        lines.push_back(progressLine(ms, shown));
+        lines.push_back(progressLine(ms, isPaused ? "paused" : shown ? "entry " + std::to_string(*shown) : ""));
         mScreen.draw(lines);
     }
 
@@ -84,7 +86,9 @@ private:
     }
 
     std::vector<std::string> textOf(U32 index) {
-        std::vector<std::string> lines = displayLines(mFile.text(index), mColumns - 1);
+        if (mIndex != index) mText = mViewer.text(index);  // a picture is drawn once
+        mIndex = index;
+        std::vector<std::string> lines = displayLines(mText, mColumns - 1);
         if (lines.size() > mTextLines) {
             lines.resize(mTextLines);
             lines.back() = "...";
@@ -94,9 +98,9 @@ private:
         return lines;
     }
 
-    std::string progressLine(U32 ms, std::optional<U32> shown) const {
+    std::string progressLine(U32 ms, const std::string& state) const {
         const std::string left = formatTime(ms) + " ";
-        const std::string right = " " + formatTime(mEndMs) + "  " + (shown ? "entry " + std::to_string(*shown) : "");
+        const std::string right = " " + formatTime(mEndMs) + "  " + state;
         constexpr size_t kEntryWidth = 32;  // of `right`, so that the bar keeps its width
         const size_t room = mColumns - 1;
         if (room < left.size() + kEntryWidth + 12) return left.substr(0, room);
@@ -106,21 +110,38 @@ private:
     }
 
     SubtitleFile& mFile;
+    Viewer mViewer;
     Screen& mScreen;
     U32 mEndMs;
+    std::optional<U32> mIndex;  ///< whose text `mText` is
+    std::u32string mText;
     size_t mColumns = 0, mRows = 0, mTextLines = 1;
 };
 
+/// Where an arrow leads from `now`.
+double jump(Key key, double now, U32 endMs) {
+    const double seconds = key == Key::Left ? -5 : key == Key::Right ? 5 : key == Key::Down ? -60 : 60;
+    return std::clamp(now + seconds * 1000, 0.0, double(endMs));
+}
+
 void playOnTerminal(SubtitleFile& file, Output& out, PlayClock clock, U32 endMs) {
     setlocale(LC_CTYPE, "C.UTF-8");  // for the widths of characters
-    Screen screen(out);
+    Screen screen(out, Screen::Keys::Taken);
     Stage stage(file, screen, endMs);
+    bool isPaused = false;
     for (;;) {
         const double now = std::min(clock.now(), double(endMs));
-        stage.draw(U32(now));
-        if (now >= endMs) return;
-        out.wait(std::min(kFrameSeconds, clock.secondsUntil(endMs)));
-        if (screen.wasStopped()) clock.set(now);  // the movie stood still, too
+        stage.draw(U32(now), isPaused);
+        if (now >= endMs && !isPaused) return;
+        const Key key =
+            screen.waitForKey(isPaused ? kFrameSeconds : std::min(kFrameSeconds, clock.secondsUntil(endMs)));
+        if (key == Key::Quit) return;
+        const bool stoodStill = screen.wasStopped() || isPaused;
+        if (key == Key::Space) isPaused = !isPaused;
+        if (key >= Key::Left)
+            clock.set(jump(key, now, endMs));
+        else if (stoodStill)
+            clock.set(now);
     }
 }
 
@@ -144,6 +165,7 @@ void play(const OpenOptions& options, U32 fromMs, double speed, Output& out) {
     const PlayClock clock(fromMs, speed);
     if (canRedraw(out)) {
         out.line(titleOf(file, speed));
+        if (Screen::hasKeys()) out.line("space halts, left and right go 5 seconds, down and up a minute, q ends");
         playOnTerminal(file, out, clock, times.back());
     } else {
         playLines(file, out, clock, fromMs, times);
@@ -156,8 +178,9 @@ void addPlay(CLI::App& app, Session& session) {
     CLI::App* command = app.add_subcommand("play", "Play the entries against a clock");
     command->footer(std::string("TIME is written as ") + kTimeForms +
                     ".\n\n"
-                    "On a terminal, entries come and go above a line with the play time; Ctrl-C ends\n"
-                    "it, Ctrl-Z halts it. When the output is a file or a pipe, each change is one\n"
+                    "On a terminal, entries come and go above a line with the play time. There, space\n"
+                    "halts and goes on, left and right go back and forth by 5 seconds, down and up by\n"
+                    "a minute, and q ends it. When the output is a file or a pipe, each change is one\n"
                     "line, written at its time.\n\n"
                     "Examples:  vxsub play movie.srt --speed 8\n"
                     "           vxsub play movie.srt --from 00:42:00");

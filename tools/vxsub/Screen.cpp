@@ -8,7 +8,10 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
+
+#include <string_view>
 
 namespace vxsub {
 namespace {
@@ -24,6 +27,8 @@ volatile sig_atomic_t gContinued = 0;  // the program was stopped meanwhile
 int gFd = -1;
 char gDown[16];  // moves the cursor below the lines from wherever it is
 struct sigaction gEarlier[NSIG];
+volatile sig_atomic_t gKeysTaken = 0;  // keys come one by one and unseen
+termios gEarlierKeys;
 
 /// Signals whose default action ends the program and that can be caught, and the one that stops it from the
 /// keyboard.
@@ -54,6 +59,8 @@ void put(const char* text) {
 
 /// Leaves the terminal as it was found. Only async-signal-safe calls.
 void leave() {
+    if (gKeysTaken) tcsetattr(STDIN_FILENO, TCSANOW, &gEarlierKeys);
+    gKeysTaken = 0;
     if (!gActive) return;
     gActive = 0;
     pollfd terminal = {gFd, POLLOUT, 0};
@@ -118,6 +125,23 @@ void forEachSignal(Do apply) {
         if (isHandled(signal) || signal == SIGCONT) apply(signal);
 }
 
+/// Cuts the first key, or else the first byte, off what a terminal sends.
+Key takeKey(std::string* typed) {
+    static const struct {
+        std::string_view bytes;
+        Key key;
+    } kKeys[] = {{"q", Key::Quit},       {"Q", Key::Quit},    {" ", Key::Space},     {"\x1b[D", Key::Left},
+                 {"\x1b[C", Key::Right}, {"\x1b[A", Key::Up}, {"\x1b[B", Key::Down}, {"\x1bOD", Key::Left},
+                 {"\x1bOC", Key::Right}, {"\x1bOA", Key::Up}, {"\x1bOB", Key::Down}};
+    for (const auto& row : kKeys)
+        if (typed->compare(0, row.bytes.size(), row.bytes) == 0) {
+            typed->erase(0, row.bytes.size());
+            return row.key;
+        }
+    typed->erase(0, 1);
+    return Key::None;
+}
+
 }  // namespace
 
 bool canRedraw(const Output& out) {
@@ -125,7 +149,12 @@ bool canRedraw(const Output& out) {
     return out.isTerminal() && terminal != nullptr && *terminal != 0 && strcmp(terminal, "dumb") != 0;
 }
 
-Screen::Screen(Output& out) : mOut(out) {
+bool canColour(const Output& out) {
+    const char* refused = getenv("NO_COLOR");
+    return canRedraw(out) && (refused == nullptr || *refused == 0);
+}
+
+Screen::Screen(Output& out, Keys keys) : mOut(out), mTakesKeys(keys == Keys::Taken && hasKeys()) {
     out.flush();
     gFd = out.descriptor();
     gDown[0] = 0;
@@ -141,6 +170,37 @@ Screen::~Screen() {
     });
 }
 
+bool Screen::hasKeys() { return isatty(STDIN_FILENO) == 1; }
+
+/// Ctrl-C and the like still make signals.
+void Screen::takeKeys() {
+    if (!mTakesKeys || gKeysTaken || tcgetattr(STDIN_FILENO, &gEarlierKeys) != 0) return;
+    gKeysTaken = 1;  // first: a signal between the two restores what is still there
+    setKeys();
+}
+
+void Screen::setKeys() const {
+    termios keys = gEarlierKeys;
+    keys.c_lflag &= ~tcflag_t(ICANON | ECHO);
+    keys.c_cc[VMIN] = 0;
+    keys.c_cc[VTIME] = 0;
+    tcsetattr(STDIN_FILENO, TCSANOW, &keys);
+}
+
+Key Screen::waitForKey(double seconds) {
+    const bool isTaking = gKeysTaken && !isInBackground();
+    if (mTyped.empty() && mOut.wait(seconds, isTaking ? STDIN_FILENO : -1)) {
+        char bytes[64];
+        const ssize_t size = read(STDIN_FILENO, bytes, sizeof bytes);
+        if (size > 0) mTyped.assign(bytes, size_t(size));
+        if (size == 0) {  // the terminal has gone
+            mTakesKeys = false;
+            gKeysTaken = 0;
+        }
+    }
+    return mTyped.empty() ? Key::None : takeKey(&mTyped);
+}
+
 Screen::Size Screen::size() const {
     winsize window = {};
     if (ioctl(mOut.descriptor(), TIOCGWINSZ, &window) != 0 || window.ws_row == 0 || window.ws_col == 0) return {24, 80};
@@ -154,6 +214,7 @@ bool Screen::isInBackground() const {
 
 void Screen::draw(std::vector<std::string> lines) {
     if (isInBackground()) return;
+    takeKeys();
     const Size now = size();
     const size_t room = now.rows > 2 ? now.rows - 1 : 1;
     if (lines.size() > room) lines.erase(lines.begin(), lines.end() - ptrdiff_t(room));
@@ -180,6 +241,8 @@ bool Screen::wasStopped() {
     gContinued = 0;
     // What stands on the terminal now was written by others: the next frame begins below it.
     if (stopped) mHeight = 0;
+    // After SIGSTOP, which nobody sees coming, the shell has set the keys as it likes.
+    if (stopped && gKeysTaken && !isInBackground()) setKeys();
     return stopped;
 }
 

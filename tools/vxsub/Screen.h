@@ -11,6 +11,12 @@ namespace vxsub {
 /// Whether the output is a terminal on which lines can be drawn again.
 bool canRedraw(const Output& out);
 
+/// Whether the output is a terminal that shows colours, and nobody has asked for none (NO_COLOR).
+bool canColour(const Output& out);
+
+/// Keys that mean something. Those behind `Space` are arrows.
+enum class Key { None, Quit, Space, Left, Right, Up, Down };
+
 /// Takes over some lines of the terminal from the first frame until it is destroyed, with the cursor hidden. Every
 /// signal that ends or stops the program first leaves the cursor visible below those lines. One at a time.
 class Screen {
@@ -19,7 +25,10 @@ public:
         size_t rows, columns;
     };
 
-    explicit Screen(Output& out);
+    /// What becomes of the keys that are pressed meanwhile.
+    enum class Keys { Untouched, Taken };
+
+    explicit Screen(Output& out, Keys keys = Keys::Untouched);
     ~Screen();
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
@@ -32,13 +41,23 @@ public:
     /// `Output::flush`.
     void draw(std::vector<std::string> lines);
 
+    /// Whether the standard input is a terminal, so that keys can be taken from it.
+    static bool hasKeys();
+
+    /// The key that is pressed within so many seconds. Throws as `Output::wait`.
+    Key waitForKey(double seconds);
+
     /// Whether the program was stopped and continued since the last question.
     bool wasStopped();
 
 private:
     bool isInBackground() const;
+    void takeKeys();
+    void setKeys() const;
 
     Output& mOut;
+    bool mTakesKeys;
+    std::string mTyped;  ///< what came and was not yet looked at
     size_t mHeight = 0;
     Size mDrawnAt = {0, 0};
 };

@@ -12,13 +12,15 @@
 #include <algorithm>
 #include <chrono>
 #include <string_view>
-#include <unordered_map>
 
 #include "Errors.h"
+#include "Log.h"
 #include "Output.h"
-#include "Text.h"
 #include "Time.h"
+#include "subtitle/SubtitleParserSUB.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
+#include "tools/meant/Meant.h"
+#include "tools/meant/SystemEncodings.h"
 
 namespace vxsub {
 namespace {
@@ -39,7 +41,7 @@ constexpr auto kUtf8 = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UTF8;
 constexpr auto kNative = E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE;
 
 /// A television set to Big5 shows 8-bit text as that.
-const NativeCharset* nativeFor(const OpenOptions& options) {
+CharsetRef nativeFor(const OpenOptions& options) {
     if (options.native != nullptr || strncasecmp(options.language.c_str(), "big5", 4) != 0) return options.native;
     return findNativeCharset("big5");
 }
@@ -127,9 +129,15 @@ SubtitleFile::SubtitleFile(const OpenOptions& options)
 
     mHasUtf8Mark = beginsWithUtf8Mark(mSource.fd);
     readTracks();
+    requireSubtitles();
+}
+
+const Decoder& SubtitleFile::decoder() {
+    if (mDecoder != nullptr) return *mDecoder;
     // The user overrules what the library judged from the bytes, but no mark.
-    const bool isOverruled = options.native != nullptr && !mHasUtf8Mark && codeType() == kUtf8;
-    mDecoder = std::make_unique<Decoder>(*mParser, isOverruled ? kNative : codeType(), nativeFor(options));
+    const bool isOverruled = mOptions.native != nullptr && !mHasUtf8Mark && codeType() == kUtf8;
+    mDecoder = std::make_unique<Decoder>(*mParser, isOverruled ? kNative : codeType(), nativeFor(mOptions), bytes());
+    return *mDecoder;
 }
 
 SubtitleFile::~SubtitleFile() { end(*mParser); }
@@ -152,6 +160,25 @@ void SubtitleFile::readTracks() {
                                                  std::to_string(mTracks.size() - 1)));
 }
 
+std::string SubtitleFile::bytes() const {
+    std::string bytes(size_t(length()), '\0');
+    size_t size = 0;
+    for (ssize_t n = 1; size < bytes.size() && n > 0; size += size_t(std::max<ssize_t>(n, 0)))
+        n = pread(mSource.fd, &bytes[size], bytes.size() - size, off_t(size));
+    bytes.resize(size);
+    return bytes;
+}
+
+/// Without entries, the format was perhaps only the name's.
+void SubtitleFile::requireSubtitles() const {
+    const SubtitleParserSUBIDX* index = vobSub();
+    const bool saysSomething = index != nullptr && (index->m_u32Width != 0 || index->m_au32Palette[1] != 0);
+    if (mCount > 0 || saysSomething) return;
+    const meant::File found = meant::read(bytes(), {}, meant::systemEncodings());
+    if (found.format != meant::Format::None) return;
+    throw FileError(path() + ": is no subtitle file but " + found.nature);
+}
+
 std::string SubtitleFile::encoding() const {
     std::string phrase = nameOf(codeType()).phrase;
     if (codeType() != kUtf8) return phrase;
@@ -160,6 +187,7 @@ std::string SubtitleFile::encoding() const {
 }
 
 bool SubtitleFile::followsFrameRate() {
+    const HiddenLog hidden;
     const U32 other = mOptions.frameRate == 25u ? 50 : 25;
     const std::unique_ptr<SubtitleParser> parser = mFormat.construct(mSource);
     bool differs = !begin(*parser, other) || parser->GetTagNum() != mCount;
@@ -170,6 +198,18 @@ bool SubtitleFile::followsFrameRate() {
     }
     end(*parser);
     return differs;
+}
+
+std::optional<FrameRate> SubtitleFile::frameRate() {
+    if (type() != E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_MICRO_DVD) return std::nullopt;
+    const bool isDispatched = std::string_view(mFormat.type) == "sub";
+    const SubtitleParser& dialect =
+        isDispatched ? *static_cast<const SubtitleParserSUB&>(*mParser).m_pParser : *mParser;
+    const U64 nanoseconds = dialect.m_u64NanoSecPerFrame;
+    if (nanoseconds == 0) return FrameRate{0, RateFrom::None};
+    const U32 thousandths = U32((1000000000000 + nanoseconds / 2) / nanoseconds);
+    if (!followsFrameRate()) return FrameRate{thousandths, RateFrom::File};
+    return FrameRate{thousandths, mOptions.frameRate ? RateFrom::Player : RateFrom::Library};
 }
 
 Entry SubtitleFile::entry(U32 index) {
@@ -236,38 +276,37 @@ const SubtitleParserSUBIDX* SubtitleFile::vobSub() const {
     return static_cast<const SubtitleParserSUBIDX*>(mParser.get());
 }
 
-std::u32string SubtitleFile::text(U32 index) {
-    if (!hasPictures()) return text(units(index));
-    const std::optional<PictureArea> area = picture(index);
-    if (!area) return U"(no picture)";
-    return decodeUtf8("(picture " + std::to_string(area->u16Width) + "x" + std::to_string(area->u16Height) + " at " +
-                      std::to_string(area->u16X) + ", " + std::to_string(area->u16Y) + ")");
-}
-
-std::u32string SubtitleFile::text(const Units& units) const {
-    std::u32string text = decoder().decode(units);
-    if (!mFormat.breaksAtBackslashN || mOptions.raw) return text;
-    std::u32string shown;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const bool isBreak = text[i] == '\\' && i + 1 < text.size() && text[i + 1] == 'N';
-        shown.push_back(isBreak ? U'\n' : text[i]);
-        if (isBreak) ++i;
-    }
-    return shown;
-}
-
 std::string formatSpan(const Entry& entry) {
     return formatTime(entry.start) + " --> " + (entry.isOpen() ? "the next" : formatTime(entry.end));
 }
 
+const MarkKind kMarkKinds[5] = {
+    {&Marks::sharesStart, '=', 0, "shares-start", "shares its start with another entry: the library may name either",
+     "shares a start with another", "share a start with another"},
+    {&Marks::backInTime, '<', 1, "back-in-time",
+     "starts before the entry in front of it: the library expects starts to ascend", "goes back in time",
+     "go back in time"},
+    {&Marks::endsBeforeStart, '!', 2, "ends-before-start", "ends before it starts: it is never shown",
+     "ends before the start", "end before the start"},
+    {&Marks::lastsNoTime, '0', 2, "zero-length", "ends when it starts: it is never shown", "ends at the start",
+     "end at the start"},
+    {&Marks::isCutShort, '~', 2, "overlap", "another entry starts before it ends, and hides it from then on",
+     "is hidden by another before the end", "are hidden by another before the end"},
+};
+
 std::vector<Marks> marksOf(const std::vector<Entry>& entries) {
-    std::unordered_map<U32, size_t> starts;
-    for (const Entry& entry : entries) ++starts[entry.start];
+    std::vector<U32> starts;
+    for (const Entry& entry : entries) starts.push_back(entry.start);
+    std::sort(starts.begin(), starts.end());
     std::vector<Marks> marks;
     marks.reserve(entries.size());
-    for (size_t i = 0; i < entries.size(); ++i)
-        marks.push_back({starts[entries[i].start] > 1, i > 0 && entries[i].start < entries[i - 1].start,
-                         entries[i].end < entries[i].start});
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const Entry& entry = entries[i];
+        const auto same = std::equal_range(starts.begin(), starts.end(), entry.start);
+        const bool isCutShort = !entry.isOpen() && same.second != starts.end() && *same.second < entry.end;
+        marks.push_back({same.second - same.first > 1, i > 0 && entry.start < entries[i - 1].start,
+                         entry.end < entry.start, entry.end == entry.start, isCutShort});
+    }
     return marks;
 }
 

@@ -20,7 +20,7 @@ namespace vxsub {
 struct OpenOptions {
     std::string path;
     const Format* format = nullptr;         ///< null: as the extension says
-    const NativeCharset* native = nullptr;  ///< null: guess
+    CharsetRef native;                      ///< null: guess
     std::string language;                   ///< the television's subtitle language; empty: not set
     bool raw = false;                       ///< texts with all units that the library counted
     std::optional<android::U32> frameRate;  ///< as `SetFrameRate` takes it; nothing: not set
@@ -47,7 +47,20 @@ struct Track {
     android::U32 first, end;
 };
 
-/// Where a picture stands on its frame, in pixels.
+/// Where a text file's times come from that counts frames.
+enum class RateFrom {
+    File,     ///< its first line names it
+    Player,   ///< set by `OpenOptions::frameRate`
+    Library,  ///< its own, as nobody names one
+    None,     ///< none was read: all times are 0
+};
+
+struct FrameRate {
+    android::U32 thousandths;  ///< of a frame in a second
+    RateFrom from;
+};
+
+/// Where a picture says that it stands on its frame, in pixels.
 using PictureArea = android::stSubDecoderInfo;
 
 /// Runs a parser through the player's calling order: construct and `BeginParse` here, queries in between,
@@ -55,14 +68,17 @@ using PictureArea = android::stSubDecoderInfo;
 class SubtitleFile {
 public:
     /// Throws `FileError` when the file cannot be opened, is no regular file, has an unknown extension, is refused
-    /// by the parser or has no such track. Complains about what is to be known of the file all the same.
+    /// by the parser, has no such track, or is no subtitle file and has no entries, either. Complains about what is to
+    /// be known of the file all the same.
     explicit SubtitleFile(const OpenOptions& options);
     ~SubtitleFile();
     SubtitleFile(const SubtitleFile&) = delete;
     SubtitleFile& operator=(const SubtitleFile&) = delete;
 
+    const OpenOptions& options() const { return mOptions; }
     const std::string& path() const { return mSource.path; }
     android::S64 length() const { return mSource.length; }
+    std::string bytes() const;  ///< all of them
     double openMilliseconds() const { return mOpenMilliseconds; }
     android::EN_MEDIA_SUBTITLE_PARSER_TYPE type() const { return mTrackInfo.eSubtitleType; }
     android::EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType() const { return mTrackInfo.eCodeType; }
@@ -70,6 +86,9 @@ public:
 
     /// Whether the entries' times are others at another frame rate than the one that was set.
     bool followsFrameRate();
+
+    /// Of MicroDVD, the rate that its times were reckoned with; nothing for other formats.
+    std::optional<FrameRate> frameRate();
 
     android::U32 count() const { return mCount; }
     Entry entry(android::U32 index);
@@ -102,15 +121,15 @@ public:
     /// An entry's text as the library gives it: up to the first 0, or with `raw` all units that it counted.
     Units units(android::U32 index);
 
-    /// An entry for people: its text, or words for its picture.
-    std::u32string text(android::U32 index);
-    std::u32string text(const Units& units) const;  ///< what is none of a text's letters stands as people read it
-    const Decoder& decoder() const { return *mDecoder; }
+    /// An entry's text as the player gets it.
+    std::u32string text(android::U32 index) { return decoder().decode(units(index)); }
+    const Decoder& decoder();
 
 private:
     class Descriptor;
 
     void readTracks();
+    void requireSubtitles() const;
 
     OpenOptions mOptions;
     SourceFile mSource;
@@ -122,7 +141,7 @@ private:
     bool mHasUtf8Mark = false;
     android::U32 mCount = 0;
     double mOpenMilliseconds = 0;
-    std::unique_ptr<Decoder> mDecoder;
+    std::unique_ptr<Decoder> mDecoder;  ///< made when it is asked for: a guess takes time
     std::vector<android::U8> mBuffer;
 };
 
@@ -131,7 +150,22 @@ struct Marks {
     bool sharesStart;      ///< another entry starts at the same time
     bool backInTime;       ///< starts before the entry in front of it
     bool endsBeforeStart;  ///< never shown
+    bool lastsNoTime;      ///< ends when it starts: never shown
+    bool isCutShort;       ///< another entry starts before it ends, and hides it from then on
 };
+
+/// What each of them is called.
+struct MarkKind {
+    bool Marks::*isSet;
+    char letter;          ///< in a list for people
+    size_t column;        ///< of the letter; those that no entry has together share one
+    const char* word;     ///< for programs
+    const char* meaning;  ///< for people
+    const char* one;      ///< "1 entry" does this
+    const char* many;     ///< "2 entries" do this
+};
+constexpr size_t kMarkColumns = 3;
+extern const MarkKind kMarkKinds[5];
 
 /// The marks of one track's entries.
 std::vector<Marks> marksOf(const std::vector<Entry>& entries);

@@ -13,6 +13,9 @@ class MemoryProducer;
 
 namespace vxsub {
 
+/// The size that most televisions have.
+constexpr Size kTelevision = {1920, 1080};
+
 class Television {
 public:
     /// Attaches a surface of that size to the file's parser until it is destroyed.
@@ -24,7 +27,10 @@ public:
     struct Shown {
         PictureArea area;
         Image image;  ///< blank when the parser does not draw on a surface of that size
+        Box box;      ///< what is seen of it
     };
+
+    Size size() const { return mSize; }
 
     /// What an entry looks like; nothing when its picture cannot be decoded.
     std::optional<Shown> show(android::U32 index);
