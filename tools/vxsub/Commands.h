@@ -17,6 +17,7 @@ struct Session {
     Output& out;
     OpenOptions file;           ///< what the options on files say
     bool log = false;           ///< show the platform log
+    int status = 0;             ///< of the program, when the command has run through
     std::function<void()> run;  ///< the chosen command; throws FileError, ReaderGone
 };
 
@@ -27,6 +28,7 @@ void addPlay(CLI::App& app, Session& session);
 void addRender(CLI::App& app, Session& session);
 void addSheet(CLI::App& app, Session& session);
 void addPush(CLI::App& app, Session& session);
+void addFix(CLI::App& app, Session& session);
 
 /// The options that every command on a file takes. They stand on the command and, out of the help text's sight, on
 /// the program, so that they may stand in front of the command's name, too.

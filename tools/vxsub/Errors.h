@@ -5,7 +5,7 @@
 
 namespace vxsub {
 
-enum ExitStatus : int { kOk = 0, kFileFailed = 1, kWrongUsage = 2 };
+enum ExitStatus : int { kOk = 0, kFileFailed = 1, kWrongUsage = 2, kFindings = 3 };
 
 /// A file that cannot be shown, or output that cannot be written. The message is one line without the program's
 /// name.

@@ -11,7 +11,8 @@
 namespace vxsub {
 namespace {
 
-constexpr void (*kCommands[])(CLI::App&, Session&) = {addInfo, addList, addAt, addPlay, addRender, addSheet, addPush};
+constexpr void (*kCommands[])(CLI::App&, Session&) = {addInfo,   addList,  addAt,   addPlay,
+                                                      addRender, addSheet, addPush, addFix};
 
 /// Descriptors 0 to 2 are taken from here on, whatever the caller had closed: no file of ours becomes one of them.
 void occupyStandardDescriptors() {
@@ -41,12 +42,13 @@ void describe(CLI::App& app, Session& session) {
                "  vxsub info movie.srt                what is in the file\n"
                "  vxsub list movie.srt                all entries\n"
                "  vxsub at movie.srt 1:01.5           what is shown at this play time\n"
+               "  vxsub fix movie.srt                 write a copy that shows as meant\n"
                "  vxsub play movie.srt --speed 8      watch it\n"
                "  vxsub sheet movie.idx -o sheet.png  all pictures at a glance\n"
                "\n"
                "\"vxsub COMMAND --help\" tells more of each command and lists its options.\n"
                "Exit status: 0 done, 1 the file cannot be shown or the output not be written,\n"
-               "2 wrong usage.");
+               "2 wrong usage, 3 something does not show as meant.");
     app.get_formatter()->label("REQUIRED", "");
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     app.get_formatter()->label("Positionals", "Arguments");
@@ -80,18 +82,18 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
            commandNames(app) + help;
 }
 
-void parseAndRun(int argc, char** argv, Output& out) {
-    Session session{out, {}, false, {}};
+int parseAndRun(int argc, char** argv, Output& out) {
+    Session session{out, {}, false, kOk, {}};
     CLI::App app("", "vxsub");
     describe(app, session);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
         out.write(app.help());
-        return;
+        return kOk;
     } catch (const CLI::CallForVersion& version) {
         out.line(version.what());
-        return;
+        return kOk;
     } catch (const CLI::ParseError& error) {
         throw UsageError(whatIsWrong(app, error));
     }
@@ -100,6 +102,7 @@ void parseAndRun(int argc, char** argv, Output& out) {
         out.showForeignOutput();
     }
     session.run();
+    return session.status;
 }
 
 int run(int argc, char** argv) {
@@ -107,9 +110,9 @@ int run(int argc, char** argv) {
     signal(SIGPIPE, SIG_IGN);  // a reader that has gone is seen where the output is written
     Output out;
     try {
-        parseAndRun(argc, argv, out);
+        const int status = parseAndRun(argc, argv, out);
         out.flush();
-        return kOk;
+        return status;
     } catch (const ReaderGone&) {
         return kOk;
     } catch (const UsageError& error) {
