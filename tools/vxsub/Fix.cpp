@@ -1,7 +1,12 @@
 // vxsub fix: a copy that the television shows as its author meant.
 #include "tools/fix/Fix.h"
 
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+
 #include <algorithm>
+#include <filesystem>
 #include <map>
 
 #include "Commands.h"
@@ -11,10 +16,13 @@
 #include "Text.h"
 #include "Time.h"
 #include "tools/check/Explain.h"
+#include "tools/fix/Index.h"
 #include "tools/meant/SystemEncodings.h"
 
 namespace vxsub {
 namespace {
+
+using android::U32;
 
 struct FixOptions {
     OpenOptions file;
@@ -22,6 +30,25 @@ struct FixOptions {
     std::string encoding;  ///< of 8-bit text; empty: found out
     fix::Options fix;
     bool force = false;
+};
+
+/// A directory of our own, for as long as it takes.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory() : mPath((std::filesystem::temp_directory_path() / "vxsub.XXXXXX").string()) {
+        if (mkdtemp(mPath.data()) == nullptr) throw FileError("cannot make " + mPath + ": " + strerror(errno));
+    }
+    ~TemporaryDirectory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(mPath, ignored);
+    }
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    const std::string& path() const { return mPath; }
+
+private:
+    std::string mPath;
 };
 
 /// What a file of ours is compared with: the pieces, as if they were meant.
@@ -65,6 +92,24 @@ std::string defaultOutput(const FixOptions& options, meant::Format format) {
     return stem + ".fixed" + (format == meant::Format::SubRip ? ".srt" : std::string(ending));
 }
 
+void sayRemarks(fix::Remark::Kind kind, const char* word, const std::vector<fix::Remark>& remarks,
+                const std::string& path, Output& out) {
+    for (const fix::Remark& row : remarks) {
+        if (row.kind != kind) continue;
+        std::string place;
+        if (row.first.offset > 0 || row.count > 1)
+            place = printable(path) + ":" + std::to_string(row.first.line) +
+                    (row.count > 1 ? " and " + std::to_string(row.count - 1) + " more: " : ": ");
+        const std::string cause = *row.cause != 0 ? "[" + std::string(row.cause) + "] " : "";
+        out.line("  " + std::string(word) + ": " + place + cause + row.sentence);
+    }
+}
+
+std::string summary(const std::string& path, size_t shown, size_t all, const char* what, size_t before) {
+    return "written " + printable(path) + ": " + std::to_string(shown) + " of " + std::to_string(all) + " " + what +
+           " show at their time (before: " + std::to_string(before) + ")";
+}
+
 class TextFixer {
 public:
     TextFixer(const FixOptions& options, Session& session)
@@ -99,12 +144,10 @@ private:
         const ShownFile before = openShown(mOptions.file, mMeant.encoding);
         const check::Comparison comparison = check::compare(mMeant, before.shown);
         const size_t count = size_t(std::count(isShown.begin(), isShown.end(), true));
-        mSession.out.line("written " + printable(path) + ": " + std::to_string(count) + " of " +
-                          std::to_string(isShown.size()) +
-                          " entries show at their time (before: " + std::to_string(comparison.right) + ")");
+        mSession.out.line(summary(path, count, isShown.size(), "entries", comparison.right));
         sayWhatWasWrong(before.shown, comparison);
-        sayRemarks(fix::Remark::Kind::Changed, "changed", result);
-        sayRemarks(fix::Remark::Kind::NotMended, "not mended", result);
+        sayRemarks(fix::Remark::Kind::Changed, "changed", result.remarks, mOptions.file.path, mSession.out);
+        sayRemarks(fix::Remark::Kind::NotMended, "not mended", result.remarks, mOptions.file.path, mSession.out);
         sayUnexplained(isShown, result);
         if (count < isShown.size()) mSession.status = kFindings;
     }
@@ -117,20 +160,6 @@ private:
         for (const auto& [name, count] : counts)
             list += (list.empty() ? "" : ", ") + name + " " + std::to_string(count);
         if (!list.empty()) mSession.out.line("  mended: " + list);
-    }
-
-    void sayRemarks(fix::Remark::Kind kind, const char* word, const fix::Result& result) {
-        for (const fix::Remark& row : result.remarks) {
-            if (row.kind != kind) continue;
-            const bool isOfEntries = row.first.offset > 0 || row.count > 1;
-            mSession.out.line("  " + std::string(word) + ": " + (isOfEntries ? placesOf(row) : "") +
-                              (*row.cause != 0 ? "[" + std::string(row.cause) + "] " : "") + row.sentence);
-        }
-    }
-
-    std::string placesOf(const fix::Remark& row) const {
-        return printable(mOptions.file.path) + ":" + std::to_string(row.first.line) +
-               (row.count > 1 ? " and " + std::to_string(row.count - 1) + " more: " : ": ");
     }
 
     /// What the library shows in another way than it was written to be.
@@ -147,6 +176,78 @@ private:
     const std::string mBytes;
     const meant::File mMeant;
 };
+
+/// The pictures' file of an index: of the same name, in whatever letter case the ending is written.
+std::string streamOf(const std::string& path) {
+    namespace fs = std::filesystem;
+    const std::string stem = path.substr(0, path.size() - extensionOf(path).size());
+    for (const char* ending : {".sub", ".SUB", ".Sub"})
+        if (fs::exists(stem + ending)) return stem + ending;
+    throw FileError(path + ": [vob-no-stream] " + check::findCause("vob-no-stream")->sentence);
+}
+
+/// Of the pictures that are meant, how many the library shows at their time in the index at `path`.
+size_t picturesShown(const std::string& path, const std::vector<fix::IndexEntry>& meant) {
+    std::map<std::pair<size_t, U32>, size_t> shown;
+    try {
+        OpenOptions options;
+        options.path = path;
+        options.format = findFormat("idx");
+        SubtitleFile file(options);
+        for (U32 i = 0; i < file.count(); ++i) {
+            const std::optional<PictureArea> area = file.picture(i);
+            if (area && area->u16Width > 0 && area->u16Height > 0) ++shown[{file.trackOf(i), file.entry(i).start}];
+        }
+    } catch (const FileError&) {
+        return 0;
+    }
+    // The library counts the tracks that have pictures.
+    std::map<size_t, size_t> tracks;
+    for (const fix::IndexEntry& entry : meant) tracks.try_emplace(entry.track, tracks.size());
+    size_t count = 0;
+    for (const fix::IndexEntry& entry : meant) {
+        const auto row = shown.find({tracks[entry.track], U32(entry.start)});
+        if (row == shown.end() || row->second == 0) continue;
+        --row->second;
+        ++count;
+    }
+    return count;
+}
+
+/// The index anew; the pictures stay as they are.
+void fixIndexFile(const FixOptions& options, Session& session) {
+    namespace fs = std::filesystem;
+    const std::string& path = options.file.path;
+    const std::string stream = streamOf(path);
+    const fix::FixedIndex fixed = fix::fixIndex(readFile(path), readFile(stream), meant::systemEncodings());
+    if (!fixed.refusal.empty()) throw FileError(path + ": " + fixed.refusal);
+    const std::string output =
+        options.output.empty() ? path.substr(0, path.size() - extensionOf(path).size()) + ".fixed.idx" : options.output;
+    NewFile file(output, path, options.force);
+    file.write(fixed.bytes);
+    const TemporaryDirectory directory;
+    fs::create_symlink(fs::absolute(file.pathUntilPut()), directory.path() + "/a.idx");
+    fs::create_symlink(fs::absolute(stream), directory.path() + "/a.sub");
+    const size_t shown = picturesShown(directory.path() + "/a.idx", fixed.entries);
+    file.put();
+    session.out.line(summary(output, shown, fixed.entries.size(), "pictures", picturesShown(path, fixed.entries)));
+    sayRemarks(fix::Remark::Kind::Changed, "changed", fixed.remarks, path, session.out);
+    sayRemarks(fix::Remark::Kind::NotMended, "not mended", fixed.remarks, path, session.out);
+    if (shown < fixed.entries.size())
+        session.out.line("  not mended: " + std::to_string(fixed.entries.size() - shown) +
+                         " pictures are refused or damaged in the stream itself");
+    const std::string expected = output.substr(0, output.size() - std::min<size_t>(3, output.size())) + "sub";
+    if (!fs::exists(expected))
+        session.out.line("  to do: the library looks for the pictures in " + printable(expected) + ": copy " +
+                         printable(stream) + " to it, or put the new index in the place of the old one");
+    if (shown < fixed.entries.size()) session.status = kFindings;
+}
+
+bool isIndex(const FixOptions& options) {
+    const std::string bytes = readFile(options.file.path);
+    return meant::read(bytes, meantOptions(options.file, options.encoding), meant::systemEncodings()).format ==
+           meant::Format::VobSubIndex;
+}
 
 }  // namespace
 
@@ -179,7 +280,11 @@ void addFix(CLI::App& app, Session& session) {
     command->callback([options, &session] {
         session.run = [options, &session] {
             options->file = session.file;
-            TextFixer(*options, session).fix();
+            if (isIndex(*options)) {
+                fixIndexFile(*options, session);
+            } else {
+                TextFixer(*options, session).fix();
+            }
         };
     });
 }
