@@ -4,6 +4,7 @@
 
 #include "tools/fix/Remarks.h"
 #include "tools/fix/SafeText.h"
+#include "tools/fix/Script.h"
 #include "tools/fix/Timeline.h"
 #include "tools/fix/Writers.h"
 #include "tools/meant/Scan.h"
@@ -15,14 +16,22 @@ using Kind = Remark::Kind;
 
 class Fixer {
 public:
-    Fixer(const meant::File& file, const Options& options) : mFile(file), mOptions(options) {}
+    Fixer(const meant::File& file, const meant::Source& source, const Options& options)
+        : mFile(file), mSource(source), mOptions(options), mForm(options.keepFormat ? formOf(file.format) : nullptr) {
+        if (mForm != nullptr) mOptions.letters = Letters::Utf8;
+    }
 
     Result fix() {
         mResult.isWhole.assign(mFile.entries.size(), true);
-        chooseEntries();
-        makeTexts();
-        makePieces();
-        mResult.bytes = writeSubRip(mResult.pieces, mOptions.letters);
+        if (mOptions.keepFormat && mFile.format == meant::Format::SubStationAlpha) {
+            mResult.format = mFile.format;
+            mResult.bytes = mendScript(mFile, mSource, &mResult.pieces);
+        } else {
+            chooseEntries();
+            makeTexts();
+            makePieces();
+            write();
+        }
         remarkOnFile();
         mResult.remarks = mRemarks.take();
         return std::move(mResult);
@@ -59,11 +68,29 @@ private:
         mChosen.erase(std::remove_if(mChosen.begin(), mChosen.end(), isEmpty), mChosen.end());
     }
 
-    void makePieces() {
+    void write() {
+        if (mForm == nullptr) {
+            mResult.bytes = writeSubRip(mResult.pieces, mOptions.letters);
+            return;
+        }
+        mResult.format = mForm->format;
+        mResult.bytes = mForm->write(mResult.pieces, mFile);
+        const auto hasBreak = [](const Piece& piece) { return piece.text.find('\n') != piece.text.npos; };
+        if (!mForm->hasRealBreaks && std::any_of(mResult.pieces.begin(), mResult.pieces.end(), hasBreak))
+            mRemarks.add(Kind::Changed, "break-bar",
+                         "The format has no line breaks but \"|\", which may be shown: SubRip has them.", {});
+    }
+
+    Clock clock() const {
+        if (mForm != nullptr) return mForm->clock;
         Clock clock;
         constexpr Ms kLastOfTwoDigits = 359999999;  // UTF-16 is read with hours of two digits alone
-        if (mOptions.letters == Letters::Utf16) clock.last = kLastOfTwoDigits;
-        const std::vector<Span> spans = spansOf(mFile, mChosen, clock, &mResult.isWhole, &mRemarks);
+        if (mOptions.letters == Letters::Utf16) clock = {kLastOfTwoDigits, 1, "srt-utf16-shape"};
+        return clock;
+    }
+
+    void makePieces() {
+        const std::vector<Span> spans = spansOf(mFile, mChosen, clock(), &mResult.isWhole, &mRemarks);
         const std::vector<bool> wasWhole = mResult.isWhole;
         mResult.pieces = flattened(spans, mTexts, kMostBytes, &mResult.isWhole);
         std::vector<bool> isJoined(mFile.entries.size());
@@ -106,7 +133,9 @@ private:
     }
 
     const meant::File& mFile;
-    const Options& mOptions;
+    const meant::Source& mSource;
+    Options mOptions;
+    const Form* mForm;  ///< null: SubRip
     Result mResult;
     Remarks mRemarks;
     std::vector<size_t> mChosen;
@@ -127,12 +156,12 @@ std::string refusalOf(const meant::File& file, const Options& options) {
 
 }  // namespace
 
-Result fix(const meant::File& file, const Options& options) {
+Result fix(const meant::File& file, const meant::Source& source, const Options& options) {
     Result result;
     result.format = meant::Format::None;
     result.refusal = refusalOf(file, options);
     if (!result.refusal.empty()) return result;
-    return Fixer(file, options).fix();
+    return Fixer(file, source, options).fix();
 }
 
 }  // namespace fix

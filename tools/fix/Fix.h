@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/meant/Meant.h"
+#include "tools/meant/Source.h"
 
 namespace fix {
 
@@ -47,12 +48,12 @@ struct Result {
     meant::Format format = meant::Format::SubRip;  ///< of the new file; None: there is none
     std::string refusal;                           ///< why there is none
     std::string bytes;
-    std::vector<Piece> pieces;  ///< in order; no two at the same time
+    std::vector<Piece> pieces;  ///< in order; no two at the same time but in a script that is kept
     std::vector<bool> isWhole;  ///< of each meant entry, whether the pieces show all of it
     std::vector<Remark> remarks;
 };
 
-/// Takes time in proportion to the entries, whatever they are.
-Result fix(const meant::File& file, const Options& options);
+/// `source` is the text that `file` was read from. Takes time in proportion to the entries, whatever they are.
+Result fix(const meant::File& file, const meant::Source& source, const Options& options);
 
 }  // namespace fix

@@ -147,7 +147,7 @@ std::vector<Span> spansOf(const meant::File& file, const std::vector<size_t>& ch
             continue;
         }
         if (span.start >= clock.last) {
-            lose("beyond-32-bit", "It begins later than times can be written.");
+            lose(clock.lateCause, "It begins later than times can be written.");
             continue;
         }
         if (span.start < 0) {
@@ -156,8 +156,13 @@ std::vector<Span> spansOf(const meant::File& file, const std::vector<size_t>& ch
         }
         if (span.end > clock.last) {
             span.end = clock.last;
-            lose("beyond-32-bit", "It ends later than times can be written: it ends at the latest of them.");
+            lose(clock.lateCause, "It ends later than times can be written: it ends at the latest of them.");
         }
+        const auto isOff = [&](Ms written, Ms meant) {
+            return meant >= 0 && (written > meant + 1 || written < meant - 1);
+        };
+        if (isOff(span.start, entry.start) || isOff(span.end, std::min(entry.end, clock.last)))
+            lose("", "Its times are finer than the format can tell: they are rounded.");
         spans.push_back(span);
     }
     std::stable_sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) { return a.start < b.start; });

@@ -10,7 +10,8 @@ namespace fix {
 /// When something can be shown, and how finely that can be told.
 struct Clock {
     Ms last = 0xFFFFFFFE;  ///< the latest time that can be written
-    Ms unit = 1;           ///< times are written in steps of so many milliseconds; they are rounded
+    Ms unit = 1;           ///< times are written in steps of so many milliseconds
+    const char* lateCause = "beyond-32-bit";
 };
 
 /// An entry that can be shown; `index` is its number in the file.

@@ -66,22 +66,46 @@ meant::File planOf(const fix::Result& result) {
     return plan;
 }
 
-/// Which of the meant entries show: all of them is in pieces, and every piece is shown as it was written.
-std::vector<bool> shownIn(const check::Shown& shown, const fix::Result& result) {
+/// What became of the meant entries.
+struct Outcome {
+    std::vector<bool> isShown;  ///< as they were meant
+    bool isLost = false;        ///< something is, by more than its looks
+    size_t shown() const { return size_t(std::count(isShown.begin(), isShown.end(), true)); }
+};
+
+/// An entry shows when all of it is in pieces, and every piece is shown as it was written.
+Outcome outcomeOf(const fix::Result& result, const check::Shown& shown) {
+    Outcome outcome;
     const meant::File plan = planOf(result);
-    std::vector<bool> isRight = result.isWhole;
-    std::vector<bool> isSeen(isRight.size());
-    std::vector<bool> isPieceRight(result.pieces.size(), true);
-    for (const check::Difference& difference : check::compare(plan, shown).differences)
-        if (difference.entry != nullptr) isPieceRight[size_t(difference.entry - plan.entries.data())] = false;
-    for (size_t i = 0; i < result.pieces.size(); ++i) {
-        for (const size_t entry : result.pieces[i].shows) {
-            isSeen[entry] = true;
-            if (!isPieceRight[i]) isRight[entry] = false;
-        }
+    std::vector<bool> isWrong(result.isWhole.size());
+    for (const check::Difference& difference : check::compare(plan, shown).differences) {
+        outcome.isLost |= difference.verdict != check::Verdict::Odd;
+        if (difference.entry == nullptr) continue;
+        const size_t piece = size_t(difference.entry - plan.entries.data());
+        for (const size_t entry : result.pieces[piece].shows) isWrong[entry] = true;
     }
-    for (size_t i = 0; i < isRight.size(); ++i) isRight[i] = isRight[i] && isSeen[i];
-    return isRight;
+    outcome.isShown.assign(result.isWhole.size(), false);
+    for (const fix::Piece& piece : result.pieces)
+        for (const size_t entry : piece.shows) outcome.isShown[entry] = result.isWhole[entry] && !isWrong[entry];
+    outcome.isLost |= std::count(result.isWhole.begin(), result.isWhole.end(), false) > 0;
+    return outcome;
+}
+
+/// The causes of what is found in a file, each with its first finding and its count.
+struct Causes {
+    std::vector<check::Finding> first;
+    std::map<std::string, size_t> counts;
+};
+
+std::string nameOf(const check::Finding& finding) {
+    return finding.cause != nullptr ? finding.cause->name : "unexplained";
+}
+
+Causes causesIn(const check::Scene& scene, const check::Comparison& comparison) {
+    Causes causes;
+    for (const check::Finding& finding : check::explain(scene, comparison))
+        if (++causes.counts[nameOf(finding)] == 1) causes.first.push_back(finding);
+    return causes;
 }
 
 /// The name of the new file: movie.fixed.srt beside movie.sub.
@@ -119,56 +143,68 @@ public:
           mMeant(meant::read(mBytes, meantOptions(options.file, options.encoding), meant::systemEncodings())) {}
 
     void fix() {
-        const fix::Result result = fix::fix(mMeant, mOptions.fix);
+        const meant::Source source(mBytes, meantOptions(mOptions.file, mOptions.encoding), meant::systemEncodings());
+        const fix::Result result = fix::fix(mMeant, source, mOptions.fix);
         const std::string& path = mOptions.file.path;
         if (result.format == meant::Format::None) throw FileError(path + ": " + result.refusal);
         NewFile file(mOptions.output.empty() ? defaultOutput(mOptions, result.format) : mOptions.output, path,
                      mOptions.force);
         file.write(result.bytes);
-        const std::vector<bool> isShown = shownIn(shownAt(file.pathUntilPut(), result.format), result);
+        const check::Shown shown = shownAt(file.pathUntilPut(), result.format);
         file.put();
-        report(file.path(), isShown, result);
+        report(file.path(), shown, result);
     }
 
 private:
     check::Shown shownAt(const std::string& path, meant::Format format) const {
         OpenOptions options = mOptions.file;
         options.path = path;
-        options.format = findFormat(format == meant::Format::SubRip ? "srt" : meant::nameOf(format).endings);
+        const std::string_view endings = meant::nameOf(format).endings;
+        options.format = formatOfPath("." + std::string(endings.substr(0, endings.find(' '))));
         meant::Encoding utf8;
         utf8.name = "UTF-8";
         return openShown(options, utf8).shown;
     }
 
-    void report(const std::string& path, const std::vector<bool>& isShown, const fix::Result& result) {
+    void report(const std::string& path, const check::Shown& shown, const fix::Result& result) {
+        const Outcome outcome = outcomeOf(result, shown);
         const ShownFile before = openShown(mOptions.file, mMeant.encoding);
         const check::Comparison comparison = check::compare(mMeant, before.shown);
-        const size_t count = size_t(std::count(isShown.begin(), isShown.end(), true));
-        mSession.out.line(summary(path, count, isShown.size(), "entries", comparison.right));
-        sayWhatWasWrong(before.shown, comparison);
-        sayRemarks(fix::Remark::Kind::Changed, "changed", result.remarks, mOptions.file.path, mSession.out);
-        sayRemarks(fix::Remark::Kind::NotMended, "not mended", result.remarks, mOptions.file.path, mSession.out);
-        sayUnexplained(isShown, result);
-        if (count < isShown.size()) mSession.status = kFindings;
+        meant::Options options;
+        options.ending = extensionOf(path).substr(std::min<size_t>(1, extensionOf(path).size()));
+        const meant::File written = meant::read(result.bytes, options, meant::systemEncodings());
+        const check::Comparison left = check::compare(written, shown);
+        const Causes causesLeft = causesIn({written, shown, result.bytes}, left);
+
+        Output& out = mSession.out;
+        out.line(summary(path, outcome.shown(), outcome.isShown.size(), "entries", comparison.right));
+        sayWhatIsMended(causesIn({mMeant, before.shown, mBytes}, comparison), causesLeft, result);
+        sayRemarks(fix::Remark::Kind::Changed, "changed", result.remarks, mOptions.file.path, out);
+        sayRemarks(fix::Remark::Kind::NotMended, "not mended", result.remarks, mOptions.file.path, out);
+        for (const check::Finding& finding : causesLeft.first) sayWhatIsLeft(path, finding, causesLeft);
+        if (outcome.isLost) mSession.status = kFindings;
     }
 
-    void sayWhatWasWrong(const check::Shown& shown, const check::Comparison& comparison) {
-        std::map<std::string, size_t> counts;
-        for (const check::Finding& finding : check::explain({mMeant, shown, mBytes}, comparison))
-            if (finding.cause != nullptr) ++counts[finding.cause->name];
+    void sayWhatIsMended(const Causes& before, const Causes& left, const fix::Result& result) {
+        std::map<std::string, size_t> mended = before.counts;
+        mended.erase("unexplained");
+        for (const auto& row : left.counts) mended.erase(row.first);
+        for (const fix::Remark& row : result.remarks)
+            if (row.kind == fix::Remark::Kind::NotMended) mended.erase(row.cause);
         std::string list;
-        for (const auto& [name, count] : counts)
+        for (const auto& [name, count] : mended)
             list += (list.empty() ? "" : ", ") + name + " " + std::to_string(count);
         if (!list.empty()) mSession.out.line("  mended: " + list);
     }
 
-    /// What the library shows in another way than it was written to be.
-    void sayUnexplained(const std::vector<bool>& isShown, const fix::Result& result) {
-        for (size_t i = 0; i < isShown.size(); ++i)
-            if (!isShown[i] && result.isWhole[i])
-                mSession.out.line("  not mended: " + printable(mOptions.file.path) + ":" +
-                                  std::to_string(mMeant.entries[i].place.line) + ": entry " + std::to_string(i + 1) +
-                                  " does not show, and nothing says why");
+    /// What the library shows in another way than it was written to be, in the new file.
+    void sayWhatIsLeft(const std::string& path, const check::Finding& finding, const Causes& causes) {
+        const meant::Entry* entry = finding.difference.entry;
+        const std::string line = entry != nullptr ? ":" + std::to_string(entry->place.line) : "";
+        const size_t more = causes.counts.at(nameOf(finding)) - 1;
+        mSession.out.line("  not mended: " + printable(path) + line +
+                          (more > 0 ? " and " + std::to_string(more) + " more" : "") + ": [" + nameOf(finding) + "] " +
+                          (finding.cause != nullptr ? finding.cause->sentence : "It is not shown as it was written."));
     }
 
     const FixOptions& mOptions;
