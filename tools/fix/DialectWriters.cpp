@@ -3,6 +3,7 @@
 
 #include "tools/fix/Times.h"
 #include "tools/fix/Writers.h"
+#include "tools/meant/Scan.h"
 #include "tools/meant/Utf8.h"
 
 namespace fix {
@@ -32,12 +33,12 @@ std::string writeSami(const std::vector<Piece>& pieces, const meant::File& file)
     return text + "</BODY>\r\n</SAMI>\r\n";
 }
 
-/// Without a mark, behind which no text is shown.
+/// Without a mark, behind which no text is shown. A number in front of a text would be taken for one behind the time.
 std::string writeTimedText(const std::vector<Piece>& pieces, const meant::File&) {
     std::string text;
     for (const Piece& piece : pieces)
-        text += timeText("%02d:%02d:%02d:", piece.start) + replaced(piece.text, "\n", "|") + "\r\n" +
-                timeText("%02d:%02d:%02d:", piece.end) + "\r\n";
+        text += timeText("%02d:%02d:%02d:", piece.start) + (meant::isDigit(piece.text[0]) ? "\xC2\xA0" : "") +
+                replaced(piece.text, "\n", "|") + "\r\n" + timeText("%02d:%02d:%02d:", piece.end) + "\r\n";
     return text;
 }
 
@@ -78,12 +79,12 @@ std::string writeDvbText(const std::vector<Piece>& pieces, const meant::File&) {
 }
 
 constexpr Form kForms[] = {
-    {meant::Format::Sami, {}, true, writeSami},
-    {meant::Format::TimedText, {100 * kHour - 1000, 1000}, true, writeTimedText},
-    {meant::Format::SubViewer20, {100 * kHour - 1, 1}, true, writeSubViewer20},
-    {meant::Format::SubViewer10, {100 * kHour - 1000, 1000}, false, writeSubViewer10},
-    {meant::Format::MicroDvd, {}, false, writeMicroDvd},
-    {meant::Format::DvbText, {10 * kHour - 1, 1}, false, writeDvbText},
+    {meant::Format::Sami, {}, Brackets::All, true, writeSami},
+    {meant::Format::TimedText, {100 * kHour - 1000, 1000}, Brackets::All, true, writeTimedText},
+    {meant::Format::SubViewer20, {100 * kHour - 1, 1}, Brackets::WithLetters, true, writeSubViewer20},
+    {meant::Format::SubViewer10, {100 * kHour - 1000, 1000}, Brackets::All, false, writeSubViewer10},
+    {meant::Format::MicroDvd, {}, Brackets::All, false, writeMicroDvd},
+    {meant::Format::DvbText, {10 * kHour - 1, 1}, Brackets::All, false, writeDvbText},
 };
 
 }  // namespace

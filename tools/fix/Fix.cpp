@@ -53,7 +53,7 @@ private:
         mTexts.resize(mFile.entries.size());
         for (const size_t i : mChosen) {
             Changes changes;
-            mTexts[i] = safeText(mFile.entries[i].text, mOptions.letters, &changes);
+            mTexts[i] = safeText(mFile.entries[i].text, mOptions.letters, brackets(), &changes);
             if (changes.brackets)
                 mRemarks.add(Kind::Changed, "text-angle-brackets",
                              "What stands in brackets would be taken for markup: they are written in full width.",
@@ -79,6 +79,11 @@ private:
         if (!mForm->hasRealBreaks && std::any_of(mResult.pieces.begin(), mResult.pieces.end(), hasBreak))
             mRemarks.add(Kind::Changed, "break-bar",
                          "The format has no line breaks but \"|\", which may be shown: SubRip has them.", {});
+    }
+
+    Brackets brackets() const {
+        if (mForm != nullptr) return mForm->brackets;
+        return mOptions.letters == Letters::Utf16 ? Brackets::OpenBraces : Brackets::WithLetters;
     }
 
     Clock clock() const {

@@ -19,23 +19,23 @@ constexpr Bracket kBrackets[] = {
     {'{', '}', "\xEF\xBD\x9B", "\xEF\xBD\x9D"},
 };
 
-/// Whether the bracket at `at` begins what the library leaves out: with a letter or '/' behind it, and closed on its
-/// line, whose last closing one stands at `lastClose`; in 16-bit text, a brace needs none.
-bool isEaten(std::string_view line, size_t at, char open, size_t lastClose, Letters letters) {
-    if (line[at] != open || at + 1 >= line.size()) return false;
-    if (!meant::isLetter(line[at + 1]) && line[at + 1] != '/') return false;
-    const bool isGreedy = letters == Letters::Utf16 && open == '{';
-    return isGreedy || (lastClose != line.npos && lastClose > at);
+/// Whether the bracket at `at` begins what the library leaves out. The line's last closing one stands at `lastClose`.
+bool isEaten(std::string_view line, size_t at, char open, size_t lastClose, Brackets brackets) {
+    if (line[at] != open) return false;
+    if (brackets == Brackets::All) return true;
+    if (at + 1 >= line.size() || !(meant::isLetter(line[at + 1]) || line[at + 1] == '/')) return false;
+    const bool needsNoEnd = brackets == Brackets::OpenBraces && open == '{';
+    return needsNoEnd || (lastClose != line.npos && lastClose > at);
 }
 
-void replaceEaten(const Bracket& bracket, Letters letters, std::string* line, bool* isChanged) {
+void replaceEaten(const Bracket& bracket, Brackets brackets, std::string* line, bool* isChanged) {
     if (line->find(bracket.open) == line->npos) return;
     const size_t lastClose = line->rfind(bracket.close);
     std::string safe;
     size_t open = 0;  ///< replaced ones that are not closed yet
     for (size_t at = 0; at < line->size(); ++at) {
         const char c = (*line)[at];
-        if (isEaten(*line, at, bracket.open, lastClose, letters)) {
+        if (isEaten(*line, at, bracket.open, lastClose, brackets)) {
             safe += bracket.safeOpen;
             ++open;
         } else if (c == bracket.close && open > 0) {
@@ -61,22 +61,20 @@ size_t sizeAs(std::string_view utf8, Letters letters) {
     return letters == Letters::Utf16 ? 2 * meant::utf16Length(utf8) : utf8.size();
 }
 
-/// As much of a line as `room` bytes take, cut between words where it can be.
+/// As much of a line as `room` bytes take, cut between words where that costs little.
 std::string_view cutLine(std::string_view line, size_t room, Letters letters) {
     std::string_view rest = line;
-    size_t fitting = 0, size = 0;
+    size_t fitting = 0, word = 0, size = 0;
     while (!rest.empty()) {
-        const size_t before = rest.size();
-        const bool isBlank = rest.front() == ' ';
+        if (rest.front() == ' ') word = fitting;
         meant::takeUtf8(&rest);
-        const std::string_view character = line.substr(line.size() - before, before - rest.size());
-        size += sizeAs(character, letters);
+        const size_t end = line.size() - rest.size();
+        size += sizeAs(line.substr(fitting, end - fitting), letters);
         if (size > room) break;
-        constexpr size_t kLongestWord = 100;
-        const size_t at = line.size() - rest.size();
-        if (isBlank || at - fitting > kLongestWord) fitting = at;
+        fitting = end;
     }
-    return meant::trimmedBehind(line.substr(0, fitting));
+    constexpr size_t kLongestWord = 100;
+    return line.substr(0, fitting - word <= kLongestWord ? word : fitting);
 }
 
 // ------------------------------------------------------------------------------------------------------ times
@@ -128,7 +126,7 @@ void appendUtf16(std::string_view utf8, std::string* bytes) {
     }
 }
 
-std::string safeText(std::string_view text, Letters letters, Changes* changes) {
+std::string safeText(std::string_view text, Letters letters, Brackets brackets, Changes* changes) {
     const size_t lineEnd = letters == Letters::Utf16 ? 4 : 2;
     std::string safe;
     size_t size = 0;
@@ -138,7 +136,7 @@ std::string safeText(std::string_view text, Letters letters, Changes* changes) {
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.empty() && (safe.empty() || text.empty())) continue;
         if (line.empty()) line = kNoBreakSpace;
-        for (const Bracket& bracket : kBrackets) replaceEaten(bracket, letters, &line, &changes->brackets);
+        for (const Bracket& bracket : kBrackets) replaceEaten(bracket, brackets, &line, &changes->brackets);
         if (size + sizeAs(line, letters) + lineEnd > kMostBytes) {
             changes->isCut = true;
             if (safe.empty()) safe = cutLine(line, kMostBytes - lineEnd, letters);

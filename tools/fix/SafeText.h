@@ -19,9 +19,16 @@ struct Changes {
     bool hasTimes = false;  ///< a line that reads as a line of times got a no-break space in front
 };
 
+/// Which brackets the library takes for markup.
+enum class Brackets {
+    WithLetters,  ///< those with a letter or '/' behind them, closed on their line
+    OpenBraces,   ///< likewise, and braces that are not closed
+    All,
+};
+
 /// The text without control characters; no line of it is empty. Brackets that would be taken for markup are replaced by
 /// the full-width ones. Cut at a line when it is too long, or within the first.
-std::string safeText(std::string_view text, Letters letters, Changes* changes);
+std::string safeText(std::string_view text, Letters letters, Brackets brackets, Changes* changes);
 
 /// Puts a no-break space in front of each line but the first that the library would read times from.
 std::string withoutTimeLines(const std::string& text, Letters letters, Changes* changes);

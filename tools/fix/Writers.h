@@ -1,6 +1,7 @@
 /// The formats' writers: from pieces to the bytes of a file.
 #pragma once
 
+#include "tools/fix/SafeText.h"
 #include "tools/fix/Timeline.h"
 
 namespace fix {
@@ -9,6 +10,7 @@ namespace fix {
 struct Form {
     meant::Format format;
     Clock clock;
+    Brackets brackets;
     bool hasRealBreaks;  ///< of lines; elsewhere a "|" may be shown
     std::string (*write)(const std::vector<Piece>& pieces, const meant::File& file);
 };
