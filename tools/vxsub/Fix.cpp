@@ -304,10 +304,11 @@ void addFix(CLI::App& app, Session& session) {
         ->add_option("-o,--output", options->output, "the file to write; when not given, FILE's name\nwith .fixed.srt")
         ->type_name("OUT");
     command->add_flag("--force", options->force, "overwrite OUT");
-    command->add_flag_callback(
+    CLI::Option* const utf16 = command->add_flag_callback(
         "--utf16", [options] { options->fix.letters = fix::Letters::Utf16; },
         "write UTF-16, for televisions whose subtitle language is Big5");
-    command->add_flag("--keep-format", options->fix.keepFormat, "keep the format, where it can show everything");
+    command->add_flag("--keep-format", options->fix.keepFormat, "keep the format, where it can show everything")
+        ->excludes(utf16);
     command
         ->add_option("--encoding", options->encoding, "encoding of text without a mark; when not given, it is\nguessed")
         ->type_name("NAME");
