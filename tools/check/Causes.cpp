@@ -6,7 +6,7 @@ namespace check {
 
 const std::vector<Cause>& causes() {
     static const std::vector<Cause> kCauses = {
-#define VX_CAUSE(name, cost, sentence) {name, Cost::cost, sentence},
+#define VX_CAUSE(name, cost, sentence, mend) {name, Cost::cost, sentence, mend},
 #include "tools/check/Causes.def"
 #undef VX_CAUSE
     };

@@ -1,4 +1,4 @@
-/// The vocabulary of what can go wrong: a name, what it costs, a sentence.
+/// The vocabulary of what can go wrong: a name, what it costs, a sentence, and what helps.
 #pragma once
 
 #include <string_view>
@@ -19,6 +19,7 @@ struct Cause {
     const char* name;
     Cost cost;
     const char* sentence;
+    const char* mend;  ///< what the author can do
 };
 
 /// All of them, the most frequent first.

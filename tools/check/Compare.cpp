@@ -15,23 +15,27 @@ constexpr size_t kNone = SIZE_MAX;
 /// Blanks, no-break spaces and line ends, any number of them, as one blank.
 std::string squeezed(std::string_view text) {
     std::string result;
+    result.reserve(text.size());
     bool isGap = false;
     for (size_t i = 0; i < text.size(); ++i) {
-        const bool isNoBreakSpace = text.compare(i, 2, "\xC2\xA0") == 0;
-        if (isNoBreakSpace || std::string_view(" \t\r\n").find(text[i]) != std::string_view::npos) {
+        const char c = text[i];
+        const bool isNoBreakSpace = c == '\xC2' && i + 1 < text.size() && text[i + 1] == '\xA0';
+        if (isNoBreakSpace || c == ' ' || c == '\t' || c == '\r' || c == '\n') {
             isGap = true;
             i += isNoBreakSpace;
             continue;
         }
         if (isGap && !result.empty()) result += ' ';
         isGap = false;
-        result += text[i];
+        result += c;
     }
     return result;
 }
 
-/// Without the codes that a player may show, or not.
-std::string withoutCodes(std::string_view text) {
+/// Without the codes that a player may show, or not. Most texts have none.
+std::string withoutCodes(const std::string& text, const std::string& squeezedText) {
+    const auto isCode = [](char c) { return c == '<' || c == '{' || c == '\\' || c == '&' || c == '|' || c == '['; };
+    if (std::none_of(text.begin(), text.end(), isCode)) return squeezedText;
     meant::Markup markup;
     markup.bars = true;
     markup.entities = true;
@@ -50,12 +54,12 @@ public:
     Comparison compare() {
         for (size_t i = 0; i < mShown.entries.size(); ++i) {
             mTexts.push_back(squeezed(mShown.entries[i].text));
-            mBareTexts.push_back(withoutCodes(mShown.entries[i].text));
+            mBareTexts.push_back(withoutCodes(mShown.entries[i].text, mTexts.back()));
             mByStart.emplace(mShown.entries[i].start, i);
         }
         for (const meant::Entry& entry : mMeant.entries) {
             mMeantTexts.push_back(squeezed(entry.text));
-            mBareMeantTexts.push_back(withoutCodes(entry.text));
+            mBareMeantTexts.push_back(withoutCodes(entry.text, mMeantTexts.back()));
         }
         mPartners.assign(mMeant.entries.size(), kNone);
         mIsTaken.assign(mShown.entries.size(), false);

@@ -6,8 +6,6 @@
 namespace check {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 /// `12 00:00:01,500 ...` in the first line: a number in front.
 bool isNumbered(const std::string& line) {
     const size_t blank = line.find_first_of(" \t");
@@ -32,7 +30,26 @@ bool dvbMark(const Scene& scene, const Difference& difference) {
     return scene.meant.encoding.name == "UTF-8" && difference.entry->place.offset == kMark;
 }
 
-bool dvbFrames(const Scene& scene, const Difference&) { return scene.meant.rate.from != meant::RateFrom::None; }
+/// The fourth number of a time is not 0.
+bool dvbFrames(const Scene& scene, const Difference& difference) {
+    if (scene.meant.rate.from == meant::RateFrom::None) return false;
+    const std::string line = lineAt(scene, difference.entry->place.offset);
+    const size_t first = isNumbered(line) ? 4 : 3;
+    const std::vector<std::string> numbers = numbersOf(line);
+    return (numbers.size() > first && numbers[first].find_first_not_of('0') != std::string::npos) ||
+           (numbers.size() > first + 4 && numbers[first + 4].find_first_not_of('0') != std::string::npos);
+}
+
+bool dvbBigEndian(const Scene& scene, const Difference&) {
+    return !scene.shown.isAccepted && scene.meant.encoding.name == "UTF-16BE";
+}
+
+bool dvbTextColumn(const Scene& scene, const Difference& difference) {
+    const std::string line = lineAt(scene, difference.entry->place.offset);
+    const std::string first = difference.entry->text.substr(0, difference.entry->text.find('\n'));
+    const size_t column = line.find(first);
+    return column != line.npos && column != (isNumbered(line) ? 30U : 24U);
+}
 
 bool dvbUtf16(const Scene& scene, const Difference&) { return isWide(scene.meant.encoding); }
 
@@ -41,9 +58,11 @@ bool dvbUtf16(const Scene& scene, const Difference&) { return isWide(scene.meant
 const std::vector<Rule> kDvbTextRules = {
     {"dvb-as-sv2-numbered", kAny, dvbAsSv2Numbered},
     {"dvb-as-sv2-colon", kAny, dvbAsSv2Colon},
+    {"dvb-big-endian", kLost, dvbBigEndian},
     {"dvb-mark", kLost, dvbMark},
-    {"dvb-frames", kDisplaced | kHidden | kAltered, dvbFrames},
     {"dvb-utf16", kAltered, dvbUtf16},
+    {"dvb-text-column", kAltered, dvbTextColumn},
+    {"dvb-frames", kDisplaced | kHidden | kAltered, dvbFrames},
 };
 
 }  // namespace check

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/check/Explain.h"
+#include "tools/check/Lines.h"
 
 namespace check {
 
@@ -13,7 +14,8 @@ using Verdicts = unsigned;  ///< a sum of `bit(verdict)`
 constexpr Verdicts bit(Verdict verdict) { return 1u << static_cast<unsigned>(verdict); }
 constexpr Verdicts kLost = bit(Verdict::Lost), kDisplaced = bit(Verdict::Displaced), kAltered = bit(Verdict::Altered),
                    kOdd = bit(Verdict::Odd), kHidden = bit(Verdict::Hidden), kFalse = bit(Verdict::False),
-                   kAny = kLost | kDisplaced | kAltered | kOdd | kHidden | kFalse;
+                   kWhole = bit(Verdict::Right),  ///< the file as a whole
+    kAny = kLost | kDisplaced | kAltered | kOdd | kHidden | kFalse;
 
 struct Rule {
     const char* cause;
@@ -21,11 +23,17 @@ struct Rule {
     bool (*holds)(const Scene& scene, const Difference& difference);
 };
 
+/// Of what is the whole file's; each that holds is told.
+extern const std::vector<Rule> kWholeFileRules;
+
 /// Of whole files, whatever their format; asked first.
 extern const std::vector<Rule> kFileRules;
 
 /// Of entries in any format; asked behind those of the format.
 extern const std::vector<Rule> kCommonRules;
+
+/// Of entries in any format; asked last.
+extern const std::vector<Rule> kLastRules;
 
 /// Of one format; none where there are no rules yet.
 const std::vector<Rule>& rulesFor(meant::Format format);
@@ -46,6 +54,30 @@ std::string linesOf(const Scene& scene, const meant::Entry& entry);
 
 /// Whether lines end with LF alone.
 bool hasBareLf(const Scene& scene);
+
+/// What the whole file tells, found once for all its differences.
+struct Facts {
+    bool isShifted = false;           ///< 16-bit text with line ends in halves of two characters
+    bool hasZeros = false;            ///< characters of value 0
+    bool hasManyZeros = false;        ///< as 16-bit text has that is taken for 8-bit
+    bool hasFewCommas = false;        ///< an event of a script has fewer than usual
+    size_t looseLine = SIZE_MAX;      ///< offset of the first line that the format's time lines are nearly like
+    std::string firstDigitLine;       ///< the first one that begins with a digit
+    bool hasSecondDigit = false;      ///< before the first entry, a line whose second character is one
+    size_t oneOfTwoLines = SIZE_MAX;  ///< text with times: offset of the first entry that lacks its second line
+    bool hasMixedWidths = false;      ///< and times of one line and of two
+    bool hasBrokenTime = false;       ///< and lines that begin nearly as a time
+    bool hasOddSync = false;          ///< SAMI: a SYNC element that is not of the usual form
+    bool hasSyncWithoutP = false;     ///< or no paragraph element behind it
+    bool hasStrayNumbers = false;     ///< a line that begins with four numbers, and is no time line to a person
+};
+Facts factsOf(const Scene& scene);
+
+/// Whether an event of a script has fewer fields than the library passes over.
+bool hasFewCommas(const std::string& line);
+
+/// Whether a line begins an entry of the format in one of the forms that are customary.
+bool isUsualLine(meant::Format format, std::string_view line);
 
 bool isWide(const meant::Encoding& encoding);
 

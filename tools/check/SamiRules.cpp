@@ -25,6 +25,14 @@ bool smiSyncForm(const Scene& scene, const Difference& difference) {
     return elementsOf(scene, difference).substr(0, kForm.size()) != kForm;
 }
 
+/// In big-endian text, with blanks before it.
+bool smiBeIndented(const Scene& scene, const Difference& difference) {
+    const size_t at = difference.entry->place.offset;
+    constexpr size_t kUnit = 2;
+    return scene.meant.encoding.name == "UTF-16BE" && at >= kUnit &&
+           (scene.bytes[at - 1] == ' ' || scene.bytes[at - 1] == '\t');
+}
+
 bool smiSyncNotAtLineStart(const Scene& scene, const Difference& difference) {
     size_t at = difference.entry->place.offset;
     const auto isFill = [](char c) { return c == ' ' || c == '\t' || c == '\0'; };
@@ -67,6 +75,12 @@ bool smiElementAtLineEnd(const Scene& scene, const Difference& difference) {
     return lines.find(">\n") != lines.npos;
 }
 
+bool smiBehindElement(const Scene& scene, const Difference& difference) {
+    const std::string lines = elementsOf(scene, difference);
+    return (lines.find(">&nbsp") != lines.npos && difference.shown->text.find("&nbsp") != std::string::npos) ||
+           (lines.find(">{") != lines.npos && difference.shown->text.find('{') != std::string::npos);
+}
+
 bool smiEntity(const Scene&, const Difference& difference) {
     const size_t sign = difference.shown->text.find('&');
     return sign != std::string::npos && difference.shown->text.find(';', sign) != std::string::npos;
@@ -78,11 +92,13 @@ const std::vector<Rule> kSamiRules = {
     {"smi-utf16-markup", kAltered | kOdd | kFalse, smiUtf16Markup},
     {"smi-languages", kHidden | kAltered | kLost | kFalse | kDisplaced, smiLanguages},
     {"smi-negative", kDisplaced | kHidden, smiNegative},
+    {"smi-be-indented", kLost, smiBeIndented},
     {"smi-sync-not-at-line-start", kLost, smiSyncNotAtLineStart},
     {"smi-sync-form", kLost, smiSyncForm},
     {"smi-no-p", kLost | kAltered | kDisplaced, smiNoP},
     {"smi-skipped-sync-text", kAltered, smiSkippedSyncText},
     {"smi-br-inline", kAltered | kOdd, smiBrInline},
+    {"smi-behind-element", kAltered | kOdd, smiBehindElement},
     {"smi-entity", kAltered | kOdd, smiEntity},
     {"smi-br-at-line-end", kAltered, smiBrAtLineEnd},
     {"smi-element-at-line-end", kAltered, smiElementAtLineEnd},

@@ -6,8 +6,6 @@
 namespace check {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 /// A time line as its parts of digits, and what stands between them.
 struct TimeLine {
     std::vector<std::string> numbers;
@@ -119,9 +117,15 @@ bool srtBraceAtLineEnd(const Scene& scene, const Difference& difference) {
     return lines.find("}\n") != lines.npos && difference.shown->text.size() < difference.entry->text.size();
 }
 
-bool srtLeadingBreak(const Scene& scene, const Difference& difference) {
-    return scene.meant.encoding.name == "UTF-16BE" && difference.shown->text.substr(0, 1) == "\n";
+bool srtBlankBelowTime(const Scene& scene, const Difference& difference) {
+    const std::string lines = linesOf(scene, *difference.entry);
+    const size_t line = lines.find('\n');
+    return line != lines.npos && lines.compare(line, 2, "\n\n") == 0;
 }
+
+bool srtTextAsTimeLine(const Scene& scene, const Difference&) { return scene.facts->hasStrayNumbers; }
+
+bool srtUtf16Markup(const Scene& scene, const Difference&) { return isWide(scene.meant.encoding); }
 
 }  // namespace
 
@@ -138,7 +142,9 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-brace-at-line-end", kAltered, srtBraceAtLineEnd},
     {"srt-braces-shown", kOdd | kAltered, srtBracesShown},
     {"srt-entity", kOdd | kAltered, srtEntity},
-    {"srt-leading-break", kOdd | kAltered, srtLeadingBreak},
+    {"srt-blank-below-time", kAltered, srtBlankBelowTime},
+    {"srt-text-as-time-line", kFalse, srtTextAsTimeLine},
+    {"srt-utf16-markup", kOdd | kAltered, srtUtf16Markup},
 };
 
 }  // namespace check

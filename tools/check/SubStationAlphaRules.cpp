@@ -6,23 +6,25 @@
 namespace check {
 namespace {
 
-/// The commas that the library passes over before an event's text.
-constexpr long kUsualCommas = 9;
-
 /// The script's Format line has fewer fields, or this event.
 bool ssaFewCommas(const Scene& scene, const Difference& difference) {
-    for (const meant::Entry& entry : scene.meant.entries) {
-        if (difference.entry != nullptr && &entry != difference.entry) continue;
-        const std::string line = lineAt(scene, entry.place.offset);
-        const std::string fields = line.substr(0, line.find_first_of("{\\"));
-        if (std::count(fields.begin(), fields.end(), ',') < kUsualCommas) return true;
-    }
-    return false;
+    if (difference.entry == nullptr) return scene.facts->hasFewCommas;
+    return hasFewCommas(lineAt(scene, difference.entry->place.offset));
 }
 
 bool ssaLeadingBlank(const Scene& scene, const Difference& difference) {
     const std::string line = lineAt(scene, difference.entry->place.offset);
     return line.substr(0, 1).find_first_of(" \t") == 0;
+}
+
+/// Some event has, and it swallows others.
+bool ssaFewCommasElsewhere(const Scene& scene, const Difference&) { return scene.facts->hasFewCommas; }
+
+bool ssaUtf16beMarkup(const Scene& scene, const Difference&) { return scene.meant.encoding.name == "UTF-16BE"; }
+
+bool ssaMark(const Scene& scene, const Difference& difference) {
+    constexpr size_t kMark = 3;
+    return scene.meant.encoding.name == "UTF-8" && difference.entry->place.offset == kMark;
 }
 
 /// An entry that stands before it in the script begins later.
@@ -47,7 +49,19 @@ bool hasOtherWidth(const Scene& scene, const Difference& difference) {
     return fieldOf(line, 1).size() != kUsualWidth || fieldOf(line, 2).size() != kUsualWidth;
 }
 
-bool ssaFraction(const Scene& scene, const Difference& difference) { return hasOtherWidth(scene, difference); }
+/// Not two digits behind the point.
+bool ssaFraction(const Scene& scene, const Difference& difference) {
+    constexpr size_t kUsual = 2;
+    const std::string start = fieldOf(lineAt(scene, difference.entry->place.offset), 1);
+    const size_t point = start.find('.');
+    return point != start.npos && start.size() - point - 1 != kUsual;
+}
+
+/// `0:00:01`
+bool ssaEventForm(const Scene& scene, const Difference& difference) {
+    const std::string line = lineAt(scene, difference.entry->place.offset);
+    return countNumbers(fieldOf(line, 1)) != 4 || countNumbers(fieldOf(line, 2)) != 4;
+}
 
 bool ssaTimeWidth(const Scene& scene, const Difference& difference) { return hasOtherWidth(scene, difference); }
 
@@ -60,11 +74,15 @@ bool ssaDrawing(const Scene& scene, const Difference& difference) {
 }  // namespace
 
 const std::vector<Rule> kSubStationAlphaRules = {
+    {"ssa-mark", kLost, ssaMark},
     {"ssa-leading-blank", kLost, ssaLeadingBlank},
     {"ssa-few-commas", kLost | kDisplaced | kAltered | kFalse | kHidden, ssaFewCommas},
     {"ssa-out-of-order", kLost, ssaOutOfOrder},
-    {"ssa-fraction", kDisplaced, ssaFraction},
+    {"ssa-fraction", kDisplaced | kLost, ssaFraction},
+    {"ssa-event-form", kLost | kDisplaced, ssaEventForm},
     {"ssa-time-width", kAltered | kLost, ssaTimeWidth},
+    {"ssa-utf16be-markup", kOdd | kAltered, ssaUtf16beMarkup},
+    {"ssa-few-commas", kAny, ssaFewCommasElsewhere},
     {"ssa-drawing", kFalse, ssaDrawing},
 };
 

@@ -19,6 +19,13 @@ bool sv1EndLineMissing(const Scene& scene, const Difference& difference) {
     });
 }
 
+bool sv1TimeWidth(const Scene& scene, const Difference& difference) {
+    constexpr size_t kWidth = 10;
+    return lineAt(scene, difference.entry->place.offset).size() < kWidth;
+}
+
+bool subUtf16Markup(const Scene& scene, const Difference&) { return isWide(scene.meant.encoding); }
+
 /// The end line's time is shown with the text.
 bool sv1Lf(const Scene& scene, const Difference& difference) {
     return hasBareLf(scene) && difference.shown->text.find("\n[") != std::string::npos;
@@ -29,6 +36,8 @@ bool sv1Lf(const Scene& scene, const Difference& difference) {
 const std::vector<Rule> kSubViewer10Rules = {
     {"sv1-utf16le", kLost, sv1Utf16le},
     {"sv1-lf", kAltered | kOdd, sv1Lf},
+    {"sv1-time-width", kAltered | kLost, sv1TimeWidth},
+    {"sub-utf16-markup", kOdd | kAltered, subUtf16Markup},
     {"sv1-end-line-missing", kLost | kHidden | kFalse, sv1EndLineMissing},
 };
 

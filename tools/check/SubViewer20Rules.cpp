@@ -16,16 +16,34 @@ bool sv2NegativeFirst(const Scene& scene, const Difference&) {
     return !scene.shown.isAccepted && !entries.empty() && entries.front().start < 0;
 }
 
-bool sv2LeadingBreak(const Scene& scene, const Difference& difference) {
-    return isWide(scene.meant.encoding) && difference.shown->text.substr(0, 1) == "\n";
+bool sv2FirstDigit(const Scene& scene, const Difference&) {
+    return !scene.shown.isAccepted && !scene.facts->firstDigitLine.empty() &&
+           !isUsualLine(meant::Format::SubViewer20, scene.facts->firstDigitLine);
+}
+
+/// The next time line is shown, because no empty line stands before it.
+bool sv2NoBlankLine(const Scene&, const Difference& difference) {
+    const std::string& text = difference.shown->text;
+    for (size_t line = text.find('\n'); line != text.npos; line = text.find('\n', line + 1))
+        if (isUsualLine(meant::Format::SubViewer20, std::string_view(text).substr(line + 1))) return true;
+    return false;
+}
+
+bool sv2TimeWidth(const Scene& scene, const Difference& difference) {
+    constexpr size_t kWidth = 23;
+    const size_t width = lineAt(scene, difference.entry->place.offset).size();
+    return width < kWidth - 2 || (width > kWidth && isWide(scene.meant.encoding));
 }
 
 }  // namespace
 
 const std::vector<Rule> kSubViewer20Rules = {
     {"sv2-negative-first", kLost, sv2NegativeFirst},
+    {"sv2-first-digit", kLost, sv2FirstDigit},
+    {"srt-no-blank-line", kAltered | kFalse, sv2NoBlankLine},
+    {"sv2-time-width", kAltered | kLost, sv2TimeWidth},
     {"sv2-hundredths", kDisplaced | kHidden | kAltered, sv2Hundredths},
-    {"sv2-leading-break", kOdd | kAltered, sv2LeadingBreak},
+    {"sv2-hundredths", kLost, sv2Hundredths},
 };
 
 }  // namespace check

@@ -20,13 +20,7 @@ bool txtTenths(const Scene& scene, const Difference& difference) {
 
 /// The entry, or one before it, has a first line and no second one.
 bool txtSecondLineMissing(const Scene& scene, const Difference& difference) {
-    const size_t last = difference.entry != nullptr ? difference.entry->place.offset : scene.bytes.size();
-    const std::vector<meant::Entry>& entries = scene.meant.entries;
-    return std::any_of(entries.begin(), entries.end(), [&](const meant::Entry& entry) {
-        if (entry.place.offset > last) return false;
-        const std::string lines = linesOf(scene, entry);
-        return lines.find(",1=") != lines.npos && lines.find(",2=") == lines.npos;
-    });
+    return scene.facts->oneOfTwoLines <= (difference.entry != nullptr ? difference.entry->place.offset : SIZE_MAX - 1);
 }
 
 bool txtNoClosingLines(const Scene& scene, const Difference&) {
@@ -35,13 +29,15 @@ bool txtNoClosingLines(const Scene& scene, const Difference&) {
                        [](const meant::Entry& entry) { return entry.endFrom != meant::End::Given; });
 }
 
-bool txtBrokenLine(const Scene& scene, const Difference&) {
-    const std::vector<meant::Place>& stray = scene.meant.strayLines;
-    return std::any_of(stray.begin(), stray.end(), [&](const meant::Place& place) {
-        const std::string line = lineAt(scene, place.offset);
-        return !line.empty() && line[0] >= '0' && line[0] <= '9' && line.find(':') != line.npos;
-    });
+bool txtBrokenLine(const Scene& scene, const Difference&) { return scene.facts->hasBrokenTime; }
+
+bool txtUtf16Short(const Scene& scene, const Difference& difference) {
+    if (!isWide(scene.meant.encoding)) return false;
+    const std::string line = difference.entry != nullptr ? lineAt(scene, difference.entry->place.offset) : "";
+    return !hasForm(line, "00:00:00,0=") && !hasForm(line, "00:00:00.0:");
 }
+
+bool txtOneWidth(const Scene& scene, const Difference&) { return scene.facts->hasMixedWidths; }
 
 bool txtLf(const Scene& scene, const Difference&) { return hasBareLf(scene); }
 
@@ -53,13 +49,15 @@ bool txtNumberFirst(const Scene&, const Difference& difference) {
 }  // namespace
 
 const std::vector<Rule> kTimedTextRules = {
-    {"txt-utf8-mark", kAltered, txtUtf8Mark},
+    {"txt-utf8-mark", kAny, txtUtf8Mark},
     {"txt-tenths", kLost | kDisplaced | kAltered, txtTenths},
     {"txt-second-line-missing", kLost | kHidden | kAltered | kFalse, txtSecondLineMissing},
     {"txt-lf", kAltered | kOdd, txtLf},
     {"txt-broken-line", kLost | kHidden, txtBrokenLine},
     {"txt-no-closing-lines", kLost | kHidden | kFalse | kDisplaced, txtNoClosingLines},
-    {"txt-number-first", kAltered, txtNumberFirst},
+    {"txt-utf16-short", kAny, txtUtf16Short},
+    {"txt-one-width", kAny, txtOneWidth},
+    {"txt-number-first", kAltered | kLost, txtNumberFirst},
 };
 
 }  // namespace check

@@ -42,10 +42,9 @@ bool Scan::eat(std::string_view word) {
 }
 
 char Scan::eatAny(std::string_view characters) {
-    const char c = peek();
-    if (atEnd() || characters.find(c) == characters.npos) return 0;
-    mRest.remove_prefix(1);
-    return c;
+    for (const char c : characters)
+        if (eat(c)) return c;
+    return 0;
 }
 
 void Scan::skipAny(std::string_view characters) {

@@ -35,11 +35,17 @@ public:
     bool atEnd() const { return mRest.empty(); }
     char peek() const { return mRest.empty() ? '\0' : mRest.front(); }
 
-    bool eat(char c) { return eatAny(std::string_view(&c, 1)) != 0; }
+    bool eat(char c) {
+        const bool isNext = !mRest.empty() && mRest.front() == c;
+        if (isNext) mRest.remove_prefix(1);
+        return isNext;
+    }
     bool eat(std::string_view word);           ///< any letter case
     char eatAny(std::string_view characters);  ///< the one that was eaten; 0 for none
     void skipAny(std::string_view characters);
-    void skipBlanks() { skipAny(" \t"); }
+    void skipBlanks() {
+        while (!mRest.empty() && isBlank(mRest.front())) mRest.remove_prefix(1);
+    }
     void skip(size_t count) { mRest.remove_prefix(count < mRest.size() ? count : mRest.size()); }
 
     struct Digits {

@@ -25,12 +25,16 @@ std::optional<Size> parseSize(const std::string& text) {
 
 }  // namespace
 
-void addPictureOptions(CLI::App& command, PictureOptions* options, const char* target, const char* surface) {
-    const auto setSurface = [options](const std::string& text) {
-        options->surface = parseSize(text);
-        if (!options->surface)
+void addSurfaceOption(CLI::App& command, std::optional<Size>* surface, const char* description) {
+    const auto setSurface = [surface](const std::string& text) {
+        *surface = parseSize(text);
+        if (!*surface)
             throw CLI::ValidationError("--surface", text + " is no size; write 1920x1080 or the like, up to 4096x4096");
     };
+    command.add_option_function<std::string>("--surface", setSurface, description)->type_name("WxH");
+}
+
+void addPictureOptions(CLI::App& command, PictureOptions* options, const char* target, const char* surface) {
     const auto setBackground = [options](const std::string& text) {
         const std::optional<Background> background = Background::parse(text);
         if (!background)
@@ -38,7 +42,7 @@ void addPictureOptions(CLI::App& command, PictureOptions* options, const char* t
         options->background = *background;
     };
     command.add_option("-o", options->target, target)->required()->type_name("PATH");
-    command.add_option_function<std::string>("--surface", setSurface, surface)->type_name("WxH");
+    addSurfaceOption(command, &options->surface, surface);
     command
         .add_option_function<std::string>("--background", setBackground,
                                           "what lies behind the pictures: checkerboard (when not\n"

@@ -13,6 +13,9 @@ struct PictureOptions {
     Background background = Background::checkerboard();
 };
 
+/// --surface.
+void addSurfaceOption(CLI::App& command, std::optional<Size>* surface, const char* description);
+
 /// -o, --surface and --background.
 void addPictureOptions(CLI::App& command, PictureOptions* options, const char* target, const char* surface);
 

@@ -15,8 +15,9 @@ Progress::Progress(Output& out, std::string what, size_t total)
 
 Progress::~Progress() = default;
 
-void Progress::step() {
+void Progress::step(std::string note) {
     ++mDone;
+    mNote = std::move(note);
     if (mDone == mTotal || std::chrono::steady_clock::now() - mDrawn >= kBetweenFrames) draw();
 }
 
@@ -24,7 +25,7 @@ void Progress::draw() {
     if (mScreen == nullptr || mTotal == 0) return;
     mDrawn = std::chrono::steady_clock::now();
     const std::string left = mWhat + " [";
-    const std::string right = "] " + std::to_string(mDone) + " of " + std::to_string(mTotal);
+    const std::string right = "] " + std::to_string(mDone) + " of " + std::to_string(mTotal) + mNote;
     const size_t columns = mScreen->size().columns;
     const size_t room = columns > left.size() + right.size() + 1 ? columns - left.size() - right.size() - 1 : 0;
     const size_t bar = std::min(room, kLongestBar);

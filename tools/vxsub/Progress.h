@@ -15,13 +15,13 @@ public:
     Progress(Output& out, std::string what, size_t total);
     ~Progress();
 
-    /// Says that one more step is done. Throws as `Output::flush`.
-    void step();
+    /// Says that one more step is done, and something about the speed. Throws as `Output::flush`.
+    void step(std::string note = {});
 
 private:
     void draw();
 
-    std::string mWhat;
+    std::string mWhat, mNote;
     size_t mTotal, mDone = 0;
     std::unique_ptr<Screen> mScreen;
     std::chrono::steady_clock::time_point mDrawn;

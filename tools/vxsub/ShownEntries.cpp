@@ -86,6 +86,7 @@ ShownFile openShown(const OpenOptions& options, const meant::Encoding& encoding)
     ShownFile result;
     OpenOptions plain = options;
     plain.raw = false;
+    plain.quiet = true;
     std::shared_ptr<SubtitleFile> file;
     try {
         file = std::make_shared<SubtitleFile>(plain);

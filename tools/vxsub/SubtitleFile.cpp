@@ -123,7 +123,7 @@ SubtitleFile::SubtitleFile(const OpenOptions& options)
         const std::string refusal = describeRefusal(mFormat, *mParser, mSource);
         throw FileError(path() + ": " + refusal + (remark.empty() ? "" : "; " + remark));
     }
-    if (!remark.empty()) complain(path() + ": " + remark);
+    if (!remark.empty() && !options.quiet) complain(path() + ": " + remark);
 
     mHasUtf8Mark = beginsWithUtf8Mark(mSource.fd);
     readTracks();

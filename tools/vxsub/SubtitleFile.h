@@ -24,6 +24,7 @@ struct OpenOptions {
     std::string language;                   ///< the television's subtitle language; empty: not set
     bool raw = false;                       ///< texts with all units that the library counted
     std::optional<android::U32> frameRate;  ///< as `SetFrameRate` takes it; nothing: not set
+    bool quiet = false;                     ///< no remarks on standard error
     std::optional<android::U32> track;      ///< nothing: the first, or all where all are shown
 };
 

@@ -11,8 +11,8 @@
 namespace vxsub {
 namespace {
 
-constexpr void (*kCommands[])(CLI::App&, Session&) = {addInfo,   addList,  addAt,   addPlay,
-                                                      addRender, addSheet, addPush, addFix};
+constexpr void (*kCommands[])(CLI::App&, Session&) = {addInfo,  addList, addAt,    addPlay, addRender,
+                                                      addSheet, addPush, addCheck, addFix};
 
 /// Descriptors 0 to 2 are taken from here on, whatever the caller had closed: no file of ours becomes one of them.
 void occupyStandardDescriptors() {
@@ -42,6 +42,7 @@ void describe(CLI::App& app, Session& session) {
                "  vxsub info movie.srt                what is in the file\n"
                "  vxsub list movie.srt                all entries\n"
                "  vxsub at movie.srt 1:01.5           what is shown at this play time\n"
+               "  vxsub check movie.srt               why something does not show\n"
                "  vxsub fix movie.srt                 write a copy that shows as meant\n"
                "  vxsub play movie.srt --speed 8      watch it\n"
                "  vxsub sheet movie.idx -o sheet.png  all pictures at a glance\n"

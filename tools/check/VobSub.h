@@ -1,0 +1,79 @@
+/// VobSub pairs: what the index and the pictures in the stream are meant to show, against what is shown.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/check/Report.h"
+
+namespace check {
+
+/// A picture as a player gets it.
+struct ShownPicture {
+    Ms start = 0;
+    bool isGiven = false;  ///< it could be decoded
+    unsigned width = 0, height = 0;
+    bool hasLanguage = false;  ///< its track
+};
+
+struct Pair {
+    std::string_view index;
+    std::string_view stream;
+    bool hasStream = true;  ///< under the name that is looked for
+    bool isAccepted = false;
+    std::vector<ShownPicture> shown;               ///< in the order of the table
+    unsigned surfaceWidth = 0, surfaceHeight = 0;  ///< of the television; 0: not told
+};
+
+Report reportOf(const Pair& pair);
+
+// ---- What the two files say; for the report.
+
+/// A line of an index that names a picture.
+struct IndexLine {
+    Ms start = 0;  ///< with the delay
+    uint32_t position = 0;
+    meant::Place place;
+    std::string line;
+    size_t track = 0;          ///< number of the `id:` line, from 1; 0: none
+    bool hasOddDelay = false;  ///< one without a sign, or in another form
+    bool hasOddPosition = false;
+};
+
+struct Index {
+    struct Track {
+        std::string language;
+        meant::Place place;
+    };
+    unsigned width = 0, height = 0;
+    size_t colours = 0;
+    bool hasUtf8Mark = false;
+    bool isWide = false;
+    bool isMarked = false;  ///< as that
+    std::vector<Track> tracks;
+    std::vector<IndexLine> pictures;
+};
+
+Index readIndex(std::string_view bytes);
+
+/// A picture in the stream, and what is unusual about it.
+struct Subpicture {
+    bool hasPack = false;
+    bool hasOddPack = false;  ///< that is not of MPEG-2
+    bool hasStuffing = false;
+    bool leavesGrid = false;  ///< a pack of it does not end at a multiple of 2048
+    bool hasSize = false;
+    bool isBroken = false;  ///< its commands
+    bool hasArea = false;
+    int left = 0, right = 0, top = 0, bottom = 0;
+    Ms startDelay = 0;
+    std::optional<Ms> stop;
+    bool isCutVisible = false;     ///< the rows that are cut off hold visible pixels
+    bool isCornerVisible = false;  ///< the top left pixel's colour is one to be seen
+};
+
+Subpicture readSubpicture(std::string_view stream, size_t position);
+
+}  // namespace check
