@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 
+#include "CheckFile.h"
 #include "Commands.h"
 #include "Errors.h"
 #include "NewFile.h"
@@ -66,46 +67,25 @@ meant::File planOf(const fix::Result& result) {
     return plan;
 }
 
-/// What became of the meant entries.
-struct Outcome {
-    std::vector<bool> isShown;  ///< as they were meant
-    bool isLost = false;        ///< something is, by more than its looks
-    size_t shown() const { return size_t(std::count(isShown.begin(), isShown.end(), true)); }
-};
-
-/// An entry shows when all of it is in pieces, and every piece is shown as it was written.
-Outcome outcomeOf(const fix::Result& result, const check::Shown& shown) {
-    Outcome outcome;
+/// Which of the meant entries show: all of them is in pieces, and every piece is shown as it was written.
+std::vector<bool> whatIsShown(const fix::Result& result, const check::Shown& shown) {
     const meant::File plan = planOf(result);
-    std::vector<bool> isWrong(result.isWhole.size());
+    std::vector<bool> isWrong(result.isWhole.size()), isShown(result.isWhole.size());
     for (const check::Difference& difference : check::compare(plan, shown).differences) {
-        outcome.isLost |= difference.verdict != check::Verdict::Odd;
         if (difference.entry == nullptr) continue;
         const size_t piece = size_t(difference.entry - plan.entries.data());
         for (const size_t entry : result.pieces[piece].shows) isWrong[entry] = true;
     }
-    outcome.isShown.assign(result.isWhole.size(), false);
     for (const fix::Piece& piece : result.pieces)
-        for (const size_t entry : piece.shows) outcome.isShown[entry] = result.isWhole[entry] && !isWrong[entry];
-    outcome.isLost |= std::count(result.isWhole.begin(), result.isWhole.end(), false) > 0;
-    return outcome;
+        for (const size_t entry : piece.shows) isShown[entry] = result.isWhole[entry] && !isWrong[entry];
+    return isShown;
 }
 
-/// The causes of what is found in a file, each with its first finding and its count.
-struct Causes {
-    std::vector<check::Finding> first;
+/// How often each cause is found.
+std::map<std::string, size_t> countsIn(const check::Report& report) {
     std::map<std::string, size_t> counts;
-};
-
-std::string nameOf(const check::Finding& finding) {
-    return finding.cause != nullptr ? finding.cause->name : "unexplained";
-}
-
-Causes causesIn(const check::Scene& scene, const check::Comparison& comparison) {
-    Causes causes;
-    for (const check::Finding& finding : check::explain(scene, comparison))
-        if (++causes.counts[nameOf(finding)] == 1) causes.first.push_back(finding);
-    return causes;
+    for (const check::Remark& remark : report.remarks) ++counts[check::nameOf(remark)];
+    return counts;
 }
 
 /// The name of the new file: movie.fixed.srt beside movie.sub.
@@ -134,6 +114,36 @@ std::string summary(const std::string& path, size_t shown, size_t all, const cha
            " show at their time (before: " + std::to_string(before) + ")";
 }
 
+/// What is found no more.
+void sayMended(const check::Report& before, const check::Report& after, const std::vector<fix::Remark>& remarks,
+               Output& out) {
+    const std::map<std::string, size_t> left = countsIn(after);
+    std::string mended;
+    for (const auto& [name, count] : countsIn(before)) {
+        const auto isNotMended = [&name = name](const fix::Remark& row) {
+            return row.kind == fix::Remark::Kind::NotMended && name == row.cause;
+        };
+        if (left.count(name) > 0 || std::any_of(remarks.begin(), remarks.end(), isNotMended)) continue;
+        mended += (mended.empty() ? "" : ", ") + name + " " + std::to_string(count);
+    }
+    if (!mended.empty()) out.line("  mended: " + mended);
+}
+
+/// What is still found in the new file.
+void sayLeft(const check::Report& after, const std::string& path, Output& out) {
+    const std::map<std::string, size_t> left = countsIn(after);
+    std::map<std::string, size_t> said;
+    for (const check::Remark& remark : after.remarks) {
+        const std::string name = check::nameOf(remark);
+        if (++said[name] > 1) continue;
+        const size_t more = left.at(name) - 1;
+        out.line("  not mended: " + printable(path) +
+                 (remark.place.line > 0 ? ":" + std::to_string(remark.place.line) : "") +
+                 (more > 0 ? " and " + std::to_string(more) + " more" : "") + ": [" + name + "] " +
+                 check::sentenceOf(remark));
+    }
+}
+
 class TextFixer {
 public:
     TextFixer(const FixOptions& options, Session& session)
@@ -147,64 +157,41 @@ public:
         const fix::Result result = fix::fix(mMeant, source, mOptions.fix);
         const std::string& path = mOptions.file.path;
         if (result.format == meant::Format::None) throw FileError(path + ": " + result.refusal);
-        NewFile file(mOptions.output.empty() ? defaultOutput(mOptions, result.format) : mOptions.output, path,
-                     mOptions.force);
+        NewFile file(outputFor(result.format), path, mOptions.force);
         file.write(result.bytes);
-        const check::Shown shown = shownAt(file.pathUntilPut(), result.format);
+        OpenOptions written = mOptions.file;
+        written.path = file.pathUntilPut();
+        written.format = nullptr;
+        meant::Encoding utf8;
+        utf8.name = "UTF-8";
+        const std::vector<bool> isShown = whatIsShown(result, openShown(written, utf8).shown);
+        const check::Report after = checkFile({written, "", std::nullopt});
         file.put();
-        report(file.path(), shown, result);
+        report(file.path(), isShown, result, after);
     }
 
 private:
-    check::Shown shownAt(const std::string& path, meant::Format format) const {
-        OpenOptions options = mOptions.file;
-        options.path = path;
+    std::string outputFor(meant::Format format) const {
+        const std::string output = mOptions.output.empty() ? defaultOutput(mOptions, format) : mOptions.output;
+        const std::string_view ending = extensionOf(output);
+        if (!ending.empty() && meant::isEndingOf(ending.substr(1), format)) return output;
         const std::string_view endings = meant::nameOf(format).endings;
-        options.format = formatOfPath("." + std::string(endings.substr(0, endings.find(' '))));
-        meant::Encoding utf8;
-        utf8.name = "UTF-8";
-        return openShown(options, utf8).shown;
+        throw UsageError("the copy is " + std::string(meant::nameOf(format).phrase) +
+                         ": the name of OUT has to end in ." + std::string(endings.substr(0, endings.find(' '))));
     }
 
-    void report(const std::string& path, const check::Shown& shown, const fix::Result& result) {
-        const Outcome outcome = outcomeOf(result, shown);
-        const ShownFile before = openShown(mOptions.file, mMeant.encoding);
-        const check::Comparison comparison = check::compare(mMeant, before.shown);
-        meant::Options options;
-        options.ending = extensionOf(path).substr(std::min<size_t>(1, extensionOf(path).size()));
-        const meant::File written = meant::read(result.bytes, options, meant::systemEncodings());
-        const check::Comparison left = check::compare(written, shown);
-        const Causes causesLeft = causesIn({written, shown, result.bytes}, left);
-
+    void report(const std::string& path, const std::vector<bool>& isShown, const fix::Result& result,
+                const check::Report& after) {
+        const check::Report before = checkFile({mOptions.file, mOptions.encoding, std::nullopt});
+        const size_t count = size_t(std::count(isShown.begin(), isShown.end(), true));
         Output& out = mSession.out;
-        out.line(summary(path, outcome.shown(), outcome.isShown.size(), "entries", comparison.right));
-        sayWhatIsMended(causesIn({mMeant, before.shown, mBytes}, comparison), causesLeft, result);
+        out.line(summary(path, count, isShown.size(), "entries", before.right));
+        sayMended(before, after, result.remarks, out);
         sayRemarks(fix::Remark::Kind::Changed, "changed", result.remarks, mOptions.file.path, out);
         sayRemarks(fix::Remark::Kind::NotMended, "not mended", result.remarks, mOptions.file.path, out);
-        for (const check::Finding& finding : causesLeft.first) sayWhatIsLeft(path, finding, causesLeft);
-        if (outcome.isLost) mSession.status = kFindings;
-    }
-
-    void sayWhatIsMended(const Causes& before, const Causes& left, const fix::Result& result) {
-        std::map<std::string, size_t> mended = before.counts;
-        mended.erase("unexplained");
-        for (const auto& row : left.counts) mended.erase(row.first);
-        for (const fix::Remark& row : result.remarks)
-            if (row.kind == fix::Remark::Kind::NotMended) mended.erase(row.cause);
-        std::string list;
-        for (const auto& [name, count] : mended)
-            list += (list.empty() ? "" : ", ") + name + " " + std::to_string(count);
-        if (!list.empty()) mSession.out.line("  mended: " + list);
-    }
-
-    /// What the library shows in another way than it was written to be, in the new file.
-    void sayWhatIsLeft(const std::string& path, const check::Finding& finding, const Causes& causes) {
-        const meant::Entry* entry = finding.difference.entry;
-        const std::string line = entry != nullptr ? ":" + std::to_string(entry->place.line) : "";
-        const size_t more = causes.counts.at(nameOf(finding)) - 1;
-        mSession.out.line("  not mended: " + printable(path) + line +
-                          (more > 0 ? " and " + std::to_string(more) + " more" : "") + ": [" + nameOf(finding) + "] " +
-                          (finding.cause != nullptr ? finding.cause->sentence : "It is not shown as it was written."));
+        sayLeft(after, path, out);
+        const bool isCut = std::count(result.isWhole.begin(), result.isWhole.end(), false) > 0;
+        if (isCut || check::hasLoss(after)) mSession.status = kFindings;
     }
 
     const FixOptions& mOptions;
@@ -264,19 +251,25 @@ void fixIndexFile(const FixOptions& options, Session& session) {
     const TemporaryDirectory directory;
     fs::create_symlink(fs::absolute(file.pathUntilPut()), directory.path() + "/a.idx");
     fs::create_symlink(fs::absolute(stream), directory.path() + "/a.sub");
-    const size_t shown = picturesShown(directory.path() + "/a.idx", fixed.entries);
+    const std::string written = directory.path() + "/a.idx";
+    const size_t shown = picturesShown(written, fixed.entries), before = picturesShown(path, fixed.entries);
+    CheckOptions check = {options.file, "", std::nullopt};
+    const check::Report old = checkFile(check);
+    check.file.path = written;
+    check.file.format = nullptr;
+    const check::Report now = checkFile(check);
     file.put();
-    session.out.line(summary(output, shown, fixed.entries.size(), "pictures", picturesShown(path, fixed.entries)));
-    sayRemarks(fix::Remark::Kind::Changed, "changed", fixed.remarks, path, session.out);
-    sayRemarks(fix::Remark::Kind::NotMended, "not mended", fixed.remarks, path, session.out);
-    if (shown < fixed.entries.size())
-        session.out.line("  not mended: " + std::to_string(fixed.entries.size() - shown) +
-                         " pictures are refused or damaged in the stream itself");
+    Output& out = session.out;
+    out.line(summary(output, shown, fixed.entries.size(), "pictures", before));
+    sayMended(old, now, fixed.remarks, out);
+    sayRemarks(fix::Remark::Kind::Changed, "changed", fixed.remarks, path, out);
+    sayRemarks(fix::Remark::Kind::NotMended, "not mended", fixed.remarks, path, out);
+    sayLeft(now, output, out);
     const std::string expected = output.substr(0, output.size() - std::min<size_t>(3, output.size())) + "sub";
     if (!fs::exists(expected))
-        session.out.line("  to do: the library looks for the pictures in " + printable(expected) + ": copy " +
-                         printable(stream) + " to it, or put the new index in the place of the old one");
-    if (shown < fixed.entries.size()) session.status = kFindings;
+        out.line("  to do: the library looks for the pictures in " + printable(expected) + ": copy " +
+                 printable(stream) + " to it, or put the new index in the place of the old one");
+    if (shown < fixed.entries.size() || check::hasLoss(now)) session.status = kFindings;
 }
 
 bool isIndex(const FixOptions& options) {

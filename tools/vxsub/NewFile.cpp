@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "Errors.h"
+#include "Formats.h"
 
 namespace vxsub {
 
@@ -20,8 +21,9 @@ NewFile::NewFile(std::string path, const std::string& source, bool overwrites)
     if (isTaken && old.st_dev == original.st_dev && old.st_ino == original.st_ino) fail("it is the file itself");
     if (isTaken && !S_ISREG(old.st_mode)) fail("there is something of that name that is no regular file");
     if (isTaken && !mOverwrites) fail("there is a file of that name; --force overwrites it");
-    mTemporary = mPath + ".XXXXXX";
-    mFd = mkostemp(mTemporary.data(), O_CLOEXEC);
+    const std::string extension(extensionOf(mPath));
+    mTemporary = mPath + ".XXXXXX" + extension;
+    mFd = mkostemps(mTemporary.data(), int(extension.size()), O_CLOEXEC);
     if (mFd < 0) fail(strerror(errno));
     // Where a file system knows no permissions there are none to be set.
     if (fchmod(mFd, original.st_mode & 0666) != 0) return;

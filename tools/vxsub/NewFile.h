@@ -6,7 +6,7 @@
 
 namespace vxsub {
 
-/// Written beside its place under another name, and put there when it is ready.
+/// Written beside its place under another name with the same extension, and put there when it is ready.
 class NewFile {
 public:
     /// Throws `FileError` when `path` is taken and not `overwrites`, or is one of the file at `source`, whose
