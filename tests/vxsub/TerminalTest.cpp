@@ -131,6 +131,21 @@ TEST_F(Terminal, ShowsThePaletteAsBlocksOfColour) {
     EXPECT_NE(outcome.out.find("\x1b[48;2;240;208;64m  \x1b[0mf0d040 "), outcome.out.npos) << outcome.out;
 }
 
+TEST_F(Terminal, ShowsAProgressBarWhileFilesAreChecked) {
+    const TempFile good("1\r\n00:00:00,000 --> 00:01:00,000\r\na\r\n\r\n", ".srt"), empty("", ".srt");
+    const Outcome outcome = TerminalJob({"check", good.path(), empty.path()}).finish();
+    EXPECT_EQ(outcome.status, 1);
+    const size_t bar = outcome.out.rfind("Checking [");
+    ASSERT_NE(bar, outcome.out.npos) << outcome.out;
+    const size_t numbers = outcome.out.find("##] 2 of 2 files, ", bar);
+    EXPECT_NE(numbers, outcome.out.npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("/s, 0 s left", numbers), outcome.out.npos);
+    EXPECT_NE(outcome.out.find(": 1 of 1 entries show as meant (SubRip, ASCII)\r\n", numbers), outcome.out.npos);
+    EXPECT_NE(outcome.out.find("2 files: 1 fully right, 0 with findings, 1 not checked\r\n", numbers),
+              outcome.out.npos);
+    EXPECT_TRUE(isCursorVisible(outcome.out));
+}
+
 TEST_F(Terminal, ShowsAProgressBarWhilePicturesAreDrawn) {
     const samples::VobSub film = samples::demoVobSub();
     const test::VobSubPair pair(film.idx(), film.sub());

@@ -14,8 +14,8 @@ public:
     explicit Units(const Scene& scene) : mBytes(scene.bytes), mIsBig(scene.meant.encoding.name == "UTF-16BE") {}
     size_t count() const { return mBytes.size() / 2; }
     unsigned at(size_t i) const {
-        const auto first = static_cast<unsigned char>(mBytes[2 * i]),
-                   second = static_cast<unsigned char>(mBytes[2 * i + 1]);
+        const unsigned first = static_cast<unsigned char>(mBytes[2 * i]),
+                       second = static_cast<unsigned char>(mBytes[2 * i + 1]);
         return mIsBig ? first << 8 | second : second << 8 | first;
     }
 

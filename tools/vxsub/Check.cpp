@@ -240,7 +240,7 @@ int checkAll(const CheckCommand& command, const std::vector<std::string>& files,
     Totals totals;
     std::vector<Verdict> waiting;
     {
-        Progress progress(out, "checking", files.size());
+        Progress progress(out, "Checking", files.size());
         Pace pace(files.size());
         crew.run(
             files.size(), [&] { progress.step(pace.step()); },

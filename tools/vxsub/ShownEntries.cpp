@@ -11,6 +11,7 @@
 #include "Errors.h"
 #include "Text.h"
 #include "tools/meant/SystemEncodings.h"
+#include "tools/meant/Utf8.h"
 
 namespace vxsub {
 namespace {
@@ -29,9 +30,10 @@ public:
 
     std::string decode(const Units& units) const {
         if (units.wide) return encodeUtf8(decodeUtf16(units.values));
-        std::string bytes;
-        for (const U16 unit : units.values) bytes += char(U8(unit));
-        if (!mDecode) return encodeUtf8(decodeUtf8(bytes));
+        std::string bytes(units.values.size(), 0);
+        std::transform(units.values.begin(), units.values.end(), bytes.begin(),
+                       [](U16 unit) { return char(U8(unit)); });
+        if (!mDecode) return meant::isAscii(bytes) ? bytes : encodeUtf8(decodeUtf8(bytes));
         std::string text;
         mDecode(bytes, &text);
         return text;

@@ -212,6 +212,7 @@ Units SubtitleFile::units(U32 index) {
     const size_t counted = mParser->GetData(track(), mBuffer.data(), U32(mBuffer.size()), index);
     const size_t width = units.wide ? 2 : 1;
     const size_t limit = mBuffer.size() / width;
+    units.values.reserve(std::min(counted, limit));
     for (size_t i = 0; i < (mOptions.raw ? std::min(counted, limit) : limit); ++i) {
         const U8* unit = &mBuffer[i * width];
         const U16 value = units.wide ? U16(unit[0] | unit[1] << 8) : U16(unit[0]);
