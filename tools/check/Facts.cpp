@@ -105,7 +105,7 @@ void lookAtLine(const Scene& scene, size_t offset, std::string_view line, Facts*
 /// From one LF to the next; there may be more than one where CR ends lines.
 void lookAtLines(const Scene& scene, size_t begin, size_t end, Facts* facts) {
     while (begin < end) {
-        const size_t cr = std::min(scene.bytes.find('\r', begin), end);
+        const size_t cr = std::min(scene.bytes.substr(0, end).find('\r', begin), end);
         if (isWide(scene.meant.encoding))
             lookAtLine(scene, begin, lineAt(scene, begin), facts);
         else
