@@ -150,11 +150,20 @@ TEST(CheckProgram, TellsWhatOnesDeviceMakesOfAFile) {
     EXPECT_NE(std::string::npos, runVxsub({"check", "--fps", "23.976", frames.path()}).out.find("[mdvd-rate-rounded]"));
 }
 
+TEST(CheckProgram, TakesAnEncodingByEitherName) {
+    const TempFile hebrew("1\r\n00:00:01,000 --> 00:00:02,000\r\n\xF9\xEC\xE5\xED\r\n\r\n", ".srt");
+    for (const auto& arguments : {std::vector<std::string>{"--native", "8859-8"}, {"--encoding", "iso-8859-8"}}) {
+        const Outcome outcome = runVxsub({"check", arguments[0], arguments[1], hebrew.path()});
+        EXPECT_NE(std::string::npos, outcome.out.find("(SubRip, ISO-8859-8)")) << outcome.out;
+    }
+}
+
 TEST(CheckProgram, GoesThroughFoldersInOneOrder) {
     Folder folder;
     folder.add("a.srt", kGood);
     folder.add("b.srt", bad(1));
     folder.add("notes.md", "no subtitles");
+    folder.add("notes.txt", "no subtitles");
     folder.addFolder("deep");
     folder.add("deep/c.SRT", kOdd);
     folder.add("deep/d.srt", "");

@@ -191,7 +191,8 @@ std::string linesFor(const Report& report, const std::string& name, bool all) {
             if (count == 1 && remark.cause != nullptr) lines += std::string(" Mend: ") + remark.cause->mend;
             lines += '\n';
         } else if (count == counts[cause]) {
-            lines += name + ": " + std::to_string(count - kPlaces) + " more of [" + cause + "]\n";
+            lines += name;
+            lines += ": " + std::to_string(count - kPlaces) + " more of [" + cause + "]\n";
         }
     }
     lines += name + ": " + std::to_string(report.right) + " of " + std::to_string(report.meant) + " " + report.things +

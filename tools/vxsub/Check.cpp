@@ -32,22 +32,29 @@ struct CheckCommand {
 
 // -------------------------------------------------------------------------------------------------- one file
 
+/// A file to check.
+struct Candidate {
+    std::string path;
+    bool isFound;  ///< in a directory, not named
+};
+
 /// What a process says of its file.
 struct Verdict {
     int status = kOk;
-    std::string words;  ///< for the output
-    std::string error;  ///< for standard error
+    bool isOther = false;  ///< it has nothing to do with subtitles, and nobody said that it had
+    std::string words;     ///< for the output
+    std::string error;     ///< for standard error
     size_t meant = 0, right = 0;
     std::map<std::string, size_t> causes;
 
     std::string packed() const {
-        const Json json = {status, words, error, meant, right, causes};
+        const Json json = {status, isOther, words, error, meant, right, causes};
         const std::vector<uint8_t> bytes = Json::to_cbor(json);
         return std::string(bytes.begin(), bytes.end());
     }
     static Verdict unpacked(const std::string& bytes) {
         const Json json = Json::from_cbor(bytes);
-        return {json[0], json[1], json[2], json[3], json[4], json[5]};
+        return {json[0], json[1], json[2], json[3], json[4], json[5], json[6]};
     }
 };
 
@@ -87,7 +94,13 @@ Verdict failed(const CheckCommand& command, const std::string& path, const std::
     return verdict;
 }
 
-Verdict checkOne(const CheckCommand& command, const std::string& path) try {
+/// Notes and the like lie beside subtitles, and one format's ending is theirs as well.
+bool isNote(const Candidate& candidate) {
+    return candidate.isFound && formatOfPath(candidate.path) == findFormat("txt");
+}
+
+Verdict checkOne(const CheckCommand& command, const Candidate& candidate) try {
+    const std::string& path = candidate.path;
     CheckOptions options = command.options;
     options.file.path = path;
     const check::Report report = checkFile(options);
@@ -99,8 +112,12 @@ Verdict checkOne(const CheckCommand& command, const std::string& path) try {
     verdict.right = report.right;
     for (const check::Remark& remark : report.remarks) ++verdict.causes[check::nameOf(remark)];
     return verdict;
+} catch (const NoSubtitles& error) {
+    Verdict other;
+    other.isOther = true;
+    return isNote(candidate) ? other : failed(command, candidate.path, error.what());
 } catch (const FileError& error) {
-    return failed(command, path, error.what());
+    return failed(command, candidate.path, error.what());
 }
 
 Verdict verdictOf(const CheckCommand& command, const std::string& path, const Jobs::Result& result) {
@@ -132,7 +149,7 @@ bool isOfPair(fs::path path) {
     return fs::exists(path.replace_extension(".idx"), ignored) || fs::exists(path.replace_extension(".IDX"), ignored);
 }
 
-void addFilesIn(const std::string& directory, std::vector<std::string>* files) {
+void addFilesIn(const std::string& directory, std::vector<Candidate>* files) {
     std::vector<std::string> found;
     std::error_code error;
     fs::recursive_directory_iterator at(directory, fs::directory_options::skip_permission_denied, error);
@@ -143,17 +160,17 @@ void addFilesIn(const std::string& directory, std::vector<std::string>* files) {
             found.push_back(at->path().string());
     }
     std::sort(found.begin(), found.end());
-    files->insert(files->end(), found.begin(), found.end());
+    for (const std::string& path : found) files->push_back({path, true});
 }
 
-std::vector<std::string> filesOf(const std::vector<std::string>& paths) {
-    std::vector<std::string> files;
+std::vector<Candidate> filesOf(const std::vector<std::string>& paths) {
+    std::vector<Candidate> files;
     for (const std::string& path : paths) {
         std::error_code ignored;
         if (fs::is_directory(path, ignored))
             addFilesIn(path, &files);
         else
-            files.push_back(path);
+            files.push_back({path, false});
     }
     return files;
 }
@@ -165,6 +182,7 @@ int severityOf(int status) { return status == kFileFailed ? 2 : status == kFindi
 class Totals {
 public:
     void add(const Verdict& verdict) {
+        if (verdict.isOther) return;
         ++mFiles;
         if (severityOf(verdict.status) > severityOf(mStatus)) mStatus = verdict.status;
         mFailed += verdict.status == kFileFailed;
@@ -233,7 +251,7 @@ void put(const Verdict& verdict, Output& out) {
 }
 
 /// On a terminal that shows the bar, the words wait for its end.
-int checkAll(const CheckCommand& command, const std::vector<std::string>& files, Output& out) {
+int checkAll(const CheckCommand& command, const std::vector<Candidate>& files, Output& out) {
     constexpr double kSecondsEach = 20;
     const size_t jobs = command.jobs != 0 ? command.jobs : size_t(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
     const Jobs crew(jobs, kSecondsEach, [&](size_t number) { return checkOne(command, files[number]).packed(); });
@@ -245,7 +263,7 @@ int checkAll(const CheckCommand& command, const std::vector<std::string>& files,
         crew.run(
             files.size(), [&] { progress.step(pace.step()); },
             [&](size_t number, const Jobs::Result& result) {
-                const Verdict verdict = verdictOf(command, files[number], result);
+                const Verdict verdict = verdictOf(command, files[number].path, result);
                 totals.add(verdict);
                 if (out.isTerminal())
                     waiting.push_back(verdict);
@@ -259,12 +277,18 @@ int checkAll(const CheckCommand& command, const std::vector<std::string>& files,
 }
 
 int check(const CheckCommand& command, Output& out) {
-    const std::vector<std::string> files = filesOf(command.paths);
+    const std::vector<Candidate> files = filesOf(command.paths);
     if (files.empty()) throw FileError(command.paths.front() + ": holds no subtitle files");
     if (files.size() > 1) return checkAll(command, files, out);
     const Verdict verdict = checkOne(command, files.front());
     put(verdict, out);
     return verdict.status;
+}
+
+/// What --encoding would call it.
+std::string encodingOf(const NativeCharset& native) {
+    const std::string option = native.option;
+    return option.compare(0, 4, "8859") == 0 ? "ISO-" + option : option;
 }
 
 constexpr char kFooter[] =
@@ -274,8 +298,9 @@ constexpr char kFooter[] =
     "that repeats the first three places are told; --all tells all. A finding that\n"
     "no rule explains is called \"unexplained\". Entries are counted from 1, in the\n"
     "order of the file.\n\n"
-    "Directories are searched for subtitle files; a file that crashes or hangs the\n"
-    "check is reported, and the others go on.\n\n"
+    "Directories are searched for subtitle files; those that end in .txt and hold\n"
+    "none are passed over. A file that crashes or hangs the check is reported, and\n"
+    "the others go on.\n\n"
     "With --json, one object a line for each file:\n"
     "  {\"file\", \"status\", \"format\", \"encoding\", \"meant\", \"right\",\n"
     "   \"findings\": [{\"name\", \"cost\", \"line\", \"offset\", \"entry\", \"start\", \"end\",\n"
@@ -316,6 +341,8 @@ void addCheck(CLI::App& app, Session& session) {
     sub->callback([command, &session] {
         session.run = [command, &session] {
             command->options.file = session.file;
+            if (command->options.encoding.empty() && session.file.native != nullptr)
+                command->options.encoding = encodingOf(*session.file.native);
             session.status = check(*command, session.out);
         };
     });

@@ -51,7 +51,7 @@ bool isEnding(const OpenOptions& file, meant::Format format) {
 
 /// Of what is no text.
 void requireText(const std::string& path, const meant::File& file) {
-    if (file.format == meant::Format::None) refuse(path, "is no subtitle file but " + file.nature);
+    if (file.format == meant::Format::None) throw NoSubtitles(path + ": is no subtitle file but " + file.nature);
     if (file.format == meant::Format::VobSubPictures)
         refuse(path, "holds the pictures of a VobSub pair; check the index beside it");
     if (file.format == meant::Format::Sup)

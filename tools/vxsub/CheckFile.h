@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Errors.h"
 #include "Picture.h"
 #include "SubtitleFile.h"
 #include "tools/check/Report.h"
@@ -15,7 +16,13 @@ struct CheckOptions {
     std::optional<Size> surface;  ///< of the television
 };
 
-/// Throws `FileError` for what cannot be read, and for what is no subtitle file.
+/// What is no subtitle file at all.
+class NoSubtitles : public FileError {
+public:
+    using FileError::FileError;
+};
+
+/// Throws `NoSubtitles`, and `FileError` for what cannot be read, or is not looked into.
 check::Report checkFile(const CheckOptions& options);
 
 }  // namespace vxsub

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -47,6 +48,7 @@ bool receiveAll(int fd, void* data, size_t size) {
 
 /// The life of a process: a number comes, its answer goes, behind its length.
 [[noreturn]] void serve(int fd, const Jobs::Work& work) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // one that hangs does not outlive the program
     for (size_t number = 0; receiveAll(fd, &number, sizeof number);) {
         const std::string answer = work(number);
         const size_t size = answer.size();
