@@ -68,12 +68,20 @@ TEST(Fix, SaysWhatIsNotAsTheFileSays) {
         return listed(fixed("srt", "1\n0:0:1,0 --> 0:0:2,0\n" + text + "\n").remarks);
     };
     EXPECT_EQ("text-angle-brackets 1", remarksOf("a <word> b"));
-    EXPECT_EQ("! - 1", remarksOf(std::string(9000, 'x')));
+    EXPECT_EQ("! text-too-long 1", remarksOf(std::string(9000, 'x')));
     EXPECT_EQ("srt-text-as-time-line 1", remarksOf("a\n20h30, 21h00.\n12:30, 13:30"));
     const Result overlap = fixed("srt", "1\n0:0:1,0 --> 0:0:5,0\na\n\n2\n0:0:2,0 --> 0:0:3,0\nb\n");
     EXPECT_EQ("overlap 2", listed(overlap.remarks));
     EXPECT_EQ(2u, overlap.remarks[0].first.line);
     EXPECT_EQ((std::vector<size_t>{0, 1}), overlap.pieces[1].shows);
+}
+
+TEST(Fix, WritesNothingWhenNothingCanBeShown) {
+    const Result result = fixed("srt", "1\n2000:0:1,0 --> 2000:0:5,0\na\n");
+    EXPECT_EQ(meant::Format::None, result.format);
+    EXPECT_EQ("has no entry that can be shown", result.refusal);
+    EXPECT_EQ("! beyond-32-bit 1", listed(result.remarks));
+    EXPECT_EQ("", result.bytes);
 }
 
 TEST(Fix, OneClassOfSami) {

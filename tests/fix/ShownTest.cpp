@@ -101,9 +101,9 @@ TEST(FixShown, AsManyEntriesAsTheTableIsMadeFor) {
 }
 
 TEST(FixShown, CausesAreThoseOfTheVocabulary) {
-    for (const char* name :
-         {"text-angle-brackets", "overlap", "srt-text-as-time-line", "smi-languages", "break-bar", "ssa-drawing",
-          "beyond-32-bit", "srt-utf16-shape", "vob-no-size", "vob-no-palette", "vob-language", "vob-mark"})
+    for (const char* name : {"text-angle-brackets", "text-too-long", "overlap", "srt-text-as-time-line",
+                             "smi-languages", "break-bar", "ssa-drawing", "beyond-32-bit", "srt-utf16-shape",
+                             "vob-no-size", "vob-no-palette", "vob-language", "vob-mark"})
         EXPECT_NE(nullptr, check::findCause(name)) << name;
 }
 

@@ -113,6 +113,16 @@ TEST_F(VxsubFix, SaysWhatCannotBeMended) {
     EXPECT_NE(std::string::npos, kept.out.find("movie.fixed.sub:2: [break-bar] ")) << kept.out;
 }
 
+TEST_F(VxsubFix, WritesNothingWhenNothingCanBeShown) {
+    const std::string movie = put("movie.srt", "1\n2000:00:00,000 --> 2000:00:01,000\nb\n");
+    const Outcome outcome = runVxsub({"fix", movie});
+    EXPECT_EQ(3, outcome.status);
+    EXPECT_EQ(movie + ": nothing is written: the file has no entry that can be shown\n  not mended: " + movie +
+                  ":2: [beyond-32-bit] It begins later than times can be written.\n",
+              outcome.out);
+    EXPECT_EQ(1, files());
+}
+
 TEST_F(VxsubFix, OtherFiles) {
     const struct {
         const char* name;

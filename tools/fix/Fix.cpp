@@ -34,6 +34,11 @@ public:
         }
         remarkOnFile();
         mResult.remarks = mRemarks.take();
+        if (mResult.pieces.empty()) {
+            mResult.format = meant::Format::None;
+            mResult.refusal = "has no entry that can be shown";
+            mResult.bytes.clear();
+        }
         return std::move(mResult);
     }
 
@@ -60,7 +65,8 @@ private:
                              placeOf(i));
             if (changes.isCut) {
                 mResult.isWhole[i] = false;
-                mRemarks.add(Kind::NotMended, "", "The text is longer than 8,000 bytes: it is cut there.", placeOf(i));
+                mRemarks.add(Kind::NotMended, "text-too-long", "The text is longer than 8,000 bytes: it is cut there.",
+                             placeOf(i));
             }
         }
         // What has no letters at all shows nothing.

@@ -156,7 +156,14 @@ public:
         const meant::Source source(mBytes, meantOptions(mOptions.file, mOptions.encoding), meant::systemEncodings());
         const fix::Result result = fix::fix(mMeant, source, mOptions.fix);
         const std::string& path = mOptions.file.path;
-        if (result.format == meant::Format::None) throw FileError(path + ": " + result.refusal);
+        if (result.format == meant::Format::None && result.remarks.empty())
+            throw FileError(path + ": " + result.refusal);
+        if (result.format == meant::Format::None) {
+            mSession.out.line(printable(path) + ": nothing is written: the file " + result.refusal);
+            sayRemarks(fix::Remark::Kind::NotMended, "not mended", result.remarks, path, mSession.out);
+            mSession.status = kFindings;
+            return;
+        }
         NewFile file(outputFor(result.format), path, mOptions.force);
         file.write(result.bytes);
         OpenOptions written = mOptions.file;
