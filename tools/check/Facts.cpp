@@ -29,7 +29,7 @@ void lookAtUnits(const Scene& scene, Facts* facts) {
     for (size_t i = 0; i < units.count(); ++i) {
         const unsigned unit = units.at(i);
         facts->hasZeros |= unit == 0;
-        facts->isShifted |= unit == 0x0D00 || unit == 0x0A00;
+        facts->isShifted |= unit == 0x0A00;  // no character, but LF in two halves
     }
 }
 

@@ -82,13 +82,13 @@ const std::vector<Rule> kMicroDvdRules = {
     {"mdvd-unmarked-rate-line", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedRateLine},
     {"mdvd-unmarked-first-two", kLost | kFalse, mdvdUnmarkedFirstTwo},
     {"mdvd-unmarked-zero", kLost | kDisplaced | kHidden | kFalse, mdvdUnmarkedZero},
-    {"mdvd-rate-whole", kAny, mdvdRateWhole},
-    {"mdvd-first-line", kAny, mdvdFirstLine},
-    {"mdvd-text-as-rate", kAny, mdvdTextAsRate},
-    {"mdvd-rate-zeros", kAny, mdvdRateZeros},
-    {"mdvd-utf16", kAny, mdvdUtf16},
-    {"mdvd-rate-rounded", kAny, mdvdRateRounded},
-    {"mdvd-rate-29", kAny, mdvdRate29},
+    {"mdvd-rate-whole", kAny & ~kOdd, mdvdRateWhole},
+    {"mdvd-first-line", kAny & ~kOdd, mdvdFirstLine},
+    {"mdvd-text-as-rate", kAny & ~kOdd, mdvdTextAsRate},
+    {"mdvd-rate-zeros", kAny & ~kOdd, mdvdRateZeros},
+    {"mdvd-utf16", kAny & ~kOdd, mdvdUtf16},
+    {"mdvd-rate-rounded", kAny & ~kOdd, mdvdRateRounded},
+    {"mdvd-rate-29", kAny & ~kOdd, mdvdRate29},
 };
 
 }  // namespace check

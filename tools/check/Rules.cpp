@@ -250,7 +250,7 @@ bool subOrder(const Scene& scene, const Difference&) {
 }  // namespace
 
 const std::vector<Rule> kFileRules = {
-    {"property-big5", kAltered | kOdd | kLost | kFalse, propertyBig5},
+    {"property-big5", kAltered | kFalse, propertyBig5},
     {"mark-inside", kAny, markInside},
     {"utf32", kAny, utf32},
     {"utf16-no-mark", kAny, utf16NoMark},

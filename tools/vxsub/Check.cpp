@@ -308,7 +308,8 @@ constexpr char kFooter[] =
     "or {\"file\", \"status\", \"error\"}. Times are milliseconds, what does not apply is\n"
     "left out, \"cost\" is entries, times, text, hidden, letters or looks.\n\n"
     "Exit status: 0 nothing is lost, 3 an entry, a time or a text is (--strict: any\n"
-    "finding), 1 no subtitle file, 2 wrong usage; of several files the worst, 1 before 3.\n\n"
+    "finding), 1 no subtitle file, 2 wrong usage; of several files the worst, which\n"
+    "is 1.\n\n"
     "Examples:  vxsub check movie.srt\n"
     "           vxsub check --language big5 movie.srt\n"
     "           vxsub check --json /media/movies | jq -r 'select(.status == 3).file'";
@@ -335,9 +336,11 @@ void addCheck(CLI::App& app, Session& session) {
     sub->add_flag("--all", command->all, "tell every place of a repeated cause");
     sub->add_flag("--strict", command->strict, "exit status 3 for any finding");
     sub->add_flag("--json", command->json, "write JSON instead of lines for people");
-    sub->add_option("--jobs", command->jobs, "processes at work; as many as cores when not given")
+    sub->add_option("--jobs", command->jobs,
+                    "processes at work, up to 256; as many as cores when not\n"
+                    "given")
         ->type_name("N")
-        ->check(CLI::Range(1, 256));
+        ->check(CLI::Range(1, 256).description(""));
     sub->callback([command, &session] {
         session.run = [command, &session] {
             command->options.file = session.file;
