@@ -66,9 +66,14 @@ TEST_F(VxsubFix, WritesWhereItIsTold) {
     EXPECT_EQ(kCopy, get("a.srt"));
     EXPECT_EQ(0, runVxsub({"fix", path("movie.srt"), "-o", path("b.srt"), "--utf16", "--language", "big5"}).status);
     EXPECT_EQ("\xFF\xFE", get("b.srt").substr(0, 2));
+    const std::string kyrillic = put("movie.txt", "0:00:01:\xCF\xF0\xE8\r\n0:00:02:\r\n");
+    EXPECT_EQ(0, runVxsub({"fix", kyrillic, "-o", path("c.srt"), "--native", "big5"}).status);
+    EXPECT_EQ(0, runVxsub({"fix", kyrillic, "-o", path("d.srt"), "--encoding", "windows-1251"}).status);
+    EXPECT_NE(std::string::npos, get("d.srt").find("\xD0\x9F\xD1\x80\xD0\xB8"));
+    EXPECT_NE(get("c.srt"), get("d.srt"));
     EXPECT_EQ(0, runVxsub({"fix", put("movie.sub", "{1}{1}50\n{50}{100}a\n"), "--keep-format"}).status);
     EXPECT_EQ("\xEF\xBB\xBF{1}{1}50.000\r\n{50}{100}a\r\n", get("movie.fixed.sub"));
-    EXPECT_EQ(5, files());
+    EXPECT_EQ(8, files());
 }
 
 TEST_F(VxsubFix, OverwritesNothingUnasked) {

@@ -4,6 +4,7 @@
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
+#include <strings.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -293,7 +294,7 @@ void addFix(CLI::App& app, Session& session) {
         "Text of any format becomes SubRip in the form that shows without a loss: UTF-8 with\n"
         "a mark, CR LF, entries in order, those that overlap joined, no markup. The copy is\n"
         "opened with the library and compared before it is put in place; the file itself\n"
-        "stays as it is.\n\n"
+        "stays as it is. Of a VobSub index a new index is written.\n\n"
         "Exit status: 0 every entry shows, 3 some do not, 1 not a subtitle file, or the copy\n"
         "cannot be written, 2 wrong usage.\n\n"
         "Examples:  vxsub fix movie.sub --fps 23.976\n"
@@ -317,6 +318,10 @@ void addFix(CLI::App& app, Session& session) {
     command->callback([options, &session] {
         session.run = [options, &session] {
             options->file = session.file;
+            if (options->encoding.empty() && session.file.native != nullptr)
+                options->encoding = encodingOf(*session.file.native);
+            // On such a television UTF-8 is damaged.
+            if (strncasecmp(session.file.language.c_str(), "big5", 4) == 0) options->fix.letters = fix::Letters::Utf16;
             if (isIndex(*options)) {
                 fixIndexFile(*options, session);
             } else {
