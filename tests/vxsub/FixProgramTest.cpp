@@ -152,8 +152,12 @@ TEST_F(VxsubFix, OtherFiles) {
     EXPECT_EQ(2, runVxsub({"fix", put("movie.srt", kEntry), "--utf16", "--keep-format"}).status);
     const Outcome named = runVxsub({"fix", path("movie.srt"), "-o", path("a.sub")});
     EXPECT_EQ(2, named.status);
+    EXPECT_EQ(0,
+              runVxsub({"fix", put("script.sub", "Dialogue: 0,0:00:01.00,0:00:02.00,D,,0,0,0,,a\n"), "--keep-format"})
+                  .status);
+    EXPECT_NE("", get("script.fixed.ssa"));
     EXPECT_EQ("vxsub: the copy is SubRip: the name of OUT has to end in .srt\n", named.err);
-    EXPECT_EQ(4, files());
+    EXPECT_EQ(6, files());
 }
 
 TEST_F(VxsubFix, AnIndexAnew) {

@@ -89,12 +89,21 @@ std::map<std::string, size_t> countsIn(const check::Report& report) {
     return counts;
 }
 
-/// The name of the new file: movie.fixed.srt beside movie.sub.
-std::string defaultOutput(const FixOptions& options, meant::Format format) {
-    const std::string& path = options.file.path;
+bool isNamedAs(const std::string& path, meant::Format format) {
     const std::string_view ending = extensionOf(path);
-    const std::string stem = path.substr(0, path.size() - ending.size());
-    return stem + ".fixed" + (format == meant::Format::SubRip ? ".srt" : std::string(ending));
+    return !ending.empty() && meant::isEndingOf(ending.substr(1), format);
+}
+
+/// The name of the new file: movie.fixed.srt beside movie.sub. Throws `UsageError` for one that nobody would open.
+std::string outputFor(const FixOptions& options, meant::Format format) {
+    const meant::FormatName& name = meant::nameOf(format);
+    const std::string_view endings = name.endings, path = options.file.path, ending = extensionOf(path);
+    const std::string usual = "." + std::string(endings.substr(0, endings.find(' ')));
+    if (options.output.empty())
+        return std::string(path.substr(0, path.size() - ending.size())) + ".fixed" +
+               (isNamedAs(options.file.path, format) ? std::string(ending) : usual);
+    if (isNamedAs(options.output, format)) return options.output;
+    throw UsageError(std::string("the copy is ") + name.phrase + ": the name of OUT has to end in " + usual);
 }
 
 void sayRemarks(fix::Remark::Kind kind, const char* word, const std::vector<fix::Remark>& remarks,
@@ -165,7 +174,7 @@ public:
             mSession.status = kFindings;
             return;
         }
-        NewFile file(outputFor(result.format), path, mOptions.force);
+        NewFile file(outputFor(mOptions, result.format), path, mOptions.force);
         file.write(result.bytes);
         OpenOptions written = mOptions.file;
         written.path = file.pathUntilPut();
@@ -179,15 +188,6 @@ public:
     }
 
 private:
-    std::string outputFor(meant::Format format) const {
-        const std::string output = mOptions.output.empty() ? defaultOutput(mOptions, format) : mOptions.output;
-        const std::string_view ending = extensionOf(output);
-        if (!ending.empty() && meant::isEndingOf(ending.substr(1), format)) return output;
-        const std::string_view endings = meant::nameOf(format).endings;
-        throw UsageError("the copy is " + std::string(meant::nameOf(format).phrase) +
-                         ": the name of OUT has to end in ." + std::string(endings.substr(0, endings.find(' '))));
-    }
-
     void report(const std::string& path, const std::vector<bool>& isShown, const fix::Result& result,
                 const check::Report& after) {
         const check::Report before = checkFile({mOptions.file, mOptions.encoding, std::nullopt});
@@ -252,8 +252,7 @@ void fixIndexFile(const FixOptions& options, Session& session) {
     const std::string stream = streamOf(path);
     const fix::FixedIndex fixed = fix::fixIndex(readFile(path), readFile(stream), meant::systemEncodings());
     if (!fixed.refusal.empty()) throw FileError(path + ": " + fixed.refusal);
-    const std::string output =
-        options.output.empty() ? path.substr(0, path.size() - extensionOf(path).size()) + ".fixed.idx" : options.output;
+    const std::string output = outputFor(options, meant::Format::VobSubIndex);
     NewFile file(output, path, options.force);
     file.write(fixed.bytes);
     const TemporaryDirectory directory;
