@@ -104,12 +104,13 @@ void lookAtLine(const Scene& scene, size_t offset, std::string_view line, Facts*
 
 /// From one LF to the next; there may be more than one where CR ends lines.
 void lookAtLines(const Scene& scene, size_t begin, size_t end, Facts* facts) {
+    const std::string_view upToLf = scene.bytes.substr(0, end);
     while (begin < end) {
-        const size_t cr = std::min(scene.bytes.substr(0, end).find('\r', begin), end);
+        const size_t cr = std::min(upToLf.find('\r', begin), end);
         if (isWide(scene.meant.encoding))
             lookAtLine(scene, begin, lineAt(scene, begin), facts);
         else
-            lookAtLine(scene, begin, scene.bytes.substr(begin, cr - begin), facts);
+            lookAtLine(scene, begin, upToLf.substr(begin, cr - begin), facts);
         begin = cr + 1;
     }
 }
