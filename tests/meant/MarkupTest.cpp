@@ -23,6 +23,7 @@ TEST(MeantMarkup, KnownTags) {
     expectTexts({}, {{"<i>a</i><I>b</I><b ><u/>c</b>", "abc"},
                      {"<font color=\"#fff\" size=2>a</font><span class=x>b</span>", "ab"},
                      {"<c.yellow>a</c>", "a"},
+                     {"<v Bob>a <b class=x>b</ i>c< /b><a href=x>d</a><big>e</big>", "a bcde"},
                      {"<and> <large> <i am>", "<and> <large> <i am>"},
                      {"a < b > c <> <", "a < b > c <> <"},
                      {"<i", "<i"},
@@ -44,6 +45,10 @@ TEST(MeantMarkup, Braces) {
                      {"{}a{x:1}{y}{ \\b}", "a{x:1}{y}{ \\b}"},
                      {"{\\an8", "{\\an8"},
                      {"{\\an8\n}", "{\\an8\n}"}});
+    Markup styles;
+    styles.styles = true;
+    expectTexts(styles, {{"{i}a{/i}{B}b{/B}{x}{ib}", "ab{x}{ib}"}});
+    expectTexts({}, {{"{i}a{/i}", "{i}a{/i}"}});
     Markup all;
     all.braces = Markup::Braces::All;
     expectTexts(all, {{"{x}a{ \\b}{y", "a{y"}});

@@ -11,8 +11,11 @@
 #include "tests/support/Interpose.h"
 #include "tests/support/VobSubPair.h"
 #include "tools/check/Causes.h"
+#include "tools/fix/Fix.h"
+#include "tools/meant/SystemEncodings.h"
 #include "tools/samples/VobSubMaker.h"
 #include "tools/vxsub/Errors.h"
+#include "tools/vxsub/ShownEntries.h"
 
 namespace {
 
@@ -371,6 +374,36 @@ TEST(Check, HasASampleForEachCause) {
         for (const Row& row : *rows) found.insert(row.cause);
     for (const PairRow& row : kPairRows) found.insert(row.cause);
     for (const check::Cause& cause : check::causes()) EXPECT_EQ(1u, found.count(cause.name)) << cause.name;
+}
+
+// ------------------------------------------------------------------------------------------------------- copies
+
+fix::Result fixed(const std::string& path, const Row& row) {
+    vxsub::OpenOptions options;
+    options.path = path;
+    if (row.frameRate != 0) options.frameRate = row.frameRate;
+    const meant::Options read = vxsub::meantOptions(options);
+    const meant::Encodings encodings = meant::systemEncodings();
+    fix::Options how;
+    if (*row.language != 0) how.letters = fix::Letters::Utf16;
+    return fix::fix(meant::read(row.bytes, read, encodings), meant::Source(row.bytes, read, encodings), how);
+}
+
+TEST(Check, FindsNothingLostInACopy) {
+    const std::set<std::string> kNotMended = {"not-supported", "taken-for-another", "beyond-32-bit", "text-too-long",
+                                              "ssa-drawing"};
+    for (const auto* rows : {&rowsOfSubRip(), &rowsOfScripts(), &rowsOfSub()})
+        for (const Row& row : *rows) {
+            const TempFile file(row.bytes, row.ending);
+            const fix::Result result = fixed(file.path(), row);
+            const bool isWhole = std::count(result.isWhole.begin(), result.isWhole.end(), false) == 0;
+            EXPECT_EQ(kNotMended.count(row.cause) == 0, result.format == meant::Format::SubRip && isWhole) << row.cause;
+            if (result.format == meant::Format::None) continue;
+            const TempFile copy(result.bytes, ".srt");
+            const check::Report report = reportOf(copy.path(), row);
+            EXPECT_EQ("", namesOf(report)) << row.cause;
+            EXPECT_EQ(report.meant, report.right) << row.cause;
+        }
 }
 
 TEST(Check, SaysWhatIsNoSubtitleFile) {

@@ -30,9 +30,10 @@ TEST(Usage, IsSaidInOneLineWithStatus2) {
         const char* error;
     } kRows[] = {
         {{},
-         "vxsub: a command is needed; there are info, list, at, play, render, sheet, push, check (see vxsub --help)\n"},
+         "vxsub: a command is needed; there are info, list, at, play, render, sheet, push, check, fix (see vxsub "
+         "--help)\n"},
         {{"lst"},
-         "vxsub: there is no command lst; there are info, list, at, play, render, sheet, push, check (see vxsub "
+         "vxsub: there is no command lst; there are info, list, at, play, render, sheet, push, check, fix (see vxsub "
          "--help)\n"},
         {{"--foo"}, "vxsub: there is no option --foo (see vxsub --help)\n"},
         {{"list"}, "vxsub: FILE is required (see vxsub list --help)\n"},

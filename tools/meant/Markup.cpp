@@ -37,7 +37,8 @@ private:
 
 Element elementOf(std::string_view tag) {
     std::string_view inner = tag.substr(1, tag.size() - 2);
-    if (!inner.empty() && inner.front() == '/') inner.remove_prefix(1);
+    const std::string_view unindented = trimmed(inner);
+    if (!unindented.empty() && unindented.front() == '/') inner = trimmed(unindented.substr(1));
     size_t end = 0;
     while (end < inner.size() && (isLetter(inner[end]) || isDigit(inner[end]))) ++end;
     return {inner.substr(0, end), trimmed(inner.substr(end))};
@@ -50,10 +51,11 @@ bool isAmong(std::string_view name, const Names& names) {
 
 /// "<and>" is text where markup is no more than a habit; "<i>" is not.
 bool isKnown(const Element& element) {
-    static const char* const kBare[] = {"i", "b", "u", "s", "em", "strong", "strike", "del", "br", "rt", "rp"};
-    static const char* const kWithValues[] = {"font", "span", "p", "div", "ruby", "center", "c"};
-    const bool hasValues = !element.rest.empty() && element.rest != "/";
-    if (!hasValues && isAmong(element.name, kBare)) return true;
+    static const char* const kBare[] = {"i",  "b",  "u",  "s",   "em",    "strong", "strike", "del", "br",
+                                        "rt", "rp", "tt", "big", "small", "sub",    "sup",    "a"};
+    static const char* const kWithValues[] = {"font", "span", "p", "div", "ruby", "center", "c", "v"};
+    const bool hasWords = !element.rest.empty() && element.rest != "/" && element.rest.find('=') == element.rest.npos;
+    if (!hasWords && isAmong(element.name, kBare)) return true;
     return isAmong(element.name, kWithValues);
 }
 
@@ -61,6 +63,13 @@ bool isKnown(const Element& element) {
 bool isMicroDvdCode(std::string_view group) {
     constexpr std::string_view kCodes = "ycfspoh";
     return group.size() >= 4 && kCodes.find(lower(group[1])) != kCodes.npos && group[2] == ':';
+}
+
+/// {i}, {/B}
+bool isStyleCode(std::string_view group) {
+    std::string_view inner = group.substr(1, group.size() - 2);
+    if (!inner.empty() && inner.front() == '/') inner.remove_prefix(1);
+    return inner.size() == 1 && std::string_view("bius").find(lower(inner.front())) != std::string_view::npos;
 }
 
 class PlainText {
@@ -111,12 +120,16 @@ private:
         return true;
     }
 
+    bool isCode(std::string_view group) const {
+        if (group.size() < 2) return false;
+        return mMarkup.braces == Markup::Braces::All || group[1] == '\\' || group == "{}" || isMicroDvdCode(group) ||
+               (mMarkup.styles && isStyleCode(group));
+    }
+
     bool takeBraces() {
         if (mRest.front() != '{') return false;
         const std::string_view group = mRest.substr(0, mBraces.sizeOfGroup(mRest));
-        const bool isCode = group.size() >= 2 && (mMarkup.braces == Markup::Braces::All || group[1] == '\\' ||
-                                                  group == "{}" || isMicroDvdCode(group));
-        if (!isCode) return false;
+        if (!isCode(group)) return false;
         if (mMarkup.drawings) lookForDrawing(group);
         mRest.remove_prefix(group.size());
         return true;

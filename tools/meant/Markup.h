@@ -16,6 +16,7 @@ struct Markup {
 
     Tags tags = Tags::Known;  ///< <i>, <font ...>, or every element
     Braces braces = Braces::Codes;
+    bool styles = false;       ///< {i} and {/b}
     bool entities = false;     ///< &amp; and the like
     bool backslashes = false;  ///< \n and \h besides \N
     bool bars = false;         ///< | and [br] break the line

@@ -128,7 +128,9 @@ private:
 
     void addEntry(size_t timeLine, size_t next) {
         Markup markup;
+        markup.styles = true;
         markup.entities = true;
+        markup.backslashes = true;
         const Times times = *timesOf(mLines[timeLine]);
         Entry entry = entryAt(mSource, timeLine, next, times.start, times.end);
         if (!isPosition(times.rest)) entry.text = plainText(times.rest, markup);

@@ -14,6 +14,7 @@
 #include "Jobs.h"
 #include "PictureOptions.h"
 #include "Progress.h"
+#include "ShownEntries.h"
 #include "Text.h"
 #include "tools/meant/SystemEncodings.h"
 
@@ -283,12 +284,6 @@ int check(const CheckCommand& command, Output& out) {
     const Verdict verdict = checkOne(command, files.front());
     put(verdict, out);
     return verdict.status;
-}
-
-/// What --encoding would call it.
-std::string encodingOf(const NativeCharset& native) {
-    const std::string option = native.option;
-    return option.compare(0, 4, "8859") == 0 ? "ISO-" + option : option;
 }
 
 constexpr char kFooter[] =

@@ -3,8 +3,8 @@
 namespace vxsub {
 namespace {
 
-constexpr void (*kCommands[])(CLI::App&, Session&) = {addInfo,   addList,  addAt,   addPlay,
-                                                      addRender, addSheet, addPush, addCheck};
+constexpr void (*kCommands[])(CLI::App&, Session&) = {addInfo,  addList, addAt,    addPlay, addRender,
+                                                      addSheet, addPush, addCheck, addFix};
 
 std::string formatList() {
     std::string text = "Formats:\n";
@@ -28,12 +28,13 @@ void describe(CLI::App& app, Session& session) {
                "  vxsub list movie.srt                all entries\n"
                "  vxsub at movie.srt 1:01.5           what is shown at this play time\n"
                "  vxsub check movie.srt               why something does not show\n"
+               "  vxsub fix movie.srt                 write a copy that shows as meant\n"
                "  vxsub play movie.srt --speed 8      watch it\n"
                "  vxsub sheet movie.idx -o sheet.png  all pictures at a glance\n"
                "\n"
                "\"vxsub COMMAND --help\" tells more of each command and lists its options.\n"
                "Exit status: 0 done, 1 the file cannot be shown or the output not be written,\n"
-               "2 wrong usage, 3 check found what is lost.");
+               "2 wrong usage, 3 something does not show as meant.");
     app.get_formatter()->label("REQUIRED", "");
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     app.get_formatter()->label("Positionals", "Arguments");

@@ -29,6 +29,7 @@ void addRender(CLI::App& app, Session& session);
 void addSheet(CLI::App& app, Session& session);
 void addPush(CLI::App& app, Session& session);
 void addCheck(CLI::App& app, Session& session);
+void addFix(CLI::App& app, Session& session);
 
 /// The options that every command on a file takes. They stand on the command and, out of the help text's sight, on
 /// the program, so that they may stand in front of the command's name, too.

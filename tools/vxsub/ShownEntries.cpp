@@ -84,6 +84,11 @@ meant::Options meantOptions(const OpenOptions& options, const std::string& encod
     return result;
 }
 
+std::string encodingOf(const NativeCharset& native) {
+    const std::string option = native.option;
+    return option.compare(0, 4, "8859") == 0 ? "ISO-" + option : option;
+}
+
 ShownFile openShown(const OpenOptions& options, const meant::Encoding& encoding) {
     ShownFile result;
     OpenOptions plain = options;

@@ -17,6 +17,9 @@ std::string readFile(const std::string& path);
 /// is to be found out.
 meant::Options meantOptions(const OpenOptions& options, const std::string& encoding = {});
 
+/// What --encoding would call it.
+std::string encodingOf(const NativeCharset& native);
+
 /// What a player gets of a text file.
 struct ShownFile {
     check::Shown shown;
