@@ -14,7 +14,7 @@ fail() {
 help() { $emulator "$vxsub" "$@" --help; }
 
 # The names of the options, and of the commands, in a help text.
-options_in() { sed -n '/^Options:/,/^[^ ]/p' | grep -oE '^ +(-[a-z],)?-?-[a-z-]+' | grep -oE -e '-?-[a-z-]+'; }
+options_in() { sed -n '/^Options:/,/^[^ ]/p' | grep -oE '^ +(-[a-z],)?-?-[a-z0-9-]+' | grep -oE -e '-?-[a-z0-9-]+'; }
 commands=$(help | sed -n '/^Commands:/,/^[^ ]/s/^  \([a-z][a-z]*\) .*/\1/p')
 [ "$(echo "$commands" | wc -l)" -ge 7 ] || fail "the commands are not read from the help: $commands"
 

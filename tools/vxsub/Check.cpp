@@ -5,13 +5,13 @@
 #include <chrono>
 #include <filesystem>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <set>
 
 #include "CheckFile.h"
 #include "Commands.h"
 #include "Errors.h"
 #include "Jobs.h"
+#include "Json.h"
 #include "PictureOptions.h"
 #include "Progress.h"
 #include "ShownEntries.h"
@@ -21,7 +21,6 @@
 namespace vxsub {
 namespace {
 
-using Json = nlohmann::ordered_json;
 namespace fs = std::filesystem;
 
 struct CheckCommand {
@@ -59,8 +58,6 @@ struct Verdict {
     }
 };
 
-std::string toLine(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n"; }
-
 Json toJson(const check::Remark& remark) {
     Json json = {{"name", check::nameOf(remark)}, {"cost", check::wordFor(remark.cost)}};
     if (remark.place.line != 0) {
@@ -91,7 +88,7 @@ Verdict failed(const CheckCommand& command, const std::string& path, const std::
     Verdict verdict;
     verdict.status = kFileFailed;
     verdict.error = error;
-    if (command.json) verdict.words = toLine({{"file", path}, {"status", kFileFailed}, {"error", error}});
+    if (command.json) verdict.words = toText({{"file", path}, {"status", kFileFailed}, {"error", error}}) + "\n";
     return verdict;
 }
 
@@ -107,7 +104,7 @@ Verdict checkOne(const CheckCommand& command, const Candidate& candidate) try {
     const check::Report report = checkFile(options);
     Verdict verdict;
     if (check::hasLoss(report) || (command.strict && !report.remarks.empty())) verdict.status = kFindings;
-    verdict.words = command.json ? toLine(toJson(report, path, verdict.status))
+    verdict.words = command.json ? toText(toJson(report, path, verdict.status)) + "\n"
                                  : check::linesFor(report, printable(path), command.all);
     verdict.meant = report.meant;
     verdict.right = report.right;
