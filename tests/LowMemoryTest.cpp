@@ -24,7 +24,7 @@ namespace {
 /// While it lives, the machine has no area for small addresses, and puts mappings where it likes.
 class Machine {
 public:
-    enum class Places { kAsWished, kHigh };
+    enum class Places { kAsWished, kHigh, kAcrossTheLimit };
 
     explicit Machine(Places places) : mPlaces(places) { instance = this; }
     ~Machine() { instance = nullptr; }
@@ -38,7 +38,12 @@ public:
 #endif
         hints.push_back(reinterpret_cast<uintptr_t>(hint));
         ++mappings;
-        return kernel(mPlaces == Places::kAsWished ? hint : nullptr, size, protection, flags, file, offset);
+        if (mPlaces == Places::kHigh) hint = nullptr;
+        if (mPlaces == Places::kAcrossTheLimit) {  // all but its last page lies below
+            hint = reinterpret_cast<void*>((uintptr_t{1} << 32) + static_cast<uintptr_t>(sysconf(_SC_PAGESIZE)) - size);
+            flags |= MAP_FIXED_NOREPLACE;
+        }
+        return kernel(hint, size, protection, flags, file, offset);
     }
     static void* kernel(void* hint, size_t size, int protection, int flags, int file, off_t offset) {
         return reinterpret_cast<void*>(syscall(SYS_mmap, hint, size, protection, flags, file, offset));
@@ -114,6 +119,13 @@ TEST(LowMemory, IsFoundWithoutAnAreaForIt) {
         ASSERT_EQ(i + 1, machine.mappings);
     }
     for (const U32 block : blocks) releaseLow(block);
+    EXPECT_EQ(0, machine.mappings);
+}
+
+TEST(LowMemory, LiesBelowTheLimitWithItsEnd) {
+    Machine machine(Machine::Places::kAcrossTheLimit);
+    EXPECT_EQ(0u, allocateLow(3 * static_cast<U64>(sysconf(_SC_PAGESIZE))));
+    EXPECT_EQ(64u, machine.hints.size());
     EXPECT_EQ(0, machine.mappings);
 }
 
