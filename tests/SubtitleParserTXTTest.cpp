@@ -154,6 +154,11 @@ TEST(SubtitleParserTXT, TheWidthOfTheFirstShortStampIsRemembered) {
     }
 }
 
+TEST(SubtitleParserTXT, ALeadingZeroTakesThreeNumbersBehindIt) {
+    EXPECT_EQ(8, Txt("1 23:4:Text\r\n").m_u8TimeStampTagSizeCase) << "behind the 1 there are two";
+    EXPECT_EQ(9, Txt("01:2:3:Text\r\n").m_u8TimeStampTagSizeCase);
+}
+
 TEST(SubtitleParserTXT, PositionsAreBytesBehindTheStamp) {
     EXPECT_EQ("1000-4000 @8", tagsOf(Txt(kHello)));
     EXPECT_EQ("1000-4000 @11", tagsOf(Txt("  \n" + kHello)));
