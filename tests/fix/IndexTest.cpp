@@ -93,12 +93,12 @@ TEST(FixIndex, PicturesTellSizeAndPalette) {
 }
 
 TEST(FixIndex, APictureIsReadAsItWasDrawn) {
-    const std::optional<Picture> picture = pictureAt(streamOf(10, 20), 0);
+    const std::optional<vobsub::Picture> picture = pictureAt(streamOf(10, 20), 0);
     ASSERT_TRUE(picture.has_value());
     const samples::Bitmap bitmap = samples::drawText({"HELLO"}, 3);
-    EXPECT_EQ(10u, picture->left);
-    EXPECT_EQ(20u, picture->top);
-    EXPECT_EQ(bitmap.width - 1, picture->right - picture->left);
+    EXPECT_EQ(10, picture->left);
+    EXPECT_EQ(20, picture->top);
+    EXPECT_EQ(int(bitmap.width), picture->width());
     const Usage usage = usageOf(*picture);
     for (unsigned code = 0; code < 4; ++code)
         EXPECT_EQ(size_t(std::count(bitmap.codes.begin(), bitmap.codes.end(), code)), usage.pixels[code]) << code;

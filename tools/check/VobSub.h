@@ -1,12 +1,12 @@
 /// VobSub pairs: what the index and the pictures in the stream are meant to show, against what is shown.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tools/check/Report.h"
+#include "tools/vobsub/Picture.h"
 
 namespace check {
 
@@ -58,22 +58,12 @@ struct Index {
 
 Index readIndex(std::string_view bytes);
 
-/// A picture in the stream, and what is unusual about it.
-struct Subpicture {
-    bool hasPack = false;
-    bool hasOddPack = false;  ///< that is not of MPEG-2
-    bool hasStuffing = false;
-    bool leavesGrid = false;  ///< a pack of it does not end at a multiple of 2048
-    bool hasSize = false;
-    bool isBroken = false;  ///< its commands
-    bool hasArea = false;
-    int left = 0, right = 0, top = 0, bottom = 0;
-    Ms startDelay = 0;
-    std::optional<Ms> stop;
+/// What a picture has that is not shown as meant.
+struct Pixels {
     bool isCutVisible = false;     ///< the rows that are cut off hold visible pixels
     bool isCornerVisible = false;  ///< the top left pixel's colour is one to be seen
 };
 
-Subpicture readSubpicture(std::string_view stream, size_t position);
+Pixels pixelsOf(const vobsub::Picture& picture);
 
 }  // namespace check

@@ -3,11 +3,13 @@
 
 #include "tools/check/Lines.h"
 #include "tools/check/VobSub.h"
+#include "tools/vobsub/IndexLine.h"
 
 namespace check {
 namespace {
 
 using meant::Scan;
+using vobsub::Keyword;
 
 /// A line without the zeros of 16-bit characters.
 struct Line {
@@ -33,32 +35,6 @@ std::vector<Line> linesOf(std::string_view bytes) {
     return lines;
 }
 
-/// `1:02:03:500`, and a sign in front; milliseconds behind a colon, a point or a comma.
-std::optional<Ms> timeOf(Scan* in) {
-    const bool isNegative = in->eat('-');
-    if (!isNegative) in->eat('+');
-    const std::optional<Ms> seconds = in->eatHms();
-    if (!seconds || in->eatAny(":.,") == 0) return std::nullopt;
-    const Scan::Digits ms = in->eatDigits();
-    if (!ms) return std::nullopt;
-    const Ms time = *seconds + ms.value;
-    return isNegative ? -time : time;
-}
-
-uint32_t hexOf(std::string_view text) {
-    uint32_t value = 0;
-    for (const char c : text) {
-        const char digit = meant::lower(c);
-        if (isDigit(c))
-            value = value << 4 | static_cast<uint32_t>(c - '0');
-        else if (digit >= 'a' && digit <= 'f')
-            value = value << 4 | static_cast<uint32_t>(digit - 'a' + 10);
-        else
-            break;
-    }
-    return value;
-}
-
 class IndexReader {
 public:
     Index read(std::string_view bytes) {
@@ -74,41 +50,54 @@ private:
     void take(const Line& line) {
         Scan in(line.text);
         in.skipAny(" \t\xEF\xBB\xBF\xFF\xFE");
-        if (in.eat("timestamp:")) {
-            takePicture(line, in);
-        } else if (in.eat("id:")) {
-            in.skipBlanks();
-            mIndex.tracks.push_back({std::string(in.rest().substr(0, in.rest().find_first_of(", \t"))), line.place});
-            mDelay = 0;
-            mHasOddDelay = false;
-        } else if (in.eat("delay:")) {
-            takeDelay(in);
-        } else if (in.eat("size:")) {
-            in.skipBlanks();
-            mIndex.width = static_cast<unsigned>(in.eatDigits().value);
-            in.eat('x');
-            mIndex.height = static_cast<unsigned>(in.eatDigits().value);
-        } else if (in.eat("palette:")) {
-            const std::string_view colours = meant::trimmed(in.rest());
-            mIndex.colours =
-                colours.empty() ? 0 : static_cast<size_t>(std::count(colours.begin(), colours.end(), ',')) + 1;
+        switch (vobsub::eatKeyword(&in)) {
+            case Keyword::Timestamp:
+                return takePicture(line, in);
+            case Keyword::Id:
+                return takeTrack(line, in);
+            case Keyword::Delay:
+                return takeDelay(in);
+            case Keyword::Size:
+                return takeSize(in);
+            case Keyword::Palette:
+                return takePalette(meant::trimmed(in.rest()));
+            case Keyword::None:
+                return;
         }
     }
 
+    void takeTrack(const Line& line, Scan in) {
+        mIndex.tracks.push_back({std::string(vobsub::eatLanguage(&in)), line.place});
+        mDelay = 0;
+        mHasOddDelay = false;
+    }
+
     void takeDelay(Scan in) {
-        in.skipBlanks();
         mHasOddDelay = !hasForm(in.rest(), "-00:00:00:000") && !hasForm(in.rest(), "+00:00:00:000");
-        mDelay = timeOf(&in).value_or(0);
+        mDelay = eatSignedTime(&in).value_or(0);
+    }
+
+    /// A height behind a blank is not seen.
+    void takeSize(Scan in) {
+        const vobsub::FrameSize size = vobsub::eatFrameSize(&in);
+        mIndex.width = static_cast<unsigned>(size.width);
+        mIndex.height = size.hasBlanks ? 0 : static_cast<unsigned>(size.height);
+    }
+
+    void takePalette(std::string_view colours) {
+        const auto commas = static_cast<size_t>(std::count(colours.begin(), colours.end(), ','));
+        mIndex.colours = colours.empty() ? 0 : commas + 1;
     }
 
     void takePicture(const Line& line, Scan in) {
-        in.skipBlanks();
-        const std::optional<Ms> time = timeOf(&in);
-        const size_t word = in.rest().find("filepos:");
+        const std::optional<Ms> time = eatSignedTime(&in);
+        constexpr std::string_view kWord = "filepos:";
+        const size_t word = in.rest().find(kWord);
         if (!time || word == std::string_view::npos) return;
+        Scan position(meant::trimmed(in.rest().substr(word + kWord.size())));
         IndexLine picture;
         picture.start = *time + mDelay;
-        picture.position = hexOf(meant::trimmed(in.rest().substr(word + std::string_view("filepos:").size())));
+        picture.position = static_cast<uint32_t>(vobsub::eatHex(&position).value);
         picture.place = line.place;
         picture.line = std::string(meant::trimmed(line.text));
         picture.track = mIndex.tracks.size();
@@ -118,6 +107,14 @@ private:
             line.text.find_first_not_of("0123456789abcdefABCDEF", line.text.rfind(' ') + 1) != line.text.npos ||
             line.text.size() - line.text.rfind(' ') != kDigits + 1;
         mIndex.pictures.push_back(picture);
+    }
+
+    static std::optional<Ms> eatSignedTime(Scan* in) {
+        const bool isNegative = in->eatAny("+-") == '-';
+        const std::optional<vobsub::Time> time = vobsub::eatTime(in);
+        if (!time) return std::nullopt;
+        const Ms ms = time->whole + time->milliseconds;
+        return isNegative ? -ms : ms;
     }
 
     Index mIndex;

@@ -12,22 +12,21 @@ namespace {
 struct Seen {
     const Index& index;
     const IndexLine& line;
-    const Subpicture& picture;
+    const vobsub::Picture& picture;
+    const Pixels& pixels;
     const ShownPicture* shown;  ///< null: not in the table
     std::optional<Ms> next;     ///< when the next one of its track begins
     bool goesBack;              ///< in the stream, far behind the next one
 };
 
-int heightOf(const Subpicture& picture) { return picture.bottom - picture.top + 1; }
-
-bool isTooLarge(const Subpicture& picture) {
+bool isTooLarge(const vobsub::Picture& picture) {
     constexpr long kMost = 4L * 1920 * 1080;
-    if (picture.right < picture.left || picture.bottom < picture.top) return true;
-    return long{picture.right - picture.left + 1} * heightOf(picture) > kMost;
+    if (picture.width() <= 0 || picture.height() <= 0) return true;
+    return long{picture.width()} * picture.height() > kMost;
 }
 
 /// Not in the middle of the bottom edge.
-bool isElsewhere(const Index& index, const Subpicture& picture) {
+bool isElsewhere(const Index& index, const vobsub::Picture& picture) {
     if (index.width == 0 || index.height == 0 || !picture.hasArea) return false;
     const int width = static_cast<int>(index.width), height = static_cast<int>(index.height);
     const int aside = std::abs(picture.left + picture.right + 1 - width) / 2;
@@ -47,22 +46,22 @@ const struct PictureRule {
      [](const Seen& s) { return s.shown == nullptr && !hasForm(s.line.line, "timestamp: 00:00:00:000, filepos: "); }},
     {"beyond-32-bit", true, [](const Seen& s) { return s.shown == nullptr && s.line.start > 0xFFFFFFFF; }},
     {"vob-no-pack", true,
-     [](const Seen& s) { return s.shown != nullptr && (!s.picture.hasPack || s.picture.hasOddPack); }},
-    {"vob-stuffing", true, [](const Seen& s) { return s.picture.hasStuffing; }},
-    {"vob-unit-size-0", true, [](const Seen& s) { return s.picture.hasPack && !s.picture.hasSize; }},
-    {"vob-packs-not-2048", true, [](const Seen& s) { return s.picture.leavesGrid; }},
+     [](const Seen& s) { return s.shown != nullptr && (!s.picture.unit.hasPack || s.picture.unit.hasOddPack); }},
+    {"vob-stuffing", true, [](const Seen& s) { return s.picture.unit.hasStuffing; }},
+    {"vob-unit-size-0", true, [](const Seen& s) { return s.picture.unit.hasPack && !s.picture.unit.hasSize; }},
+    {"vob-packs-not-2048", true, [](const Seen& s) { return s.picture.unit.leavesGrid; }},
     {"vob-filepos-digit", true, [](const Seen& s) { return s.line.hasOddPosition; }},
     {"vob-bad-commands", true, [](const Seen& s) { return s.picture.isBroken; }},
     {"vob-area-too-large", true, [](const Seen& s) { return s.picture.hasArea && isTooLarge(s.picture); }},
-    {"vob-two-rows", true, [](const Seen& s) { return s.picture.hasArea && heightOf(s.picture) <= 2; }},
+    {"vob-two-rows", true, [](const Seen& s) { return s.picture.hasArea && s.picture.height() <= 2; }},
     {"vob-descending", true, [](const Seen& s) { return s.goesBack; }},
     {"vob-filepos-digit", false, [](const Seen& s) { return s.line.hasOddPosition; }},
     {"vob-start-delay", false, [](const Seen& s) { return s.picture.startDelay > 0; }},
     {"vob-end-ignored", false,
      [](const Seen& s) { return s.picture.stop && (!s.next || s.line.start + *s.picture.stop < *s.next); }},
-    {"vob-last-rows", false, [](const Seen& s) { return s.picture.isCutVisible; }},
+    {"vob-last-rows", false, [](const Seen& s) { return s.pixels.isCutVisible; }},
     {"vob-position", false, [](const Seen& s) { return isElsewhere(s.index, s.picture); }},
-    {"vob-top-left", false, [](const Seen& s) { return s.picture.isCornerVisible; }},
+    {"vob-top-left", false, [](const Seen& s) { return s.pixels.isCornerVisible; }},
 };
 
 class PairReporter {
@@ -126,10 +125,11 @@ private:
 
     void tellPicture(size_t i, const ShownPicture* shown) {
         const IndexLine& line = mIndex.pictures[i];
-        const Subpicture picture = readSubpicture(mPair.stream, line.position);
+        const vobsub::Picture picture = vobsub::pictureAt(mPair.stream, line.position);
+        const Pixels pixels = pixelsOf(picture);
         const bool isShown =
             shown != nullptr && shown->isGiven && shown->width > 0 && shown->height > 0 && !isTooLarge(picture);
-        const Seen seen = {mIndex, line, picture, shown, nextStart(i), goesBack(i)};
+        const Seen seen = {mIndex, line, picture, pixels, shown, nextStart(i), goesBack(i)};
         mReport.right += isShown;
         bool isExplained = isShown;
         for (const PictureRule& rule : kPictureRules) {

@@ -9,12 +9,14 @@
 #include "tools/fix/Remarks.h"
 #include "tools/meant/Scan.h"
 #include "tools/meant/Source.h"
+#include "tools/vobsub/IndexLine.h"
 
 namespace fix {
 namespace {
 
 using Kind = Remark::Kind;
 using meant::Scan;
+using vobsub::Keyword;
 
 /// Codes of languages that the library knows under another name, in two letters or three.
 constexpr struct {
@@ -43,28 +45,19 @@ std::string knownLanguage(std::string_view code) {
 
 bool isKnown(std::string_view code) { return code.size() >= 2 && kKnown.find(code.substr(0, 2)) != kKnown.npos; }
 
-/// `00:01:02:003`, however wide; what stands behind the last sign is a fraction.
+/// However wide; what stands behind the last sign is a fraction.
 std::optional<Ms> eatTime(Scan* in) {
     in->skipBlanks();
-    const std::optional<Ms> whole = in->eatHms();
-    if (!whole || in->eatAny(":.,") == 0) return std::nullopt;
-    const std::optional<Ms> fraction = in->eatFraction();
-    if (!fraction) return std::nullopt;
-    return *whole + *fraction;
+    const std::optional<vobsub::Time> time = vobsub::eatTime(in);
+    if (!time) return std::nullopt;
+    return time->whole + time->fraction;
 }
 
-std::optional<uint64_t> eatPosition(Scan* in) {
-    in->skipBlanks();
-    uint64_t position = 0;
-    size_t count = 0;
-    for (; !in->atEnd(); in->skip(1), ++count) {
-        const char c = meant::lower(in->peek());
-        const bool isHexLetter = c >= 'a' && c <= 'f';
-        if (!meant::isDigit(c) && !isHexLetter) break;
-        position = position << 4 | static_cast<uint64_t>(isHexLetter ? c - 'a' + 10 : c - '0');
-    }
+/// Hexadecimal digits, no more than any number here has.
+std::optional<uint64_t> eatNumber(Scan* in) {
     constexpr size_t kMostDigits = 15;
-    return count > 0 && count <= kMostDigits ? std::optional(position) : std::nullopt;
+    const vobsub::Hex hex = vobsub::eatHex(in);
+    return hex.count > 0 && hex.count <= kMostDigits ? std::optional(hex.value) : std::nullopt;
 }
 
 std::string timeText(Ms time) {
@@ -81,9 +74,7 @@ std::string hexText(const char* format, uint64_t value) {
 }
 
 /// Widths and heights of frames, and what palettes look like where nothing tells one.
-constexpr struct {
-    unsigned width, height;
-} kFrames[] = {{720, 480}, {720, 576}, {1280, 720}, {1920, 1080}, {3840, 2160}};
+constexpr struct { int width, height; } kFrames[] = {{720, 480}, {720, 576}, {1280, 720}, {1920, 1080}, {3840, 2160}};
 constexpr unsigned kWhite = 0xFFFFFF, kGrey = 0x808080;
 
 class IndexFixer {
@@ -118,30 +109,37 @@ private:
 
     void takeLine(std::string_view line) {
         const meant::Place place = mSource.placeOf(line.data());
-        Scan in(line);
         if (line.empty() || line.front() == '#') {
             if (line.find("VobSub index file") == line.npos) put(line);
-        } else if (in.eat("timestamp:")) {
-            takeTimestamp(in, place);
-        } else if (in.eat("id:")) {
-            takeId(in, place);
-        } else if (in.eat("delay:")) {
-            takeDelay(in, place);
-        } else if (in.eat("palette:")) {
-            takePalette(in, place);
-        } else if (in.eat("size:")) {
-            takeSize(in, place);
-        } else {
-            const size_t colon = line.find(':');
-            // A keyword without a value would take the next line for one.
-            if (colon != line.npos && colon + 1 < line.size()) put(line);
+            return;
         }
+        Scan in(line);
+        switch (vobsub::eatKeyword(&in)) {
+            case Keyword::Timestamp:
+                return takeTimestamp(in, place);
+            case Keyword::Id:
+                return takeId(in, place);
+            case Keyword::Delay:
+                return takeDelay(in, place);
+            case Keyword::Palette:
+                return takePalette(in, place);
+            case Keyword::Size:
+                return takeSize(in, place);
+            case Keyword::None:
+                return takeOther(line);
+        }
+    }
+
+    /// A keyword without a value would take the next line for one.
+    void takeOther(std::string_view line) {
+        const size_t colon = line.find(':');
+        if (colon != line.npos && colon + 1 < line.size()) put(line);
     }
 
     void takeTimestamp(Scan in, const meant::Place& place) {
         const std::optional<Ms> time = eatTime(&in);
         in.skipAny(" \t,");
-        const std::optional<uint64_t> position = in.eat("filepos:") ? eatPosition(&in) : std::nullopt;
+        const std::optional<uint64_t> position = in.eat("filepos:") ? eatNumber(&in) : std::nullopt;
         constexpr uint64_t kPositions = 1ull << 32;
         constexpr Ms kLast = 100 * 3600000;
         if (!time || !position || *position >= kPositions || *time >= kLast) {
@@ -156,9 +154,7 @@ private:
     }
 
     void takeId(Scan in, const meant::Place& place) {
-        in.skipBlanks();
-        const std::string_view rest = in.rest();
-        const std::string_view code = rest.substr(0, rest.find_first_of(", \t"));
+        const std::string_view code = vobsub::eatLanguage(&in);
         const std::string known = knownLanguage(code);
         if (known != code && isKnown(known))
             changed("vob-language", "The language's code is written as the library knows it.", place);
@@ -166,12 +162,11 @@ private:
         if (isSaid && !isKnown(known))
             mRemarks.add(Kind::NotMended, "vob-language",
                          "The library has no code for the language: the track has none.", place);
-        put("id: " + known + std::string(rest.substr(code.size())));
+        put("id: " + known + std::string(in.rest()));
         ++mTracks;
     }
 
     void takeDelay(Scan in, const meant::Place& place) {
-        in.skipBlanks();
         const char sign = in.eatAny("+-");
         const std::optional<Ms> delay = eatTime(&in);
         if (!delay) {
@@ -187,7 +182,7 @@ private:
         std::string colours;
         size_t count = 0;
         for (; count < 16; ++count) {
-            const std::optional<uint64_t> colour = eatPosition(&in);
+            const std::optional<uint64_t> colour = eatNumber(&in);
             if (!colour) break;
             colours += (count == 0 ? "" : ", ") + hexText("%06llx", *colour & kWhite);
             in.skipAny(" \t,;");
@@ -200,18 +195,13 @@ private:
     }
 
     void takeSize(Scan in, const meant::Place& place) {
-        in.skipBlanks();
-        const Scan::Digits width = in.eatDigits();
-        in.skipBlanks();
-        const bool hasCross = in.eat('x');
-        in.skipBlanks();
-        const Scan::Digits height = in.eatDigits();
+        const vobsub::FrameSize size = vobsub::eatFrameSize(&in);
         constexpr int64_t kMost = 65535;
         const bool isSize =
-            hasCross && width.value > 0 && height.value > 0 && width.value <= kMost && height.value <= kMost;
+            size.hasCross && size.width > 0 && size.height > 0 && size.width <= kMost && size.height <= kMost;
         if (isSize) {
             mHasSize = true;
-            put("size: " + std::to_string(width.value) + "x" + std::to_string(height.value));
+            put("size: " + std::to_string(size.width) + "x" + std::to_string(size.height));
         } else {
             changed("vob-no-size", "The size cannot be read.", place);
         }
@@ -219,9 +209,9 @@ private:
 
     /// The smallest usual frame in which all pictures have room.
     std::string sizeLine() {
-        unsigned width = 0, height = 0;
+        int width = 0, height = 0;
         for (const IndexEntry& entry : mResult.entries) {
-            const std::optional<Picture> picture = pictureAt(mStream, entry.position);
+            const std::optional<vobsub::Picture> picture = pictureAt(mStream, entry.position);
             if (!picture) continue;
             width = std::max(width, picture->right + 1);
             height = std::max(height, picture->bottom + 1);
@@ -245,7 +235,7 @@ private:
         Count counts[16];
         constexpr size_t kLookedAt = 100;
         for (size_t i = 0; i < mResult.entries.size() && i < kLookedAt; ++i) {
-            const std::optional<Picture> picture = pictureAt(mStream, mResult.entries[i].position);
+            const std::optional<vobsub::Picture> picture = pictureAt(mStream, mResult.entries[i].position);
             if (!picture) continue;
             const Usage usage = usageOf(*picture);
             for (size_t code = 0; code < 4; ++code) {
