@@ -67,6 +67,59 @@ private:
     std::vector<Finding>& mFindings;
 };
 
+/// What else an entry would meet if its first cause were mended: codes in its text, and others at the same time.
+class Latent {
+public:
+    Latent(const Scene& scene, std::vector<Finding>* findings) : mScene(scene), mFindings(*findings) {
+        for (const meant::Entry& entry : scene.meant.entries) mInTime.push_back(&entry);
+        std::sort(mInTime.begin(), mInTime.end(), isBefore);
+    }
+
+    /// The findings that are there get theirs behind them.
+    void add() {
+        std::vector<Finding> all;
+        for (const Finding& finding : mFindings) {
+            all.push_back(finding);
+            if ((bit(finding.difference.verdict) & (kLost | kDisplaced | kAltered)) == 0) continue;
+            addCodes(finding, &all);
+            addOverlap(finding, &all);
+        }
+        mFindings = std::move(all);
+    }
+
+private:
+    /// Of one array.
+    static bool isBefore(const meant::Entry* a, const meant::Entry* b) {
+        return a->start != b->start ? a->start < b->start : a < b;
+    }
+
+    void addCodes(const Finding& finding, std::vector<Finding>* all) const {
+        if (finding.difference.shown == nullptr) return;
+        Difference odd = finding.difference;
+        odd.verdict = Verdict::Odd;
+        const Cause* cause = causeBy(kCodeRules, mScene, odd);
+        if (cause != nullptr && cause != finding.cause) all->push_back({cause, odd});
+    }
+
+    /// The next one begins before it is over, so it hides what is left.
+    void addOverlap(const Finding& finding, std::vector<Finding>* all) const {
+        constexpr Ms kTolerance = 2;
+        const meant::Entry& entry = *finding.difference.entry;
+        const auto next = std::upper_bound(mInTime.begin(), mInTime.end(), &entry, isBefore);
+        if (next == mInTime.end() || (*next)->start + kTolerance > entry.end) return;
+        const Cause* cause = findCause((*next)->start == entry.start ? "same-start" : "overlap");
+        if (cause == finding.cause) return;
+        Difference hidden = finding.difference;
+        hidden.verdict = Verdict::Hidden;
+        hidden.when = (*next)->start;
+        all->push_back({cause, hidden});
+    }
+
+    const Scene& mScene;
+    std::vector<Finding>& mFindings;
+    std::vector<const meant::Entry*> mInTime;
+};
+
 }  // namespace
 
 std::vector<Finding> explain(const Scene& bare, const Comparison& comparison) {
@@ -83,10 +136,12 @@ std::vector<Finding> explain(const Scene& bare, const Comparison& comparison) {
         const Cause* cause = causeBy(kFileRules, scene, difference);
         if (cause == nullptr) cause = causeBy(rulesFor(scene.meant.format), scene, difference);
         if (cause == nullptr) cause = causeBy(kCommonRules, scene, difference);
+        if (cause == nullptr) cause = causeBy(kCodeRules, scene, difference);
         if (cause == nullptr) cause = causeBy(kLastRules, scene, difference);
         findings.push_back({cause, difference});
     }
     Consequences(&findings).name();
+    Latent(scene, &findings).add();
     return findings;
 }
 

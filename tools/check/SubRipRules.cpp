@@ -65,7 +65,7 @@ bool srtFractionDigits(const Scene& scene, const Difference& difference) {
     const TimeLine line = timeLineOf(scene, difference);
     constexpr size_t kMilliseconds = 3;
     const auto isShort = [&](size_t i) { return i < line.numbers.size() && line.numbers[i].size() != kMilliseconds; };
-    return isShort(3) || isShort(7);
+    return difference.verdict == Verdict::Hidden ? isShort(7) && endsElsewhere(difference) : isShort(3) || isShort(7);
 }
 
 /// The time line of another entry stands in the text.
@@ -134,7 +134,7 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-utf16-shape", kLost, srtUtf16Shape},
     {"srt-no-hours", kLost, srtNoHours},
     {"srt-no-fraction", kLost, srtNoFraction},
-    {"srt-fraction-digits", kDisplaced | kAltered, srtFractionDigits},
+    {"srt-fraction-digits", kDisplaced | kAltered | kHidden, srtFractionDigits},
     {"srt-empty-entry", kFalse, srtEmptyEntry},
     {"srt-tag-at-end-lf", kAltered, srtTagAtEndLf},
     {"srt-no-blank-line", kAltered, srtNoBlankLine},
