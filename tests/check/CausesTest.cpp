@@ -27,7 +27,7 @@ TEST(Causes, HaveNamesOfTheirOwnAndSentences) {
 
 TEST(Causes, OfRulesAreKnown) {
     for (const std::vector<Rule>* rules :
-         {&kFileRules, &kWholeFileRules, &kCommonRules, &kCodeRules, &kLastRules, &kSubRipRules, &kSubStationAlphaRules,
+         {&kFileRules, &kWholeFileRules, &kCommonRules, &kLastRules, &kSubRipRules, &kSubStationAlphaRules,
           &kMicroDvdRules, &kSubViewer20Rules, &kSubViewer10Rules, &kTimedTextRules, &kDvbTextRules, &kSamiRules})
         for (const Rule& rule : *rules) EXPECT_NE(nullptr, findCause(rule.cause)) << rule.cause;
 }

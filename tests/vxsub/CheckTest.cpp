@@ -252,6 +252,9 @@ TEST(Check, FindsSeveralCausesOfAnEntry) {
          {"sv2-hundredths", "break-br", "overlap"}},
         {".sub", "0:00:01:12 0:00:04:00   a\n0:00:05:00 0:00:06:00   b\n", {"dvb-frames", "dvb-lf"}},
         {".srt",
+         "1\n00:00:01,000 --> 00:00:02,000\n{\\an8}<i>a</i>\n\n" + kBLf,
+         {"srt-tag-at-end-lf", "srt-braces-shown"}},
+        {".srt",
          "1\r\n00:00:01 --> 00:00:02,000\r\na\r\n\r\n2\r\n00:00:01 --> 00:00:02,000\r\nb\r\n\r\n",
          {"srt-no-fraction", "same-start"}},
     };

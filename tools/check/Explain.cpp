@@ -97,8 +97,10 @@ private:
         if (finding.difference.shown == nullptr) return;
         Difference odd = finding.difference;
         odd.verdict = Verdict::Odd;
-        const Cause* cause = causeBy(kCodeRules, mScene, odd);
-        if (cause != nullptr && cause != finding.cause) all->push_back({cause, odd});
+        for (const auto* rules : {&rulesFor(mScene.meant.format), &kCommonRules})
+            for (const Rule& rule : *rules)
+                if (rule.isCode && findCause(rule.cause) != finding.cause && rule.holds(mScene, odd))
+                    all->push_back({findCause(rule.cause), odd});
     }
 
     /// The next one begins before it is over, so it hides what is left.
@@ -136,7 +138,6 @@ std::vector<Finding> explain(const Scene& bare, const Comparison& comparison) {
         const Cause* cause = causeBy(kFileRules, scene, difference);
         if (cause == nullptr) cause = causeBy(rulesFor(scene.meant.format), scene, difference);
         if (cause == nullptr) cause = causeBy(kCommonRules, scene, difference);
-        if (cause == nullptr) cause = causeBy(kCodeRules, scene, difference);
         if (cause == nullptr) cause = causeBy(kLastRules, scene, difference);
         findings.push_back({cause, difference});
     }

@@ -282,12 +282,9 @@ const std::vector<Rule> kCommonRules = {
     {"overlap", kHidden, overlap},
     {"not-ascending", kHidden, notAscending},
     {"text-angle-brackets", kAltered, textAngleBrackets},
-};
-
-const std::vector<Rule> kCodeRules = {
-    {"break-N", kOdd | kAltered, breakN},
-    {"break-bar", kOdd | kAltered, breakBar},
-    {"break-br", kOdd | kAltered, breakBr},
+    {"break-N", kOdd | kAltered, breakN, true},
+    {"break-bar", kOdd | kAltered, breakBar, true},
+    {"break-br", kOdd | kAltered, breakBr, true},
 };
 
 const std::vector<Rule> kLastRules = {

@@ -21,6 +21,7 @@ struct Rule {
     const char* cause;
     Verdicts verdicts;  ///< which it may explain
     bool (*holds)(const Scene& scene, const Difference& difference);
+    bool isCode = false;  ///< a code that is shown: told whatever else is wrong with the entry
 };
 
 /// Of what is the whole file's; each that holds is told.
@@ -31,9 +32,6 @@ extern const std::vector<Rule> kFileRules;
 
 /// Of entries in any format; asked behind those of the format.
 extern const std::vector<Rule> kCommonRules;
-
-/// Of codes in any format's texts, whatever else is wrong with the entry.
-extern const std::vector<Rule> kCodeRules;
 
 /// Of entries in any format; asked last.
 extern const std::vector<Rule> kLastRules;
