@@ -36,6 +36,7 @@ TEST(MeantEncoding, MarksAndContent) {
         {"\xFF\xFE\0\0"s + wide(text, 4, false), "UTF-32LE", EncodingFrom::Mark},
         {"\0\0\xFE\xFF"s + wide(text, 4, true), "UTF-32BE", EncodingFrom::Mark},
         {text + "\x1B$B$\"\x1B(B\n", "ISO-2022-JP", EncodingFrom::Content},
+        {text + "\x1B$B\n", "ASCII", EncodingFrom::Content},
         {wide(text, 2, false), "UTF-16LE", EncodingFrom::Content},
         {wide(text, 2, true), "UTF-16BE", EncodingFrom::Content},
         {wide(text, 4, false), "UTF-32LE", EncodingFrom::Content},

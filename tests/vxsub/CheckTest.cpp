@@ -156,6 +156,7 @@ const std::vector<Row>& rowsOfScripts() {
 const std::vector<Row>& rowsOfSub() {
     static const std::vector<Row> kRows = {
         {"mdvd-unmarked-zero", ".sub", "{25}{50}a\r\n{75}{100}b\r\n"},
+        {"mdvd-unmarked-zero", ".sub", "{25}{50}\x1B$B$\"\x1B(B\r\n{75}{100}b\r\n"},
         {"mdvd-unmarked-first-two", ".sub", "{1}{50}a\r\n{75}{100}b\r\n{125}{150}c\r\n"},
         {"mdvd-unmarked-rate-line", ".sub", "{1}{1}25\r\n{25}{50}a\r\n{75}{100}b\r\n", 2},
         {"mdvd-rate-29", ".sub", kMark + "{25}{50}a\r\n{75}{100}b\r\n"},

@@ -127,9 +127,10 @@ bool isRare(const std::string& name) {
     return std::any_of(std::begin(kRare), std::end(kRare), begins);
 }
 
-/// ASCII alone, with the escape sequences that begin Japanese characters.
+/// ASCII alone, with the escape sequences that begin and end Japanese characters.
 bool isIso2022Jp(std::string_view bytes) {
-    return bytes.find("\x1B$B"sv) != bytes.npos || bytes.find("\x1B$@"sv) != bytes.npos;
+    const auto has = [bytes](std::string_view escape) { return bytes.find(escape) != bytes.npos; };
+    return (has("\x1B$B") || has("\x1B$@")) && (has("\x1B(B") || has("\x1B(J"));
 }
 
 /// More bytes beyond ASCII than letters: no text in Latin letters, whatever was guessed.
