@@ -83,6 +83,7 @@ const std::vector<Row>& rowsOfSubRip() {
         {"zeros-in-text", ".srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\na\0b\r\n\r\n"s, 2},
         {"cr-only", ".srt", "1\r00:00:01,000 --> 00:00:02,000\ra\r\r2\r00:00:03,000 --> 00:00:04,000\rb\r\r", 2},
         {"cr-cr-lf", ".srt", "1\r\r\n00:00:01,000 --> 00:00:02,000\r\r\na\r\r\n\r\r\n" + kB, 2},
+        {"break-br", ".srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\na[br]b\r\n\r\n", 2},
         {"text-br", ".srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\na<br />b\r\n\r\n", 2},
         {"wrong-extension", ".sub", kA + kB, 2},
         {"not-supported", ".srt", "WEBVTT\n\n00:01.000 --> 00:02.000\na\n", 0},
