@@ -27,8 +27,8 @@ TEST(Causes, HaveNamesOfTheirOwnAndSentences) {
 
 TEST(Causes, OfRulesAreKnown) {
     for (const std::vector<Rule>* rules :
-         {&kFileRules, &kCommonRules, &kSubRipRules, &kSubStationAlphaRules, &kMicroDvdRules, &kSubViewer20Rules,
-          &kSubViewer10Rules, &kTimedTextRules, &kDvbTextRules, &kSamiRules})
+         {&kFileRules, &kWholeFileRules, &kCommonRules, &kLastRules, &kSubRipRules, &kSubStationAlphaRules,
+          &kMicroDvdRules, &kSubViewer20Rules, &kSubViewer10Rules, &kTimedTextRules, &kDvbTextRules, &kSamiRules})
         for (const Rule& rule : *rules) EXPECT_NE(nullptr, findCause(rule.cause)) << rule.cause;
 }
 

@@ -55,6 +55,7 @@ TEST(Compare, WhatIsAnsweredAtStartMiddleAndEnd) {
     EXPECT_EQ("1 right, hidden 2999", verdictsOf({a, b}, {{1000, 5000, "a"}, {2000, 4000, "b"}}));
     EXPECT_EQ("0 right, hidden 4998", verdictsOf({a}, {{1000, 4500, "a"}}));
     EXPECT_EQ("1 right", verdictsOf({entry(-1, 1000, "a")}, {{0, 1000, "a"}}));
+    EXPECT_EQ("1 right, odd 1000, hidden 2999", verdictsOf({a, b}, {{1000, 5000, "{\\an8}a"}, {2000, 4000, "b"}}));
     // Another entry of the same text will do.
     EXPECT_EQ("2 right", verdictsOf({a, entry(2000, 6000, "a")}, {{1000, 5000, "a"}, {2000, 6000, "a"}}));
 }

@@ -68,6 +68,7 @@ TEST(Fix, SaysWhatIsNotAsTheFileSays) {
         return listed(fixed("srt", "1\n0:0:1,0 --> 0:0:2,0\n" + text + "\n").remarks);
     };
     EXPECT_EQ("text-angle-brackets 1", remarksOf("a <word> b"));
+    EXPECT_EQ("text-braces 1", remarksOf("a {word} b"));
     EXPECT_EQ("! text-too-long 1", remarksOf(std::string(9000, 'x')));
     EXPECT_EQ("srt-text-as-time-line 1", remarksOf("a\n20h30, 21h00.\n12:30, 13:30"));
     const Result overlap = fixed("srt", "1\n0:0:1,0 --> 0:0:5,0\na\n\n2\n0:0:2,0 --> 0:0:3,0\nb\n");
@@ -100,8 +101,8 @@ TEST(Fix, RefusesWhatIsNoSubtitleFile) {
         const char* file;
         const char* refusal;
     } kRows[] = {
-        {"", "is no subtitle file: an empty file"},
-        {"Hello", "is no subtitle file: text without times of any known form"},
+        {"", "is no subtitle file but an empty file"},
+        {"Hello", "is no subtitle file but text without times of any known form"},
         {"WEBVTT\n\n00:01.000 --> 00:02.000\na\n", "holds WebVTT, which cannot be mended"},
         {"1\n00:00:01,000 --> 00:00:02,000\n\n", "holds SubRip without entries"},
     };

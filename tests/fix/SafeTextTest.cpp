@@ -18,7 +18,7 @@ TEST(SafeText, StaysAsItIs) {
          {"a", "a\nb", "a < b > c", "I <3 you", "{ \\an8}", "{1}", "a > b", "<", "{", "a <b", "a {b"}) {
         Changes changes;
         EXPECT_EQ(text, safeText(text, Letters::Utf8, Brackets::WithLetters, &changes));
-        EXPECT_FALSE(changes.brackets || changes.isCut || changes.hasTimes) << text;
+        EXPECT_FALSE(changes.angles || changes.braces || changes.isCut || changes.hasTimes) << text;
     }
 }
 
@@ -34,7 +34,7 @@ TEST(SafeText, BracketsThatWouldBeEaten) {
     for (const auto& row : kRows) {
         Changes changes;
         EXPECT_EQ(row.safe, safeText(row.text, Letters::Utf8, Brackets::WithLetters, &changes));
-        EXPECT_EQ(std::string(row.safe) != row.text, changes.brackets) << row.text;
+        EXPECT_EQ(std::string(row.safe) != row.text, changes.angles || changes.braces) << row.text;
     }
 }
 

@@ -35,6 +35,8 @@ TEST(MeantEncoding, MarksAndContent) {
         {"\xFE\xFF" + wide(text, 2, true), "UTF-16BE", EncodingFrom::Mark},
         {"\xFF\xFE\0\0"s + wide(text, 4, false), "UTF-32LE", EncodingFrom::Mark},
         {"\0\0\xFE\xFF"s + wide(text, 4, true), "UTF-32BE", EncodingFrom::Mark},
+        {text + "\x1B$B$\"\x1B(B\n", "ISO-2022-JP", EncodingFrom::Content},
+        {text + "\x1B$B\n", "ASCII", EncodingFrom::Content},
         {wide(text, 2, false), "UTF-16LE", EncodingFrom::Content},
         {wide(text, 2, true), "UTF-16BE", EncodingFrom::Content},
         {wide(text, 4, false), "UTF-32LE", EncodingFrom::Content},
@@ -163,6 +165,20 @@ TEST(MeantEncoding, TheSystemGuesses) {
         EXPECT_EQ(EncodingFrom::Guessed, file.encoding.from);
         EXPECT_EQ("1000-2000 " + std::string(row.utf8), listed(file));
     }
+}
+
+TEST(MeantEncoding, TheCharactersOfHongKong) {
+    const File file =
+        read(kTimes +
+                 "\xCA\x5C\x92\x5D\x9D\xF6\xC3\xE4\xAB\xD7\xA7\x72\xA1\x48\xA7\xDA\x92\x5D\xAD\xF8\xAA\xBE\xA1\x43"
+                 "\n",
+             {}, systemEncodings());
+    EXPECT_EQ("BIG5-HKSCS", file.encoding.name);
+    EXPECT_EQ(
+        "1000-2000 "
+        "\xE4\xBD\xA2\xE5\x93\x8B\xE5\x96\xBA\xE9\x82\x8A\xE5\xBA\xA6\xE5\x91\x80\xEF\xBC\x9F\xE6\x88\x91\xE5\x93\x8B"
+        "\xE5\x94\x94\xE7\x9F\xA5\xE3\x80\x82",
+        listed(file));
 }
 
 TEST(MeantEncoding, TheSystemConverts) {

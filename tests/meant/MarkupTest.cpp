@@ -65,7 +65,7 @@ TEST(MeantMarkup, Drawings) {
 }
 
 TEST(MeantMarkup, Breaks) {
-    expectTexts({}, {{"a\\Nb\\nc\\hd|e[br]f\\", "a\nb\\nc\\hd|e[br]f\\"}});
+    expectTexts({}, {{"a\\Nb\\nc\\hd|e[br]f\\", "a\nb\\nc\\hd|e\nf\\"}});
     Markup markup = markupWithBars();
     markup.backslashes = true;
     expectTexts(markup, {{"a\\Nb\\nc\\hd|e[br]f[BR]g\\x[b]", "a\nb\nc d\ne\nf\ng\\x[b]"}});

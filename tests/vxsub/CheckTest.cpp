@@ -55,6 +55,7 @@ const std::vector<Row>& rowsOfSubRip() {
         {"srt-no-fraction", ".srt", "1\r\n00:00:01 --> 00:00:02,000\r\na\r\n\r\n" + kB, 2},
         {"srt-no-hours", ".srt", kB + "1\r\n00:05,000 --> 00:06,000\r\na\r\n\r\n", 6},
         {"srt-fraction-digits", ".srt", "1\r\n0:0:1,5 --> 0:0:2,5\r\na\r\n\r\n", 2},
+        {"srt-fraction-digits", ".srt", "1\r\n00:00:01,0 --> 00:00:02,5\r\na\r\n\r\n", 2},
         {"srt-utf16-shape", ".srt", utf16le("1\r\n0:00:01,000 --> 0:00:02,000\r\na\r\n\r\n"), 2},
         {"srt-mark-on-time-line", ".srt", kMark + kA.substr(3)},
         {"mark-inside", ".srt", kA + kMark + kB.substr(3), 5},
@@ -81,6 +82,9 @@ const std::vector<Row>& rowsOfSubRip() {
         {"utf32", ".srt", "\xFF\xFE\0\0"s + utf16le(utf16le(kA, false), false), 2},
         {"zeros-in-text", ".srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\na\0b\r\n\r\n"s, 2},
         {"cr-only", ".srt", "1\r00:00:01,000 --> 00:00:02,000\ra\r\r2\r00:00:03,000 --> 00:00:04,000\rb\r\r", 2},
+        {"cr-cr-lf", ".srt", "1\r\r\n00:00:01,000 --> 00:00:02,000\r\r\na\r\r\n\r\r\n" + kB, 2},
+        {"break-br", ".srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\na[br]b\r\n\r\n", 2},
+        {"text-br", ".srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\na<br />b\r\n\r\n", 2},
         {"wrong-extension", ".sub", kA + kB, 2},
         {"not-supported", ".srt", "WEBVTT\n\n00:01.000 --> 00:02.000\na\n", 0},
         {"taken-for-another", ".srt", "WEBVTT\n\n00:00:01.000 --> 00:00:02.000\na\n", 0},
@@ -105,6 +109,10 @@ const std::vector<Row>& rowsOfScripts() {
          2},
         {"ssa-fraction", ".ass", event("0:00:01.500", "0:00:09.00", "a")},
         {"ssa-time-width", ".ass", event("00:00:01.50", "0:00:02.00", "a")},
+        {"ssa-field-order", ".ass",
+         "Format: Layer, End, Start, Style, Name, MarginL, MarginR, MarginV, Effect, Text\r\n" +
+             event("0:00:02.00", "0:00:01.00", "a"),
+         2},
         {"ssa-event-form", ".ass", event("0:00:01", "0:00:02.00", "a")},
         {"ssa-drawing", ".ass", event("0:00:01.00", "0:00:02.00", "{\\p1}m 0 0 l 1 1{\\p0}"), 1},
         {"ssa-utf16be-markup", ".ass", utf16be("[Events]\r\n" + event("0:00:01.00", "0:00:02.00", "{\\i1}a{\\i0}b")),
@@ -149,6 +157,7 @@ const std::vector<Row>& rowsOfScripts() {
 const std::vector<Row>& rowsOfSub() {
     static const std::vector<Row> kRows = {
         {"mdvd-unmarked-zero", ".sub", "{25}{50}a\r\n{75}{100}b\r\n"},
+        {"mdvd-unmarked-zero", ".sub", "{25}{50}\x1B$B$\"\x1B(B\r\n{75}{100}b\r\n"},
         {"mdvd-unmarked-first-two", ".sub", "{1}{50}a\r\n{75}{100}b\r\n{125}{150}c\r\n"},
         {"mdvd-unmarked-rate-line", ".sub", "{1}{1}25\r\n{25}{50}a\r\n{75}{100}b\r\n", 2},
         {"mdvd-rate-29", ".sub", kMark + "{25}{50}a\r\n{75}{100}b\r\n"},
@@ -185,6 +194,7 @@ const std::vector<Row>& rowsOfSub() {
         {"dvb-mark", ".sub", kMark + "0:00:01:00 0:00:04:00   a\r\n0:00:05:00 0:00:06:00   b\r\n"},
         {"dvb-big-endian", ".sub", utf16be("0:00:01:00 0:00:04:00   a\r\n")},
         {"dvb-utf16", ".sub", utf16le("0:00:01:00 0:00:04:00   a\n0:00:05:00 0:00:06:00   b\n")},
+        {"dvb-lf", ".sub", "0:00:01:00 0:00:04:00   a\n0:00:05:00 0:00:06:00   b\n"},
         {"dvb-text-column", ".sub", "0:00:01:00 0:00:04:00 abc\r\n"},
         {"dvb-time-form", ".sub", "0:00:01:00 0:00:04:00   a\r\n9:9:9:9.9:9:9:9            words\r\n"},
     };
@@ -225,6 +235,38 @@ void expectFound(const std::vector<Row>& rows) {
     for (const Row& row : rows) {
         const TempFile file(row.bytes, row.ending);
         expectIn(reportOf(file.path(), row), row.cause, row.line);
+    }
+}
+
+/// One cause does not keep another from being told.
+TEST(Check, FindsSeveralCausesOfAnEntry) {
+    const struct {
+        const char* ending;
+        std::string bytes;
+        std::vector<const char*> causes;
+    } kRows[] = {
+        {".ass",
+         event("0:00:01.00", "0:00:05.00", "a\\Nb") + event("0:00:03.00", "0:00:04.00", "c"),
+         {"break-N", "overlap"}},
+        {".sub", "{25}{50}a\r\n{75}{100}c|d\r\n", {"mdvd-unmarked-zero", "break-bar"}},
+        {".sub",
+         "00:00:01.50,00:00:04.00\r\na[br]b\r\n\r\n00:00:02.50,00:00:03.00\r\nc\r\n",
+         {"sv2-hundredths", "break-br", "overlap"}},
+        {".sub", "0:00:01:12 0:00:04:00   a\n0:00:05:00 0:00:06:00   b\n", {"dvb-frames", "dvb-lf"}},
+        {".srt",
+         "1\n00:00:01,000 --> 00:00:02,000\n{\\an8}<i>a</i>\n\n" + kBLf,
+         {"srt-tag-at-end-lf", "srt-braces-shown"}},
+        {".srt",
+         "1\r\n00:00:01 --> 00:00:02,000\r\na\r\n\r\n2\r\n00:00:01 --> 00:00:02,000\r\nb\r\n\r\n",
+         {"srt-no-fraction", "same-start"}},
+    };
+    for (const auto& row : kRows) {
+        const TempFile file(row.bytes, row.ending);
+        for (const char* cause : row.causes) {
+            const std::string names = namesOf(reportOf(file.path(), Row()));
+            EXPECT_NE(std::string::npos, names.find(cause + ":"s)) << cause << ", but:" << names;
+            EXPECT_EQ(std::string::npos, names.find("unexplained")) << names;
+        }
     }
 }
 

@@ -51,8 +51,8 @@ TEST_F(VxsubFix, WritesBesideTheFile) {
                   "  mended: srt-fraction-digits 1, text-angle-brackets 1\n"
                   "  changed: " +
                   movie +
-                  ":6: [text-angle-brackets] What stands in brackets would be taken for markup: they are written in "
-                  "full width.\n",
+                  ":6: [text-angle-brackets] Words in angle brackets would be taken for markup: they are written "
+                  "in full width.\n",
               outcome.out);
     EXPECT_EQ("", outcome.err);
     EXPECT_EQ(0, outcome.status);
@@ -134,12 +134,12 @@ TEST_F(VxsubFix, OtherFiles) {
         const char* bytes;
         const char* message;
     } kRows[] = {
-        {"empty.srt", "", "is no subtitle file: an empty file"},
+        {"empty.srt", "", "is no subtitle file but an empty file"},
         {"web.srt", "WEBVTT\n\n00:01.000 --> 00:02.000\na\n", "holds WebVTT, which cannot be mended"},
         {"script.srt",
          "\x7F"
          "ELF\1\1\1",
-         "is no subtitle file: an executable"},
+         "is no subtitle file but an executable"},
     };
     for (const auto& row : kRows) {
         const std::string file = put(row.name, row.bytes);

@@ -123,8 +123,8 @@ TEST(TextFormats, ThatRefuseAFileAreNamed) {
                                      {"dvb", "DVB subtitle system"}}) {
         const Outcome outcome = runVxsub({"list", "--type", type, file.path()});
         EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.err,
-                  "vxsub: "s + file.path() + ": the library refuses it as " + name + " (--log shows what it says)\n");
+        EXPECT_EQ(outcome.err, "vxsub: "s + file.path() + ": the library refuses it as " + name +
+                                   " (vxsub check says why, --log shows what it says)\n");
     }
 }
 

@@ -121,20 +121,22 @@ private:
             add({Verdict::Displaced, &entry, &shown, entry.start});
         } else if (mMeantTexts[i] == mTexts[mPartners[i]]) {
             if (isAnswered(i)) ++mResult.right;
+        } else if (mBareMeantTexts[i] == mBareTexts[mPartners[i]]) {
+            add({Verdict::Odd, &entry, &shown, entry.start});
+            isAnswered(i);
         } else {
-            const bool isOdd = mBareMeantTexts[i] == mBareTexts[mPartners[i]];
-            add({isOdd ? Verdict::Odd : Verdict::Altered, &entry, &shown, entry.start});
+            add({Verdict::Altered, &entry, &shown, entry.start});
         }
     }
 
-    /// Asked at start, middle and end; what is answered may be another entry with the same text.
+    /// Asked at start, middle and end; what is answered may be another entry with the same text. If not, it is told.
     bool isAnswered(size_t i) {
         const meant::Entry& entry = mMeant.entries[i];
         const Ms start = std::max<Ms>(entry.start, 0);
         const Ms last = std::max(start, entry.end - 1 - kTolerance);
         for (const Ms time : {start, start + (last - start) / 2, last}) {
             const std::optional<size_t> answer = mShown.at ? mShown.at(time) : std::nullopt;
-            if (answer && (*answer == mPartners[i] || mTexts[*answer] == mMeantTexts[i])) continue;
+            if (answer && mTexts[*answer] == mTexts[mPartners[i]]) continue;
             const ShownEntry* instead = answer ? &mShown.entries[*answer] : nullptr;
             add({Verdict::Hidden, &entry, &mShown.entries[mPartners[i]], time, instead});
             return false;

@@ -53,6 +53,11 @@ bool dvbTextColumn(const Scene& scene, const Difference& difference) {
 
 bool dvbUtf16(const Scene& scene, const Difference&) { return isWide(scene.meant.encoding); }
 
+/// With a wrong time as well, the entry is both lost and false.
+bool dvbLf(const Scene& scene, const Difference& difference) {
+    return hasBareLf(scene) && (difference.shown == nullptr || difference.shown->text.find('\n') != std::string::npos);
+}
+
 }  // namespace
 
 const std::vector<Rule> kDvbTextRules = {
@@ -62,7 +67,9 @@ const std::vector<Rule> kDvbTextRules = {
     {"dvb-mark", kLost, dvbMark},
     {"dvb-utf16", kAltered, dvbUtf16},
     {"dvb-text-column", kAltered, dvbTextColumn},
-    {"dvb-frames", kDisplaced | kHidden | kAltered, dvbFrames},
+    {"dvb-frames", kLost | kDisplaced | kHidden, dvbFrames},
+    {"dvb-lf", kLost | kAltered | kFalse, dvbLf},
+    {"dvb-frames", kAltered, dvbFrames},
 };
 
 }  // namespace check

@@ -67,6 +67,61 @@ private:
     std::vector<Finding>& mFindings;
 };
 
+/// What else an entry would meet if its first cause were mended: codes in its text, and others at the same time.
+class Latent {
+public:
+    Latent(const Scene& scene, std::vector<Finding>* findings) : mScene(scene), mFindings(*findings) {
+        for (const meant::Entry& entry : scene.meant.entries) mInTime.push_back(&entry);
+        std::sort(mInTime.begin(), mInTime.end(), isBefore);
+    }
+
+    /// The findings that are there get theirs behind them.
+    void add() {
+        std::vector<Finding> all;
+        for (const Finding& finding : mFindings) {
+            all.push_back(finding);
+            if ((bit(finding.difference.verdict) & (kLost | kDisplaced | kAltered)) == 0) continue;
+            addCodes(finding, &all);
+            addOverlap(finding, &all);
+        }
+        mFindings = std::move(all);
+    }
+
+private:
+    /// Of one array.
+    static bool isBefore(const meant::Entry* a, const meant::Entry* b) {
+        return a->start != b->start ? a->start < b->start : a < b;
+    }
+
+    void addCodes(const Finding& finding, std::vector<Finding>* all) const {
+        if (finding.difference.shown == nullptr) return;
+        Difference odd = finding.difference;
+        odd.verdict = Verdict::Odd;
+        for (const auto* rules : {&rulesFor(mScene.meant.format), &kCommonRules})
+            for (const Rule& rule : *rules)
+                if (rule.isCode && findCause(rule.cause) != finding.cause && rule.holds(mScene, odd))
+                    all->push_back({findCause(rule.cause), odd});
+    }
+
+    /// The next one begins before it is over, so it hides what is left.
+    void addOverlap(const Finding& finding, std::vector<Finding>* all) const {
+        constexpr Ms kTolerance = 2;
+        const meant::Entry& entry = *finding.difference.entry;
+        const auto next = std::upper_bound(mInTime.begin(), mInTime.end(), &entry, isBefore);
+        if (next == mInTime.end() || (*next)->start + kTolerance > entry.end) return;
+        const Cause* cause = findCause((*next)->start == entry.start ? "same-start" : "overlap");
+        if (cause == finding.cause) return;
+        Difference hidden = finding.difference;
+        hidden.verdict = Verdict::Hidden;
+        hidden.when = (*next)->start;
+        all->push_back({cause, hidden});
+    }
+
+    const Scene& mScene;
+    std::vector<Finding>& mFindings;
+    std::vector<const meant::Entry*> mInTime;
+};
+
 }  // namespace
 
 std::vector<Finding> explain(const Scene& bare, const Comparison& comparison) {
@@ -87,6 +142,7 @@ std::vector<Finding> explain(const Scene& bare, const Comparison& comparison) {
         findings.push_back({cause, difference});
     }
     Consequences(&findings).name();
+    Latent(scene, &findings).add();
     return findings;
 }
 

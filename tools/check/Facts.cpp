@@ -6,6 +6,8 @@
 namespace check {
 namespace {
 
+using namespace std::literals;
+
 constexpr size_t kMark = 2;  // bytes, of 16-bit text
 
 /// Units of 16-bit text, with the byte that is 0 in ASCII first or last.
@@ -90,6 +92,22 @@ void lookAtElements(std::string_view bytes, Facts* facts) {
     }
 }
 
+/// A script's Format line of events that has not Start, End and Text where the library looks for them.
+bool hasOtherFields(std::string_view line) {
+    meant::Scan in(line);
+    if (!in.eat("Format:")) return false;
+    std::vector<std::string> fields(1);
+    for (const char c : in.rest()) {
+        if (c == ',')
+            fields.emplace_back();
+        else if (c != ' ' && c != '\t')
+            fields.back() += meant::lower(c);
+    }
+    const auto isField = [&](size_t i, const char* name) { return i < fields.size() && fields[i] == name; };
+    const bool isOfEvents = std::find(fields.begin(), fields.end(), "text") != fields.end();
+    return isOfEvents && !(isField(1, "start") && isField(2, "end") && isField(9, "text"));
+}
+
 void lookAtLine(const Scene& scene, size_t offset, std::string_view line, Facts* facts) {
     const size_t begin = std::min(line.find_first_not_of(" \t\v\f"), line.size());
     const std::string_view text = line.substr(begin);
@@ -97,6 +115,7 @@ void lookAtLine(const Scene& scene, size_t offset, std::string_view line, Facts*
     const size_t firstEntry = scene.meant.entries.empty() ? SIZE_MAX : scene.meant.entries.front().place.offset;
     if (beginsWithDigit && facts->firstDigitLine.empty()) facts->firstDigitLine = text;
     if (offset < firstEntry && text.size() > 1 && isDigit(text[1])) facts->hasSecondDigit = true;
+    if (scene.meant.format == meant::Format::SubStationAlpha) facts->hasOtherFields |= hasOtherFields(text);
     if (isUsualLine(scene.meant.format, text)) return;
     facts->hasStrayNumbers |= beginsWithDigit && countNumbers(text) >= 4;
     if (facts->looseLine == SIZE_MAX && isNearly(scene.meant.format, text)) facts->looseLine = offset;
@@ -151,6 +170,8 @@ Facts factsOf(const Scene& scene) {
         lookAtBytes(scene, &facts);
     for (const meant::Entry& entry : scene.meant.entries) lookAtEntry(scene, entry, &facts);
     lookAtStrayLines(scene, &facts);
+    for (const std::string_view end : {"\r\r\n"sv, "\r\0\r\0\n\0"sv, "\0\r\0\r\0\n"sv})
+        facts.hasDoubleCr |= scene.bytes.find(end) != scene.bytes.npos;
     if (scene.meant.format == meant::Format::Sami) lookAtElements(scene.bytes, &facts);
     size_t offset = isWide(scene.meant.encoding) ? kMark : 0;
     if (scene.bytes.substr(0, 3) == "\xEF\xBB\xBF") offset = 3;

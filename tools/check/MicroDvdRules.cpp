@@ -15,7 +15,8 @@ bool subMark(const Scene& scene, const Difference&) {
 /// The library takes the file for UTF-8, and passes over a mark that is not there.
 bool isUnmarked(const Scene& scene) {
     const meant::Encoding& encoding = scene.meant.encoding;
-    return (encoding.name == "UTF-8" || encoding.name == "ASCII") && encoding.from != meant::EncodingFrom::Mark;
+    const bool isAscii = encoding.name == "ASCII" || encoding.name == "ISO-2022-JP";  // as bytes go
+    return (encoding.name == "UTF-8" || isAscii) && encoding.from != meant::EncodingFrom::Mark;
 }
 
 bool mdvdUnmarkedRateLine(const Scene& scene, const Difference&) {

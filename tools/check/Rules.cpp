@@ -2,6 +2,7 @@
 #include "tools/check/Rules.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace check {
 namespace {
@@ -63,6 +64,9 @@ bool zerosInText(const Scene& scene, const Difference& difference) {
     return scene.bytes.substr(entry.place.offset, entry.behind - entry.place.offset).find('\0') != std::string::npos;
 }
 
+/// CR CR LF is a line end and an empty line to nobody but a person.
+bool crCrLf(const Scene& scene, const Difference&) { return scene.facts->hasDoubleCr; }
+
 /// CR among other line ends: a line that does not end, or a blank one that is none.
 bool crAmongOthers(const Scene& scene, const Difference& difference) {
     const meant::Entry& entry = *difference.entry;
@@ -88,6 +92,15 @@ bool trailByteBrace(const Scene& scene, const Difference& difference) {
     for (size_t open = text.find('{'); open != text.npos; open = text.find('{', open + 1))
         if (open > 0 && static_cast<unsigned char>(text[open - 1]) >= 0x81 && scene.meant.encoding.name != "UTF-8")
             return true;
+    return false;
+}
+
+/// <br> goes as any other element does. SAMI has names of its own for that.
+bool textBr(const Scene& scene, const Difference& difference) {
+    if (scene.meant.format == meant::Format::Sami) return false;
+    const std::string text = rawText(scene, difference);
+    for (size_t at = text.find('<'); at != text.npos; at = text.find('<', at + 1))
+        if (meant::Scan(std::string_view(text).substr(at)).eat("<br")) return true;
     return false;
 }
 
@@ -269,13 +282,14 @@ const std::vector<Rule> kCommonRules = {
     {"overlap", kHidden, overlap},
     {"not-ascending", kHidden, notAscending},
     {"text-angle-brackets", kAltered, textAngleBrackets},
-    {"break-N", kOdd | kAltered, breakN},
-    {"break-bar", kOdd | kAltered, breakBar},
-    {"break-br", kOdd | kAltered, breakBr},
+    {"break-N", kOdd | kAltered, breakN, true},
+    {"break-bar", kOdd | kAltered, breakBar, true},
+    {"break-br", kOdd | kAltered, breakBr, true},
 };
 
 const std::vector<Rule> kLastRules = {
     {"zeros-in-text", kAny, zerosInText},
+    {"cr-cr-lf", kAny, crCrLf},
     {"cr-only", kAltered, crAmongOthers},
     {"text-too-long", kAltered, textTooLong},
     {"srt-blank-line-in-text", kAltered, srtBlankLineInText},
@@ -283,6 +297,7 @@ const std::vector<Rule> kLastRules = {
     {"text-braces", kAltered, textBraces},
     {"text-block-at-line-end", kAltered, textBlockAtLineEnd},
     {"text-brace-unclosed", kAltered | kOdd, textBraceUnclosed},
+    {"text-br", kAltered, textBr},
     {"text-tag-at-line-end", kAltered, textTagAtLineEnd},
     {"text-open-bracket", kAltered | kLost | kOdd | kFalse, textOpenBracket},
     {"srt-time-form", kAny, timeForm<meant::Format::SubRip>},
@@ -345,6 +360,11 @@ std::string linesOf(const Scene& scene, const meant::Entry& entry) {
     for (size_t at = entry.place.offset; at < entry.behind && at < scene.bytes.size(); ++at)
         if (scene.bytes[at] != '\0' && scene.bytes[at] != '\r') lines += scene.bytes[at];
     return lines;
+}
+
+bool endsElsewhere(const Difference& difference) {
+    const std::optional<Ms> end = difference.shown->end;
+    return end && std::abs(*end - difference.entry->end) > 1;
 }
 
 bool hasBareLf(const Scene& scene) { return scene.meant.lineEnds.lf > 0; }

@@ -21,6 +21,7 @@ struct Rule {
     const char* cause;
     Verdicts verdicts;  ///< which it may explain
     bool (*holds)(const Scene& scene, const Difference& difference);
+    bool isCode = false;  ///< a code that is shown: told whatever else is wrong with the entry
 };
 
 /// Of what is the whole file's; each that holds is told.
@@ -52,6 +53,9 @@ std::string lineAt(const Scene& scene, size_t offset);
 /// All of an entry's lines, likewise, '\n' between them.
 std::string linesOf(const Scene& scene, const meant::Entry& entry);
 
+/// Whether what stands for an entry ends at another time than was meant.
+bool endsElsewhere(const Difference& difference);
+
 /// Whether lines end with LF alone.
 bool hasBareLf(const Scene& scene);
 
@@ -60,7 +64,9 @@ struct Facts {
     bool isShifted = false;           ///< 16-bit text with line ends in halves of two characters
     bool hasZeros = false;            ///< characters of value 0
     bool hasManyZeros = false;        ///< as 16-bit text has that is taken for 8-bit
+    bool hasDoubleCr = false;         ///< lines that end with CR CR LF
     bool hasFewCommas = false;        ///< an event of a script has fewer than usual
+    bool hasOtherFields = false;      ///< its Format line does not name Start, End and Text where they are looked for
     size_t looseLine = SIZE_MAX;      ///< offset of the first line that the format's time lines are nearly like
     std::string firstDigitLine;       ///< the first one that begins with a digit
     bool hasSecondDigit = false;      ///< before the first entry, a line whose second character is one

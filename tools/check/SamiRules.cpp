@@ -97,7 +97,7 @@ const std::vector<Rule> kSamiRules = {
     {"smi-sync-form", kLost, smiSyncForm},
     {"smi-no-p", kLost | kAltered | kDisplaced, smiNoP},
     {"smi-skipped-sync-text", kAltered, smiSkippedSyncText},
-    {"smi-br-inline", kAltered | kOdd, smiBrInline},
+    {"smi-br-inline", kAltered | kOdd, smiBrInline, true},
     {"smi-behind-element", kAltered | kOdd, smiBehindElement},
     {"smi-entity", kAltered | kOdd, smiEntity},
     {"smi-br-at-line-end", kAltered, smiBrAtLineEnd},

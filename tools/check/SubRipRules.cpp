@@ -65,7 +65,7 @@ bool srtFractionDigits(const Scene& scene, const Difference& difference) {
     const TimeLine line = timeLineOf(scene, difference);
     constexpr size_t kMilliseconds = 3;
     const auto isShort = [&](size_t i) { return i < line.numbers.size() && line.numbers[i].size() != kMilliseconds; };
-    return isShort(3) || isShort(7);
+    return difference.verdict == Verdict::Hidden ? isShort(7) && endsElsewhere(difference) : isShort(3) || isShort(7);
 }
 
 /// The time line of another entry stands in the text.
@@ -103,13 +103,15 @@ bool srtEmptyEntry(const Scene& scene, const Difference& difference) {
 }
 
 bool srtBracesShown(const Scene&, const Difference& difference) {
-    return difference.shown->text.find('{') != std::string::npos;
+    const auto braces = [](const std::string& text) { return std::count(text.begin(), text.end(), '{'); };
+    return braces(difference.shown->text) > braces(difference.entry->text);
 }
 
 bool srtEntity(const Scene&, const Difference& difference) {
     const std::string& text = difference.shown->text;
     const size_t sign = text.find('&');
-    return sign != text.npos && text.find(';', sign) != text.npos;
+    const size_t end = text.find(';', std::min(sign, text.size()));
+    return end != text.npos && difference.entry->text.find(text.substr(sign, end + 1 - sign)) == std::string::npos;
 }
 
 bool srtBraceAtLineEnd(const Scene& scene, const Difference& difference) {
@@ -134,14 +136,14 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-utf16-shape", kLost, srtUtf16Shape},
     {"srt-no-hours", kLost, srtNoHours},
     {"srt-no-fraction", kLost, srtNoFraction},
-    {"srt-fraction-digits", kDisplaced | kAltered, srtFractionDigits},
+    {"srt-fraction-digits", kDisplaced | kAltered | kHidden, srtFractionDigits},
     {"srt-empty-entry", kFalse, srtEmptyEntry},
     {"srt-tag-at-end-lf", kAltered, srtTagAtEndLf},
     {"srt-no-blank-line", kAltered, srtNoBlankLine},
     {"srt-blank-line-blanks", kAltered, srtBlankLineBlanks},
     {"srt-brace-at-line-end", kAltered, srtBraceAtLineEnd},
-    {"srt-braces-shown", kOdd | kAltered, srtBracesShown},
-    {"srt-entity", kOdd | kAltered, srtEntity},
+    {"srt-braces-shown", kOdd | kAltered, srtBracesShown, true},
+    {"srt-entity", kOdd | kAltered, srtEntity, true},
     {"srt-blank-below-time", kAltered, srtBlankBelowTime},
     {"srt-text-as-time-line", kFalse, srtTextAsTimeLine},
     {"srt-utf16-markup", kOdd | kAltered, srtUtf16Markup},

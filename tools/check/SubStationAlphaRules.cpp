@@ -52,9 +52,10 @@ bool hasOtherWidth(const Scene& scene, const Difference& difference) {
 /// Not two digits behind the point.
 bool ssaFraction(const Scene& scene, const Difference& difference) {
     constexpr size_t kUsual = 2;
-    const std::string start = fieldOf(lineAt(scene, difference.entry->place.offset), 1);
-    const size_t point = start.find('.');
-    return point != start.npos && start.size() - point - 1 != kUsual;
+    const bool isEnd = difference.verdict == Verdict::Hidden;
+    const std::string time = fieldOf(lineAt(scene, difference.entry->place.offset), isEnd ? 2 : 1);
+    const size_t point = time.find('.');
+    return point != time.npos && time.size() - point - 1 != kUsual && (!isEnd || endsElsewhere(difference));
 }
 
 /// `0:00:01`
@@ -62,6 +63,9 @@ bool ssaEventForm(const Scene& scene, const Difference& difference) {
     const std::string line = lineAt(scene, difference.entry->place.offset);
     return countNumbers(fieldOf(line, 1)) != 4 || countNumbers(fieldOf(line, 2)) != 4;
 }
+
+/// The Format line names the usual ten, and the library does not look at it.
+bool ssaFieldOrder(const Scene& scene, const Difference&) { return scene.facts->hasOtherFields; }
 
 bool ssaTimeWidth(const Scene& scene, const Difference& difference) { return hasOtherWidth(scene, difference); }
 
@@ -78,11 +82,12 @@ const std::vector<Rule> kSubStationAlphaRules = {
     {"ssa-leading-blank", kLost, ssaLeadingBlank},
     {"ssa-few-commas", kLost | kDisplaced | kAltered | kFalse | kHidden, ssaFewCommas},
     {"ssa-out-of-order", kLost, ssaOutOfOrder},
-    {"ssa-fraction", kDisplaced | kLost, ssaFraction},
+    {"ssa-fraction", kDisplaced | kLost | kHidden, ssaFraction},
     {"ssa-event-form", kLost | kDisplaced, ssaEventForm},
     {"ssa-time-width", kAltered | kLost, ssaTimeWidth},
     {"ssa-utf16be-markup", kOdd | kAltered, ssaUtf16beMarkup},
     {"ssa-few-commas", kAny, ssaFewCommasElsewhere},
+    {"ssa-field-order", kAny, ssaFieldOrder},
     {"ssa-drawing", kFalse, ssaDrawing},
 };
 

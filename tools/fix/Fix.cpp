@@ -59,10 +59,13 @@ private:
         for (const size_t i : mChosen) {
             Changes changes;
             mTexts[i] = safeText(mFile.entries[i].text, mOptions.letters, brackets(), &changes);
-            if (changes.brackets)
+            if (changes.angles)
                 mRemarks.add(Kind::Changed, "text-angle-brackets",
-                             "What stands in brackets would be taken for markup: they are written in full width.",
+                             "Words in angle brackets would be taken for markup: they are written in full width.",
                              placeOf(i));
+            if (changes.braces)
+                mRemarks.add(Kind::Changed, "text-braces",
+                             "Words in braces would be taken for codes: they are written in full width.", placeOf(i));
             if (changes.isCut) {
                 mResult.isWhole[i] = false;
                 mRemarks.add(Kind::NotMended, "text-too-long", "The text is longer than 8,000 bytes: it is cut there.",
@@ -155,7 +158,7 @@ private:
 
 std::string refusalOf(const meant::File& file, const Options& options) {
     const std::string phrase = meant::nameOf(file.format).phrase;
-    if (file.format == meant::Format::None) return "is no subtitle file: " + file.nature;
+    if (file.format == meant::Format::None) return "is no subtitle file but " + file.nature;
     if (!meant::hasReader(file.format)) return "holds " + phrase + ", which cannot be mended";
     if (file.entries.empty()) return "holds " + phrase + " without entries";
     const auto isOfClass = [&](const meant::Language& row) { return meant::sameWord(row.name, options.language); };

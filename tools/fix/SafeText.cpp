@@ -14,10 +14,8 @@ struct Bracket {
     char open, close;
     std::string_view safeOpen, safeClose;  ///< full width
 };
-constexpr Bracket kBrackets[] = {
-    {'<', '>', "\xEF\xBC\x9C", "\xEF\xBC\x9E"},
-    {'{', '}', "\xEF\xBD\x9B", "\xEF\xBD\x9D"},
-};
+constexpr Bracket kAngles = {'<', '>', "\xEF\xBC\x9C", "\xEF\xBC\x9E"};
+constexpr Bracket kBraces = {'{', '}', "\xEF\xBD\x9B", "\xEF\xBD\x9D"};
 
 /// Whether the bracket at `at` begins what the library leaves out. The line's last closing one stands at `lastClose`.
 bool isEaten(std::string_view line, size_t at, char open, size_t lastClose, Brackets brackets) {
@@ -136,7 +134,8 @@ std::string safeText(std::string_view text, Letters letters, Brackets brackets, 
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.empty() && (safe.empty() || text.empty())) continue;
         if (line.empty()) line = kNoBreakSpace;
-        for (const Bracket& bracket : kBrackets) replaceEaten(bracket, brackets, &line, &changes->brackets);
+        replaceEaten(kAngles, brackets, &line, &changes->angles);
+        replaceEaten(kBraces, brackets, &line, &changes->braces);
         if (size + sizeAs(line, letters) + lineEnd > kMostBytes) {
             changes->isCut = true;
             if (safe.empty()) safe = cutLine(line, kMostBytes - lineEnd, letters);

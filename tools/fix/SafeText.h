@@ -14,7 +14,8 @@ constexpr size_t kMostBytes = 8000;
 
 /// What happened to a text.
 struct Changes {
-    bool brackets = false;  ///< some are others of like look
+    bool angles = false;  ///< some are others of like look
+    bool braces = false;  ///< likewise
     bool isCut = false;
     bool hasTimes = false;  ///< a line that reads as a line of times got a no-break space in front
 };

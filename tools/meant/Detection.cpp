@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/meant/Scan.h"
 #include "tools/meant/Utf8.h"
 
 namespace meant {
@@ -126,6 +127,27 @@ bool isRare(const std::string& name) {
     return std::any_of(std::begin(kRare), std::end(kRare), begins);
 }
 
+/// ASCII alone, with the escape sequences that begin and end Japanese characters.
+bool isIso2022Jp(std::string_view bytes) {
+    const auto has = [bytes](std::string_view escape) { return bytes.find(escape) != bytes.npos; };
+    return (has("\x1B$B") || has("\x1B$@")) && (has("\x1B(B") || has("\x1B(J"));
+}
+
+/// More bytes beyond ASCII than letters: no text in Latin letters, whatever was guessed.
+bool isDense(std::string_view lines) {
+    const auto high = std::count_if(lines.begin(), lines.end(), [](char c) { return !isAscii(c); });
+    return high > std::count_if(lines.begin(), lines.end(), [](char c) { return isLetter(c); });
+}
+
+/// The characters of Hong Kong are not among those by which Big5 is guessed.
+bool isHongKong(std::string_view lines, const Encodings& encodings) {
+    const Encodings::Decode decode = encodings.open ? encodings.open("BIG5-HKSCS") : nullptr;
+    if (!decode || !isDense(lines)) return false;
+    std::string text;
+    decode(lines, &text);
+    return text.find("\xEF\xBF\xBD") == text.npos;
+}
+
 Encoding guessed(std::string_view bytes, const Encodings& encodings) {
     const std::string lines = telling(bytes);
     const std::string name = encodings.guess ? upperCase(encodings.guess(lines)) : "";
@@ -133,8 +155,10 @@ Encoding guessed(std::string_view bytes, const Encodings& encodings) {
     const auto isHigh = [](char c) { return !isAscii(c); };
     constexpr long kLettersForARareOne = 64;
     const bool isWeak = isRare(name) && std::count_if(lines.begin(), lines.end(), isHigh) < kLettersForARareOne;
-    if (name.empty() || name == "ASCII" || isWeak) return {kWestern, EncodingFrom::Assumed};
-    return {widened(name, true, std::any_of(lines.begin(), lines.end(), isC1)), EncodingFrom::Guessed};
+    const bool isNone = name.empty() || name == "ASCII" || isWeak;
+    const std::string wide = isNone ? kWestern : widened(name, true, std::any_of(lines.begin(), lines.end(), isC1));
+    if (wide == kWestern && isHongKong(lines, encodings)) return {"BIG5-HKSCS", EncodingFrom::Guessed};
+    return {wide, isNone ? EncodingFrom::Assumed : EncodingFrom::Guessed};
 }
 
 }  // namespace
@@ -145,6 +169,7 @@ Detected detectEncoding(std::string_view bytes, const Options& options, const En
             return {{mark.encoding, EncodingFrom::Mark}, mark.bytes.size()};
     if (!options.encoding.empty()) return {{toldName(options.encoding), EncodingFrom::Told}};
     if (const char* wide = wideWithoutMark(bytes)) return {{wide, EncodingFrom::Content}};
+    if (isAscii(bytes) && isIso2022Jp(bytes)) return {{"ISO-2022-JP", EncodingFrom::Content}};
     if (const char* name = asciiOrUtf8(bytes)) return {{name, EncodingFrom::Content}};
     return {guessed(bytes, encodings)};
 }

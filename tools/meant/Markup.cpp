@@ -159,7 +159,7 @@ private:
         const char c = mRest.front();
         size_t size = 0;
         if (mMarkup.bars && c == '|') size = 1;
-        if (mMarkup.bars && c == '[' && sameWord(mRest.substr(0, 4), "[br]")) size = 4;
+        if (c == '[' && sameWord(mRest.substr(0, 4), "[br]")) size = 4;
         if (!mMarkup.flows && c == '\n') size = 1;
         if (size == 0) return false;
         mRest.remove_prefix(size);

@@ -19,7 +19,7 @@ struct Markup {
     bool styles = false;       ///< {i} and {/b}
     bool entities = false;     ///< &amp; and the like
     bool backslashes = false;  ///< \n and \h besides \N
-    bool bars = false;         ///< | and [br] break the line
+    bool bars = false;         ///< | breaks the line, as [br] does anywhere
     bool flows = false;        ///< a line end in the file is a blank, and blanks in a row are one
     bool drawings = false;     ///< what stands behind {\p1} is no text
 };

@@ -10,11 +10,19 @@ struct Times {
     Ms start, end;
 };
 
+/// A comma with a fraction behind it, not with the other time.
+bool eatDecimalComma(Scan* in) {
+    Scan next = *in;
+    const bool isDecimal = next.eat(',') && next.eatDigits() && !next.eat(':');
+    if (isDecimal) in->eat(',');
+    return isDecimal;
+}
+
 std::optional<Ms> eatTime(Scan* in) {
     in->skipBlanks();
     const std::optional<Ms> whole = in->eatHms();
     if (!whole) return std::nullopt;
-    const Ms fraction = in->eatAny(".:") != 0 ? in->eatFraction().value_or(0) : 0;
+    const Ms fraction = in->eatAny(".:") != 0 || eatDecimalComma(in) ? in->eatFraction().value_or(0) : 0;
     in->skipBlanks();
     return *whole < 0 ? *whole - fraction : *whole + fraction;
 }

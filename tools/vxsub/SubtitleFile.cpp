@@ -71,7 +71,8 @@ const Format& formatFor(const OpenOptions& options, int fd, SourceFile* source) 
 std::string describeRefusal(const Format& format, SubtitleParser& parser, const SourceFile& source) {
     std::string reason = format.refusal == nullptr ? "" : format.refusal(parser, source);
     if (!reason.empty()) return reason;
-    return std::string("the library refuses it as ") + format.name + " (--log shows what it says)";
+    const char* more = format.content == Content::Pictures ? "" : "vxsub check says why, ";
+    return std::string("the library refuses it as ") + format.name + " (" + more + "--log shows what it says)";
 }
 
 /// As far as the player goes before it asks for entries.
