@@ -43,10 +43,11 @@ struct Stamp {
     /// Whether the line reads as a SubRip time range.
     bool isRange(const TextView<Bytes>& in, size_t pos) const {
         if (width != kLongWidth) return false;
-        if (mShaped) {  // the '=' and two characters more count as the arrow
-            const U8* const text = in.stretch(pos + kLongWidth, 3);
-            if (text != nullptr && text[0] > ' ' && text[1] > ' ' && text[2] > '9') return false;
-            size_t i = in.skipBlanks(pos + kLongWidth) + 1;
+        if (mShaped) {
+            // the '=' and two characters more count as the arrow; such a stamp has more than three behind it
+            const size_t text = pos + kLongWidth;
+            if (in.unit(text) > ' ' && in.unit(text + 1) > ' ' && in.unit(text + 2) > '9') return false;
+            size_t i = in.skipBlanks(text) + 1;
             i = in.skipBlanks(i) + 1;
             if (!isDigit(in.at(in.skipBlanks(i)))) return false;
         }

@@ -219,12 +219,8 @@ public:
     size_t nextLineBehind(size_t i) const {
         constexpr U64 kBreak = U64{3} << kLength;
         constexpr U64 kLooked = ~U64{0} >> (61 - kLength);  // the character behind the break, too
-        constexpr size_t kUnits = Block<Unit>::kUnits;
-        const auto hits = [&] {
-            if constexpr (kLength + 3 <= kUnits) return kLineEnds(Block<Unit>(mData + i * kWidth)).hits();
-            return window(i, kLineEnds);
-        };
-        const bool asExpected = holds(i, std::max(kLength + 3, kUnits)) && (hits().bits() & kLooked) == kBreak;
+        const bool asExpected = holds(i, std::max(kLength + 3, Block<Unit>::kUnits)) &&
+                                (lineEnds<kLength + 3>(i).bits() & kLooked) == kBreak;
         return asExpected && breaksAt(i + kLength) ? i + kLength + 2 : nextLine(i);
     }
 
@@ -241,6 +237,16 @@ private:
     static_assert(kStretch % kWindow == 0);
 
     static constexpr LineEnds<Enc> kLineEnds = {};
+
+    /// The line ends among so many units and more, which lie inside.
+    template <size_t kCount>
+    Hits lineEnds(size_t i) const {
+        if constexpr (kCount <= Block<Unit>::kUnits) {
+            return kLineEnds(Block<Unit>(mData + i * kWidth)).hits();
+        } else {
+            return window(i, kLineEnds);
+        }
+    }
 
     bool breaksAt(size_t i) const { return isCr<Enc>(unit(i)) && isLf<Enc>(unit(i + 1)); }
 

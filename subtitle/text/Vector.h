@@ -23,11 +23,14 @@ using namespace android;  // the fixed-width names
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first unit is the lowest");
 
-/// The bits below the lowest one, of some: a 32-bit machine counts them in halves.
+/// The zeros below the lowest bit, of some: a 32-bit machine counts them in halves.
 constexpr size_t zerosBelow(U64 bits) {
+#if __SIZEOF_POINTER__ == 4
     const U32 low = static_cast<U32>(bits);
-    if (sizeof(void*) == 4 && low == 0) return 32 + static_cast<size_t>(__builtin_ctz(static_cast<U32>(bits >> 32)));
-    return static_cast<size_t>(sizeof(void*) == 4 ? __builtin_ctz(low) : __builtin_ctzll(bits));
+    return static_cast<size_t>(low != 0 ? __builtin_ctz(low) : 32 + __builtin_ctz(static_cast<U32>(bits >> 32)));
+#else
+    return static_cast<size_t>(__builtin_ctzll(bits));
+#endif
 }
 
 /// Some of the first 64 units of something, a bit for each.
