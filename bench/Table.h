@@ -97,8 +97,8 @@ double cpuNsEach(double pieces, Work work) {
     return passed / (static_cast<double>(calls) * pieces);
 }
 
-/// The median wall time of 60 calls, in microseconds; each finds a heap with nothing to spare, as the one film does that
-/// a player opens.
+/// The median wall time of 60 calls, in microseconds; each finds a heap with nothing to spare, as the one film does
+/// that a player opens.
 Measure medianWallUs(std::function<void()> work);
 
 inline double median(std::vector<double> values) {
