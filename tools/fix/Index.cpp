@@ -37,7 +37,7 @@ std::string lowerCase(std::string_view text) {
 }
 
 std::string knownLanguage(std::string_view code) {
-    const std::string small = lowerCase(code);
+    std::string small = lowerCase(code);
     for (const auto& row : kLanguages)
         if (small == row.code) return row.known;
     return small;

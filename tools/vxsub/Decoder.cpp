@@ -39,7 +39,7 @@ Reading readingOf(const meant::Encoding& found) {
 
 }  // namespace
 
-Decoder::Decoder(SubtitleParser& parser, EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, CharsetRef native,
+Decoder::Decoder(SubtitleParser& parser, EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, const CharsetRef& native,
                  std::string_view file)
     : mParser(parser), mCharset(statedCharset(codeType)) {
     if (native != nullptr && !isMarked(codeType)) {

@@ -30,8 +30,8 @@ class Decoder {
 public:
     /// `native` is what the user chose for 8-bit text, null for a guess from the whole file, which lies in `file`. It
     /// also overrules what the library judged from a file's texts, but never a byte-order mark.
-    Decoder(android::SubtitleParser& parser, android::EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType, CharsetRef native,
-            std::string_view file);
+    Decoder(android::SubtitleParser& parser, android::EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE codeType,
+            const CharsetRef& native, std::string_view file);
 
     /// Code points, each of them a character or `kInvalid`.
     std::u32string decode(const Units& units) const;

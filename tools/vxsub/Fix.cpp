@@ -106,16 +106,22 @@ std::string outputFor(const FixOptions& options, meant::Format format) {
     throw UsageError(std::string("the copy is ") + name.phrase + ": the name of OUT has to end in " + usual);
 }
 
+/// ":12: ", or ":12 and 3 more: ".
+std::string placeOf(const fix::Remark& row) {
+    std::string place = ":" + std::to_string(row.first.line);
+    if (row.count > 1) place.append(" and ").append(std::to_string(row.count - 1)).append(" more");
+    return place.append(": ");
+}
+
 void sayRemarks(fix::Remark::Kind kind, const char* word, const std::vector<fix::Remark>& remarks,
                 const std::string& path, Output& out) {
     for (const fix::Remark& row : remarks) {
         if (row.kind != kind) continue;
-        std::string place;
-        if (row.first.offset > 0 || row.count > 1)
-            place = printable(path) + ":" + std::to_string(row.first.line) +
-                    (row.count > 1 ? " and " + std::to_string(row.count - 1) + " more: " : ": ");
-        const std::string cause = *row.cause != 0 ? "[" + std::string(row.cause) + "] " : "";
-        out.line("  " + std::string(word) + ": " + place + cause + row.sentence);
+        std::string line = "  ";
+        line.append(word).append(": ");
+        if (row.first.offset > 0 || row.count > 1) line.append(printable(path)).append(placeOf(row));
+        if (*row.cause != 0) line.append("[").append(row.cause).append("] ");
+        out.line(line.append(row.sentence));
     }
 }
 

@@ -297,6 +297,7 @@ const MarkKind kMarkKinds[5] = {
 
 std::vector<Marks> marksOf(const std::vector<Entry>& entries) {
     std::vector<U32> starts;
+    starts.reserve(entries.size());
     for (const Entry& entry : entries) starts.push_back(entry.start);
     std::sort(starts.begin(), starts.end());
     std::vector<Marks> marks;
