@@ -23,7 +23,7 @@ TEST(FixIndex, WritesEachLineAsItIsRead) {
         const char* remarks;
     } kRows[] = {
         {"timestamp: 00:00:01:500, filepos: 000001800\n", "timestamp: 00:00:01:500, filepos: 000001800\r\n", ""},
-        {"timestamp: 0:00:01:5, filepos:1800\n", "timestamp: 00:00:01:500, filepos: 000001800\r\n", ""},
+        {"timestamp: 0:00:01:5, filepos:1800\n", "timestamp: 00:00:01:005, filepos: 000001800\r\n", ""},
         {"  Timestamp:00:00:01.5 filepos: 1800\n", "timestamp: 00:00:01:500, filepos: 000001800\r\n", ""},
         {"id: de, index: 0\n", "id: ge, index: 0\r\n", "vob-language 1"},
         {"id: ger, index: 0\n", "id: ge, index: 0\r\n", "vob-language 1"},
@@ -33,12 +33,15 @@ TEST(FixIndex, WritesEachLineAsItIsRead) {
         {"delay: 00:00:01:500\n", "delay: +00:00:01:500\r\n", "vob-delay-sign 1"},
         {"delay: -0:00:01:500\n", "delay: -00:00:01:500\r\n", "vob-delay-wrap 1"},
         {"delay: soon\n", "", "! - 1"},
+        {"delay: +0:00:01:0\ndelay: soon\n", "delay: +00:00:01:000\r\ndelay: +00:00:00:000\r\n", "! - 1"},
+        {"timestamp: -00:00:01:500, filepos: 0\n", "timestamp: 00:00:00:000, filepos: 000000000\r\n",
+         "vob-delay-wrap 1"},
         {"org:\nalpha: 100%\n# note\n\n", "alpha: 100%\r\n# note\r\n\r\n", ""},
         {"timestamp: soon, filepos: 0\n", "", "! - 1"},
     };
     for (const auto& row : kRows) {
         const FixedIndex index = fixIndex(kWhole + row.line + "timestamp: 00:00:00:000, filepos: 000000000\n", {}, {});
-        const bool isMoved = std::string(row.remarks) == "vob-delay-wrap 1";
+        const bool isMoved = std::string(row.line) == "delay: -0:00:01:500\n";
         const std::string last = isMoved ? "00:00:01:500" : "00:00:00:000";
         EXPECT_EQ(kHead + kWholeKept + row.kept + "timestamp: " + last + ", filepos: 000000000\r\n", index.bytes);
         EXPECT_EQ(row.remarks, listed(index.remarks)) << row.line;

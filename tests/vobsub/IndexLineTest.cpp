@@ -30,18 +30,21 @@ std::string timeIn(std::string_view text) {
     Scan in(text);
     const std::optional<Time> time = eatTime(&in);
     if (!time) return "none";
-    return std::to_string(time->whole) + "+" + std::to_string(time->milliseconds) + "/" +
-           std::to_string(time->fraction) + " '" + std::string(in.rest()) + "'";
+    return std::string(time->sign != 0 ? 1 : 0, time->sign) + " " + std::to_string(time->ms) + " '" +
+           std::string(in.rest()) + "'";
 }
 
 TEST(VobSubIndexLine, Times) {
-    EXPECT_EQ("3723000+500/500 ', filepos'", timeIn("01:02:03:500, filepos"));
-    EXPECT_EQ("1000+5/500 ''", timeIn("0:0:1.5"));
-    EXPECT_EQ("1000+5/5 ''", timeIn("00:00:01,005"));
-    EXPECT_EQ("1000+5000/500 ''", timeIn("00:00:01:5000"));
+    EXPECT_EQ(" 3723500 ', filepos'", timeIn("01:02:03:500, filepos"));
+    EXPECT_EQ(" 1005 ''", timeIn("0:0:1:5"));
+    EXPECT_EQ(" 1500 ''", timeIn("0:0:1.5"));
+    EXPECT_EQ(" 1005 ''", timeIn("00:00:01,005"));
+    EXPECT_EQ(" 6000 ''", timeIn("00:00:01:5000"));
+    EXPECT_EQ("+ 1500 ''", timeIn(" +00:00:01:500"));
+    EXPECT_EQ("- -1500 ''", timeIn("-00:00:01:500"));
     EXPECT_EQ("none", timeIn("00:00:01"));
     EXPECT_EQ("none", timeIn("00:00:01:"));
-    EXPECT_EQ("none", timeIn("+00:00:01:500"));
+    EXPECT_EQ("none", timeIn("- 00:00:01:500"));
 }
 
 TEST(VobSubIndexLine, HexadecimalDigits) {

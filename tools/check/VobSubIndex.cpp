@@ -68,13 +68,11 @@ private:
 
     void takeTrack(const Line& line, Scan in) {
         mIndex.tracks.push_back({std::string(vobsub::eatLanguage(&in)), line.place});
-        mDelay = 0;
-        mHasOddDelay = false;
     }
 
     void takeDelay(Scan in) {
         mHasOddDelay = !hasForm(in.rest(), "-00:00:00:000") && !hasForm(in.rest(), "+00:00:00:000");
-        mDelay = eatSignedTime(&in).value_or(0);
+        mDelay = vobsub::eatTime(&in).value_or(vobsub::Time{}).ms;
     }
 
     /// A height behind a blank is not seen.
@@ -90,13 +88,13 @@ private:
     }
 
     void takePicture(const Line& line, Scan in) {
-        const std::optional<Ms> time = eatSignedTime(&in);
+        const std::optional<vobsub::Time> time = vobsub::eatTime(&in);
         constexpr std::string_view kWord = "filepos:";
         const size_t word = in.rest().find(kWord);
         if (!time || word == std::string_view::npos) return;
         Scan position(meant::trimmed(in.rest().substr(word + kWord.size())));
         IndexLine picture;
-        picture.start = *time + mDelay;
+        picture.start = time->ms + mDelay;
         picture.position = static_cast<uint32_t>(vobsub::eatHex(&position).value);
         picture.place = line.place;
         picture.line = std::string(meant::trimmed(line.text));
@@ -109,16 +107,8 @@ private:
         mIndex.pictures.push_back(picture);
     }
 
-    static std::optional<Ms> eatSignedTime(Scan* in) {
-        const bool isNegative = in->eatAny("+-") == '-';
-        const std::optional<vobsub::Time> time = vobsub::eatTime(in);
-        if (!time) return std::nullopt;
-        const Ms ms = time->whole + time->milliseconds;
-        return isNegative ? -ms : ms;
-    }
-
     Index mIndex;
-    Ms mDelay = 0;
+    Ms mDelay = 0;  ///< of the last line that tells one, in whatever track
     bool mHasOddDelay = false;
 };
 

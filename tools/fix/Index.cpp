@@ -45,14 +45,6 @@ std::string knownLanguage(std::string_view code) {
 
 bool isKnown(std::string_view code) { return code.size() >= 2 && kKnown.find(code.substr(0, 2)) != kKnown.npos; }
 
-/// However wide; what stands behind the last sign is a fraction.
-std::optional<Ms> eatTime(Scan* in) {
-    in->skipBlanks();
-    const std::optional<vobsub::Time> time = vobsub::eatTime(in);
-    if (!time) return std::nullopt;
-    return time->whole + time->fraction;
-}
-
 /// Hexadecimal digits, no more than any number here has.
 std::optional<uint64_t> eatNumber(Scan* in) {
     constexpr size_t kMostDigits = 15;
@@ -137,19 +129,19 @@ private:
     }
 
     void takeTimestamp(Scan in, const meant::Place& place) {
-        const std::optional<Ms> time = eatTime(&in);
+        const std::optional<vobsub::Time> time = vobsub::eatTime(&in);
         in.skipAny(" \t,");
         const std::optional<uint64_t> position = in.eat("filepos:") ? eatNumber(&in) : std::nullopt;
         constexpr uint64_t kPositions = 1ull << 32;
         constexpr Ms kLast = 100 * 3600000;
-        if (!time || !position || *position >= kPositions || *time >= kLast) {
+        if (!time || !position || *position >= kPositions || time->ms >= kLast) {
             mRemarks.add(Kind::NotMended, "", "The line of a picture cannot be read.", place);
             return;
         }
-        const Ms start = *time + mDelay;
+        const Ms start = time->ms + mDelay;
         if (start < 0) changed("vob-delay-wrap", "The delay puts it before the movie: it is shown from 0 on.", place);
-        const Ms written = std::max<Ms>(*time, -mDelay);
-        mResult.entries.push_back({std::max<Ms>(start, 0), *position, mTracks, place});
+        const Ms written = std::max<Ms>({time->ms, -mDelay, 0});
+        mResult.entries.push_back({written + mDelay, *position, mTracks, place});
         put("timestamp: " + timeText(written) + ", filepos: " + hexText("%09llx", *position));
     }
 
@@ -167,15 +159,19 @@ private:
     }
 
     void takeDelay(Scan in, const meant::Place& place) {
-        const char sign = in.eatAny("+-");
-        const std::optional<Ms> delay = eatTime(&in);
+        const std::optional<vobsub::Time> delay = vobsub::eatTime(&in);
         if (!delay) {
             mRemarks.add(Kind::NotMended, "", "The delay cannot be read; it counts as none.", place);
+            if (mDelay != 0) putDelay(0);
             return;
         }
-        mDelay = sign == '-' ? -*delay : *delay;
-        if (sign == 0) changed("vob-delay-sign", "The delay gets a sign.", place);
-        put(std::string("delay: ") + (mDelay < 0 ? "-" : "+") + timeText(mDelay < 0 ? -mDelay : mDelay));
+        if (delay->sign == 0) changed("vob-delay-sign", "The delay gets a sign.", place);
+        putDelay(delay->ms);
+    }
+
+    void putDelay(Ms delay) {
+        mDelay = delay;
+        put(std::string("delay: ") + (delay < 0 ? "-" : "+") + timeText(delay < 0 ? -delay : delay));
     }
 
     void takePalette(Scan in, const meant::Place& place) {

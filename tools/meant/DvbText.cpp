@@ -43,6 +43,9 @@ std::optional<Line> lineOf(std::string_view line) {
     Scan numbered = in;
     if (numbered.eatDigits() && isBlank(numbered.peek())) in = numbered;
     in.skipBlanks();
+    Scan separated = in;
+    if (separated.eat(':') && isBlank(separated.peek())) in = separated;
+    in.skipBlanks();
     const std::optional<Time> start = eatTime(&in);
     if (!start || !isBlank(in.peek())) return std::nullopt;
     in.skipBlanks();

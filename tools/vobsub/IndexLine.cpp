@@ -23,12 +23,16 @@ Keyword eatKeyword(Scan* in) {
 }
 
 std::optional<Time> eatTime(Scan* in) {
+    in->skipBlanks();
+    const char sign = in->eatAny("+-");
     const std::optional<Ms> whole = in->eatHms();
-    if (!whole || in->eatAny(":.,") == 0) return std::nullopt;
-    Scan behind = *in;
-    const std::optional<Ms> fraction = behind.eatFraction();
-    if (!fraction) return std::nullopt;
-    return Time{*whole, in->eatDigits().value, *fraction};
+    const char separator = in->eatAny(":.,");
+    if (!whole || separator == 0) return std::nullopt;
+    Scan digits = *in;
+    const Scan::Digits part = in->eatDigits();
+    if (!part) return std::nullopt;
+    const Ms ms = *whole + (separator == ':' ? part.value : digits.eatFraction().value_or(0));
+    return Time{sign == '-' ? -ms : ms, sign};
 }
 
 Hex eatHex(Scan* in) {

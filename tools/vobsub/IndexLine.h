@@ -20,12 +20,11 @@ enum class Keyword { None, Timestamp, Id, Delay, Size, Palette };
 /// Takes a keyword with its colon, in any letter case, and the blanks behind it.
 Keyword eatKeyword(Scan* in);
 
-/// `1:02:03:500`. What stands behind the last sign, a colon, a point or a comma, is read in both ways that it may be
-/// meant: they differ unless it has three digits.
+/// `1:02:03:500`, with or without a sign. Behind a colon stand milliseconds, behind a point or a comma a fraction of any
+/// width.
 struct Time {
-    Ms whole = 0;         ///< up to the seconds
-    Ms milliseconds = 0;  ///< of `:5`: 5
-    Ms fraction = 0;      ///< of `:5`: 500
+    Ms ms = 0;
+    char sign = 0;  ///< 0 where there is none
 };
 std::optional<Time> eatTime(Scan* in);
 
