@@ -179,8 +179,12 @@ bool breakBar(const Scene&, const Difference& difference) {
 }
 
 bool breakBr(const Scene&, const Difference& difference) {
-    return shownHas(difference, "[br]") && !meantHas(difference, "[br]");
+    return (shownHas(difference, "[br]") && !meantHas(difference, "[br]")) ||
+           (shownHas(difference, "[BR]") && !meantHas(difference, "[BR]"));
 }
+
+/// What old programs and copies by hand put behind the last line.
+bool endOfFileMark(const Scene&, const Difference& difference) { return shownHas(difference, "\x1A"); }
 
 /// As in files that were put together from several.
 bool markInside(const Scene& scene, const Difference& difference) {
@@ -289,6 +293,7 @@ const std::vector<Rule> kCommonRules = {
 
 const std::vector<Rule> kLastRules = {
     {"zeros-in-text", kAny, zerosInText},
+    {"end-of-file-mark", kAltered | kOdd | kFalse, endOfFileMark},
     {"cr-cr-lf", kAny, crCrLf},
     {"cr-only", kAltered, crAmongOthers},
     {"text-too-long", kAltered, textTooLong},
@@ -342,6 +347,11 @@ const std::vector<Rule>& rulesFor(meant::Format format) {
 
 bool isWide(const meant::Encoding& encoding) {
     return encoding.name.compare(0, 6, "UTF-16") == 0 || encoding.name.compare(0, 6, "UTF-32") == 0;
+}
+
+bool bracesShown(const Scene&, const Difference& difference) {
+    const auto braces = [](const std::string& text) { return std::count(text.begin(), text.end(), '{'); };
+    return braces(difference.shown->text) > braces(difference.entry->text);
 }
 
 /// Zeros are the other halves of 16-bit ASCII.

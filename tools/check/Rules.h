@@ -87,4 +87,7 @@ bool isUsualLine(meant::Format format, std::string_view line);
 
 bool isWide(const meant::Encoding& encoding);
 
+/// More braces are shown than were meant, as of `{\an8}`.
+bool bracesShown(const Scene& scene, const Difference& difference);
+
 }  // namespace check

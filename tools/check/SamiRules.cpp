@@ -99,7 +99,7 @@ const std::vector<Rule> kSamiRules = {
     {"smi-skipped-sync-text", kAltered, smiSkippedSyncText},
     {"smi-br-inline", kAltered | kOdd, smiBrInline, true},
     {"smi-behind-element", kAltered | kOdd, smiBehindElement},
-    {"smi-entity", kAltered | kOdd, smiEntity},
+    {"smi-entity", kAltered | kOdd | kFalse, smiEntity},
     {"smi-br-at-line-end", kAltered, smiBrAtLineEnd},
     {"smi-element-at-line-end", kAltered, smiElementAtLineEnd},
 };

@@ -102,11 +102,6 @@ bool srtEmptyEntry(const Scene& scene, const Difference& difference) {
            });
 }
 
-bool srtBracesShown(const Scene&, const Difference& difference) {
-    const auto braces = [](const std::string& text) { return std::count(text.begin(), text.end(), '{'); };
-    return braces(difference.shown->text) > braces(difference.entry->text);
-}
-
 bool srtEntity(const Scene&, const Difference& difference) {
     const std::string& text = difference.shown->text;
     const size_t sign = text.find('&');
@@ -142,7 +137,7 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-no-blank-line", kAltered, srtNoBlankLine},
     {"srt-blank-line-blanks", kAltered, srtBlankLineBlanks},
     {"srt-brace-at-line-end", kAltered, srtBraceAtLineEnd},
-    {"srt-braces-shown", kOdd | kAltered, srtBracesShown, true},
+    {"srt-braces-shown", kOdd | kAltered, bracesShown, true},
     {"srt-entity", kOdd | kAltered, srtEntity, true},
     {"srt-blank-below-time", kAltered, srtBlankBelowTime},
     {"srt-text-as-time-line", kFalse, srtTextAsTimeLine},

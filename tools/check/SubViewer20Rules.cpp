@@ -1,4 +1,6 @@
 // What can go wrong in SubViewer 2.0 files.
+#include <algorithm>
+
 #include "tools/check/Rules.h"
 
 namespace check {
@@ -21,12 +23,27 @@ bool sv2FirstDigit(const Scene& scene, const Difference&) {
            !isUsualLine(meant::Format::SubViewer20, scene.facts->firstDigitLine);
 }
 
-/// The next time line is shown, because no empty line stands before it.
-bool sv2NoBlankLine(const Scene&, const Difference& difference) {
+/// Where the next time line begins in the shown text, behind a line end and blanks; `npos`: it is not shown.
+size_t shownTimeLine(const std::string& text) {
+    for (size_t line = text.find('\n'); line != text.npos; line = text.find('\n', line + 1)) {
+        const size_t begin = std::min(text.find_first_not_of(" \t", line + 1), text.size());
+        if (isUsualLine(meant::Format::SubViewer20, std::string_view(text).substr(begin))) return begin;
+    }
+    return text.npos;
+}
+
+/// The line before it holds blanks, and is not empty.
+bool sv2BlankLineBlanks(const Scene&, const Difference& difference) {
     const std::string& text = difference.shown->text;
-    for (size_t line = text.find('\n'); line != text.npos; line = text.find('\n', line + 1))
-        if (isUsualLine(meant::Format::SubViewer20, std::string_view(text).substr(line + 1))) return true;
-    return false;
+    const size_t time = shownTimeLine(text);
+    if (time == text.npos) return false;
+    const size_t lastOfText = text.find_last_not_of(" \t\n", time - 1);
+    const std::string_view gap = std::string_view(text).substr(lastOfText + 1, time - lastOfText - 1);
+    return std::count(gap.begin(), gap.end(), '\n') > 1;
+}
+
+bool sv2NoBlankLine(const Scene&, const Difference& difference) {
+    return shownTimeLine(difference.shown->text) != std::string::npos;
 }
 
 bool sv2TimeWidth(const Scene& scene, const Difference& difference) {
@@ -40,10 +57,12 @@ bool sv2TimeWidth(const Scene& scene, const Difference& difference) {
 const std::vector<Rule> kSubViewer20Rules = {
     {"sv2-negative-first", kLost, sv2NegativeFirst},
     {"sv2-first-digit", kLost, sv2FirstDigit},
+    {"srt-blank-line-blanks", kAltered | kFalse, sv2BlankLineBlanks},
     {"srt-no-blank-line", kAltered | kFalse, sv2NoBlankLine},
     {"sv2-time-width", kAltered | kLost, sv2TimeWidth},
     {"sv2-hundredths", kDisplaced | kHidden | kAltered, sv2Hundredths},
     {"sv2-hundredths", kLost, sv2Hundredths},
+    {"srt-braces-shown", kOdd | kAltered, bracesShown, true},
 };
 
 }  // namespace check
