@@ -197,8 +197,9 @@ def build(state, jobs):
 
 def compiled_lines(file):
     """The lines of a file that this machine's compiler gets to see."""
-    flags = ['-std=c++17', '-I' + TREE, '-I' + os.path.join(TREE, 'platform/host')]
-    done = subprocess.run(['c++', '-E', '-fdirectives-only', *flags, os.path.join(ROOT, file)], stdout=subprocess.PIPE, text=True, check=True)
+    folders = ['-I' + TREE, '-I' + os.path.join(TREE, 'platform/host/include'), '-isystem', '/usr/include/android']
+    done = subprocess.run(['c++', '-std=c++17', '-E', '-fdirectives-only', *folders, os.path.join(ROOT, file)],
+                          stdout=subprocess.PIPE, text=True, check=True)
     lines, here, number = set(), False, 0
     for text in done.stdout.split('\n'):
         marker = re.match(r'# (\d+) "(.*)"', text)
