@@ -72,7 +72,44 @@ bool inOrder(const Tag* tags, size_t count) {
     return rise <= 0x7FFFFFFF;
 }
 
+/// A tag's number: signed, and wide enough for every table that fits into memory.
+using Index = ptrdiff_t;
+
+/// The search for `t`; `start` tells where a tag starts.
+template <class Start>
+U32 search(U32 t, Index low, Index last, Start start) {
+    Index high = last + 1;
+    for (;;) {
+        // kept(not-ascending): the starts are taken to ascend
+        const Index middle = low + ((high - low) >> 1);
+        if (t < start(middle)) {
+            if (low + high < 2) return 0;  // kept(before-first): before the first entry, too
+            high = middle - 1;
+            // kept(vob-before-track): before the first tag this looks at the one before it, the last of another track
+            if (start(high) <= t) return static_cast<U32>(high);
+            if (middle <= low) return 0;  // kept(vob-before-track): 0 is a tag, and means none, too
+        } else {
+            if (middle >= last) return static_cast<U32>(middle);
+            low = middle + 1;
+            // kept(overlap): found by its start alone, so an entry hides those that began before it
+            // kept(same-start): of entries with one start only one is ever answered
+            if (t < start(low)) return static_cast<U32>(middle);
+            if (high <= middle) return 0;
+        }
+    }
+}
+
 }  // namespace
+
+U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
+    const U32 t = withoutOffset(timeMs, mParser.m_s32TimeOffsetMs);
+    const Tag* const tags = mParser.m_pTagBuffer;
+    const size_t capacity = mParser.m_u32TagBufferNum;
+    const auto low = static_cast<Index>(first);
+    const auto high = static_cast<Index>(last);
+    if (first <= last && last < capacity) return search(t, low, high, [=](Index i) { return tags[i].u32TimeStart; });
+    return search(t, low, high, [=](Index i) { return static_cast<size_t>(i) < capacity ? tags[i].u32TimeStart : 0; });
+}
 
 void TagTable::sort() {
     const size_t count = mParser.m_u32TagNum;

@@ -58,34 +58,6 @@ VX_WRAPS inline U32 withoutOffset(U32 timeMs, S32 offsetMs) {
     return static_cast<S32>(timeMs) < offsetMs ? timeMs : timeMs - static_cast<U32>(offsetMs);
 }
 
-inline U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
-    const U32 t = withoutOffset(timeMs, mParser.m_s32TimeOffsetMs);
-    const ST_MEDIA_SUBTITLE_PARSER_TAG* const tags = mParser.m_pTagBuffer;
-    const size_t capacity = mParser.m_u32TagBufferNum;
-    using Index = ptrdiff_t;  // signed, and wide enough for every table that fits into memory
-    const auto start = [=](Index i) { return static_cast<size_t>(i) < capacity ? tags[i].u32TimeStart : 0; };
-    Index low = static_cast<Index>(first);
-    Index high = static_cast<Index>(last) + 1;
-    for (;;) {
-        // kept(not-ascending): the starts are taken to ascend
-        const Index middle = low + ((high - low) >> 1);
-        if (t < start(middle)) {
-            if (low + high < 2) return 0;  // kept(before-first): before the first entry, too
-            high = middle - 1;
-            // kept(vob-before-track): before the first tag this looks at the one before it, the last of another track
-            if (start(high) <= t) return static_cast<U32>(high);
-            if (middle <= low) return 0;  // kept(vob-before-track): 0 is a tag, and means none, too
-        } else {
-            if (middle >= static_cast<Index>(last)) return static_cast<U32>(middle);
-            low = middle + 1;
-            // kept(overlap): found by its start alone, so an entry hides those that began before it
-            // kept(same-start): of entries with one start only one is ever answered
-            if (t < start(low)) return static_cast<U32>(middle);
-            if (high <= middle) return 0;
-        }
-    }
-}
-
 /// The position in record `index` of the tag table, 0 behind the table.
 inline S64 positionOf(const SubtitleParser& parser, U32 index) {
     return index < parser.m_u32TagBufferNum ? parser.m_pTagBuffer[index].s64Pos : 0;
