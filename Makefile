@@ -19,7 +19,7 @@ CASES ?= 200000
 COUNT ?= 600
 SEED ?=
 AT ?=
-PREFIX ?= /usr/local
+PREFIX ?=
 
 # $(call build,preset)
 build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
@@ -63,11 +63,12 @@ release:
 
 # The loader finds what root has put into one of its folders when its list is made anew.
 .PHONY: install
+install: prefix = $(or $(PREFIX),/usr/local)
 install: release
-	@cmake --install build/release --prefix "$(PREFIX)" >build/install.log || { tail -n 3 build/install.log; \
+	@cmake --install build/release --prefix "$(prefix)" >build/install.log || { tail -n 3 build/install.log; \
 	    echo 'make install: that did not work: another PREFIX=, or as root' >&2; exit 1; }
 	@[ "$$(id -u)" != 0 ] || [ -n "$(DESTDIR)" ] || ldconfig
-	@echo 'vxsubtitle is in $(DESTDIR)$(PREFIX)'
+	@echo 'vxsubtitle is in $(DESTDIR)$(prefix)'
 
 .PHONY: demo
 demo: release

@@ -52,7 +52,10 @@ follow() {
         # shellcheck disable=SC2086  # into words
         case $line in
         [0-9]*' newly installed'*) set -- $line && packages=$(($1 + $3)) ;;
-        'Need to get '*) set -- $line && say "$packages packages, $4 $5 to fetch" ;;
+        'Need to get '*' of archives.')
+            line=${line#'Need to get '}
+            say "$packages packages, ${line%' of archives.'} to fetch"
+            ;;
         Get:*)
             set -- $line
             fetched=$((fetched + 1))

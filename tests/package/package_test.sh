@@ -61,14 +61,14 @@ says() {
     [ "$output" = "$expectation" ] || fail "$* says: $output"
 }
 
-# try_package NAME PREFIX: the document's project, in a folder of its own, by CMake and by pkg-config, as the document has
-# them.
+# try_package NAME FOLDER PREFIX: the document's project against the package in FOLDER, by CMake and by pkg-config, as the
+# document has them.
 try_package() {
     local folder=$work/new/$1 way program
     for way in cmake pkgconfig; do
         mkdir -p "$folder/$way"
         cp "$work/samples/show.cpp" "$work/samples/CMakeLists.txt" "$work/samples/$way.sh" "$folder/$way"
-        (cd "$folder/$way" && PREFIX=$2 sh -e ./$way.sh) > "$folder/$way.log" 2>&1 ||
+        (cd "$folder/$way" && PREFIX=$3 sh -e ./$way.sh) > "$folder/$way.log" 2>&1 ||
             { tail -20 "$folder/$way.log"; fail "the project by $way, package $1"; }
         program=$folder/$way/show
         [ $way = pkgconfig ] || program=$folder/$way/build/show
@@ -78,20 +78,21 @@ try_package() {
     done
 }
 
-# The default folder, where nothing needs to be said: /usr/local of a name space of its own.
+# The default folder, where no prefix needs to be said: /usr/local of a name space of its own. Where none can be had, or
+# the tools lie in /usr/local themselves, the same installation in the folder that it was staged in.
 try_default() {
     if [[ $(type -p cmake ninja pkg-config "$compiler") != */usr/local/* ]] &&
         unshare --map-root-user --mount mount --bind "$work/staged/usr/local" /usr/local 2> /dev/null; then
         export work emulator
         export -f try_package says fail
         unshare --map-root-user --mount bash -euo pipefail -c \
-            'mount --bind "$work/staged/usr/local" /usr/local && try_package default /usr/local'
+            'mount --bind "$work/staged/usr/local" /usr/local && try_package default /usr/local ""'
     else
-        try_package default "$work/staged/usr/local"
+        try_package default "$work/staged/usr/local" "$work/staged/usr/local"
     fi
 }
 
-try_package chosen "$prefix"
+try_package chosen "$prefix" "$prefix"
 
 # Every sample alone, and a program that draws and that derives from a class.
 cmake -S "$source/tests/package/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" \
@@ -101,7 +102,7 @@ cmake --build "$work/consumer" >> "$work.consumer.log" 2>&1 || { tail -20 "$work
 says "from the package" $emulator "$work/consumer/consumer" "$work.srt"
 
 mv "$prefix" "$work/moved"
-try_package moved "$work/moved"
+try_package moved "$work/moved" "$work/moved"
 export PKG_CONFIG_PATH=$work/moved/lib/pkgconfig
 # shellcheck disable=SC2046
 "$compiler" -std=c++17 -fno-rtti "$source/tests/package/consumer/main.cpp" -I"$work/samples" \
