@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release library, installs it, compares its exported symbols with the reviewed list, compiles every
-# installed header alone, and builds and runs a separate little project against the package, by CMake and by
+# Builds the release library, installs it, compares its exported symbols with the reviewed list, looks at its hardening,
+# compiles every installed header alone, and builds and runs a separate little project against the package, by CMake and by
 # pkg-config.
 #
 # usage: package_test.sh SOURCE_DIR WORK_DIR PROCESSOR [TOOLCHAIN_FILE EMULATOR COMPILER]
@@ -19,7 +19,8 @@ fail() {
 
 rm -rf "$prefix" "$work/consumer"
 cmake -S "$source" -B "$work/build" "${options[@]}" \
-    -DVXSUBTITLE_BUILD_TESTS=OFF -DVXSUBTITLE_BUILD_TOOLS=OFF -DCMAKE_INSTALL_LIBDIR=lib > "$work.configure.log"
+    -DVXSUBTITLE_BUILD_TESTS=OFF -DVXSUBTITLE_BUILD_TOOLS=OFF -DVXSUBTITLE_STACK_PROTECTOR=ON \
+    -DCMAKE_INSTALL_LIBDIR=lib > "$work.configure.log"
 cmake --build "$work/build" -j2 > "$work.build.log" || { tail -40 "$work.build.log"; fail "the release build"; }
 cmake --install "$work/build" --prefix "$prefix" > "$work.install.log"
 
@@ -27,6 +28,8 @@ cmake --install "$work/build" --prefix "$prefix" > "$work.install.log"
 nm -D --defined-only "$prefix/lib/libvxsubtitle.so" | awk '{print $NF}' | LC_ALL=C sort > "$work.symbols"
 [ -z "${VXSUBTITLE_ACCEPT_SYMBOLS:-}" ] || cp "$work.symbols" "$expected"
 diff -u "$expected" "$work.symbols" | c++filt || fail "the exported symbols are not those of $expected"
+
+"$source/tests/package/hardening_test.sh" "$prefix/lib/libvxsubtitle.so" "$source" "$work" || fail "the hardening"
 
 # What lies directly in subtitle/ is public: every header there is installed, and compiles alone.
 for header in "$source"/subtitle/*.h; do
