@@ -19,17 +19,18 @@ CASES ?= 200000
 COUNT ?= 600
 SEED ?=
 AT ?=
+PREFIX ?=
 
 # $(call build,preset)
 build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
 # $(call check,preset)
-check = @ctest --preset $(1) -j $(JOBS)
+check = @tools/check.sh $(1) $(JOBS)
 
 .PHONY: help
 help:
 	@echo 'make demo     plays and draws sample subtitles (make demo FILE=movie.srt SPEED=10: plays yours)'
 	@echo 'make test     builds the library and runs its tests'
-	@echo 'make arm      the tests on 32-bit ARM, under qemu-user'
+	@echo 'make arm      the tests on 32-bit ARM, under qemu-user; make arm-build only builds them'
 	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
 	@echo 'make tsan     the tests under the thread sanitizer'
 	@echo 'make clang    the tests built by clang, with checked containers and, in the library, integers'
@@ -54,7 +55,8 @@ help:
 	@echo 'make android  builds and runs the host tests as Android.bp says'
 	@echo 'make docs     the reference of the public headers, into build/docs'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
-	@echo 'make format   clang-format on every source'
+	@echo 'make install  puts them into PREFIX=/usr/local, for CMake and pkg-config to find (DESTDIR is heeded)'
+	@echo 'make format   clang-format on every source; make check-format only looks'
 	@echo 'make tidy     clang-tidy on the library and the tools'
 	@echo 'make clean    removes build/'
 	@echo
@@ -64,6 +66,15 @@ help:
 release:
 	@$(SETUP) build
 	$(call build,release)
+
+# The loader finds what root has put into one of its folders when its list is made anew.
+.PHONY: install
+install: prefix = $(or $(PREFIX),/usr/local)
+install: release
+	@cmake --install build/release --prefix "$(prefix)" >build/install.log || { tail -n 3 build/install.log; \
+	    echo 'make install: that did not work: another PREFIX=, or as root' >&2; exit 1; }
+	@[ "$$(id -u)" != 0 ] || [ -n "$(DESTDIR)" ] || ldconfig
+	@echo 'vxsubtitle is in $(DESTDIR)$(prefix)'
 
 .PHONY: demo
 demo: release

@@ -19,7 +19,7 @@ constexpr size_t kTagBytes = sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG);
 
 class Allocation : public testing::Test {
     void SetUp() override {
-        if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+        if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     }
 };
 

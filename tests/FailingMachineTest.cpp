@@ -96,7 +96,7 @@ bool live(const Life& life, Found found) {
 }
 
 void expectToSurviveShortages(const Life& life) {
-    if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     const Resources resources;
     EXPECT_TRUE(live(life, Found::kEverything)) << "undisturbed";
     using Extent = NthAllocationFails::Extent;

@@ -91,7 +91,7 @@ TEST(LowMemory, RefusesWhatCannotBe) {
 }
 
 TEST(LowMemory, IsFoundBeyondTheFirstAreaUntilThereIsNone) {
-    if (sizeof(void*) == 4) GTEST_SKIP() << "SKIPPED: the heap's own affair on 32-bit machines";
+    if (sizeof(void*) == 4) GTEST_SKIP() << "the heap's own affair on 32-bit machines";
     constexpr U64 kSize = U64{100} << 20;
     std::vector<U32> blocks;
     for (U32 block = allocateLow(kSize); block != 0; block = allocateLow(kSize)) {

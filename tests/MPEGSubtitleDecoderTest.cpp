@@ -604,7 +604,7 @@ TEST(MPEGSubtitleDecoder, SetPaletteCopiesItsEntries) {
 }
 
 TEST(MPEGSubtitleDecoder, WithoutMemoryForTheTable) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     std::unique_ptr<MPEGSubtitleDecoder> decoder;
     {
         const AllocationFails fails(1024);

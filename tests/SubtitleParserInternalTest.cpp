@@ -587,8 +587,8 @@ TEST(SubtitleParserInternal, APushWithoutMemoryLeavesTheQueue) {
 }
 
 TEST(SubtitleParserInternal, APushWithoutHeapLeavesTheQueue) {
-    if (sizeof(void*) > 4) GTEST_SKIP() << "SKIPPED: texts come from the heap on 32-bit machines alone";
-    if (!test::AllocationFails::supported()) GTEST_SKIP() << "SKIPPED: allocations cannot be made to fail here";
+    if (sizeof(void*) > 4) GTEST_SKIP() << "texts come from the heap on 32-bit machines alone";
+    if (!test::AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     Queue queue;
     queue.push(0, "old", 1000, 2000);
     const std::vector<char> text(100, 'x');
@@ -609,7 +609,7 @@ TEST(SubtitleParserInternal, AQueueThatCannotGrowStaysAsItIs) {
         newFails = block == nullptr;
         ::operator delete(block);
     }
-    if (!newFails) GTEST_SKIP() << "SKIPPED: operator new cannot be made to fail here";
+    if (!newFails) GTEST_SKIP() << "operator new cannot be made to fail here";
     Queue queue;
     U32 pushed = 0;
     {

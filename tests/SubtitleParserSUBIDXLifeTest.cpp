@@ -109,7 +109,7 @@ TEST(SubtitleParserSUBIDX, KeepsUpTo512BytesOfThePath) {
 }
 
 TEST(SubtitleParserSUBIDX, AFailedAllocationLeavesTheLaterOnesOut) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     const struct {
         size_t atLeast;
         bool bitmap, tags, subtitle, raw;
@@ -188,7 +188,7 @@ TEST(SubtitleParserSUBIDX, InitBringsBuffersOfItsOwnSizes) {
 }
 
 TEST(SubtitleParserSUBIDX, InitWithoutMemoryKeepsNoBuffer) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     for (const size_t size : {8192 * sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG), size_t{0x10000}, size_t{0x10000 + 64}}) {
         SCOPED_TRACE(size);
         SubtitleParserSUBIDX parser(-1, -1, 0, 0);
@@ -496,7 +496,7 @@ TEST(SubtitleParserSUBIDX, ZerosStandBehindTheRawBuffer) {
 
 // kept(worker-fails-late)
 TEST(SubtitleParserSUBIDX, AFullTableEndsTheScanWithoutTheFlag) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     std::string idx = "id: en\n";
     for (unsigned i = 0; i < 8191; ++i) idx += samples::indexLine(i, i) + "\n";
     {

@@ -293,7 +293,7 @@ TEST(SubtitleParserSUBIDX, WhatAPayloadLacksReadsZero) {
 // --- working block and window -----------------------------------------------------------------------------------
 
 TEST(SubtitleParserSUBIDX, TheWorkingBlockIsSizedByTheIndex) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     const std::string packs = samples::packUnit(samples::encodeUnit(smallPicture()));
     const std::string sub = packs + packs + packs + packs;
     const struct {
@@ -342,7 +342,7 @@ TEST(SubtitleParserSUBIDX, TheWorkingBlockGrowsInSteps) {
     VobSubInMemory files;
     files.load(indexOf({0, 0}), sub);
     EXPECT_EQ(36000U, files.parser.GetData(0, nullptr, 0, 0, nullptr));
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     {
         const AllocationFails fails(65536);
         EXPECT_EQ(0U, files.parser.GetData(0, nullptr, 0, 0, nullptr));

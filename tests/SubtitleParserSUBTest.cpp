@@ -520,7 +520,7 @@ TEST(Sub, ReadsTheDescriptorWhateverItIsInItsOwnBeginParse) {
 // ------------------------------------------------------------------------------------------- threads and resources
 
 TEST(Sub, TriesNoFurtherWhenATrialLacksMemoryForItsTable) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     std::string content;
     while (content.size() < 8300 * 26) content += "00:00:01.00,00:00:02.00\nA\n";
     content += "[00:00:01]\r\nHello\r\n[00:00:04]\r\n";  // the second trial would take it
@@ -548,7 +548,7 @@ TEST(Sub, TriesNoFurtherWhenATrialLacksMemoryForItsTable) {
 }
 
 TEST(Sub, TriesNoFurtherWhenATrialLacksMemoryForItsBuffers) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     constexpr size_t kTable = 8192 * sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG);
     const struct {
         const char* what;
@@ -580,7 +580,7 @@ TEST(Sub, TriesNoFurtherWhenATrialLacksMemoryForItsBuffers) {
 
 // Nor does an empty file, which has a length.
 TEST(Sub, TriesNoFurtherWhenAnEmptyFileLacksMemory) {
-    if (!AllocationFails::supported()) GTEST_SKIP();
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     const TempFile file("");
     SubtitleParserSUB parser(pathOf(file.path()));
     const LogCapture log;

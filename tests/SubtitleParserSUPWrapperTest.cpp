@@ -406,7 +406,7 @@ private:
 TEST(SubtitleParserSUPWrapper, LoadsFromTheRealPath) {
     InstalledPlugin installed;
     if (!installed.permitted()) {
-        GTEST_SKIP() << "SKIPPED: not permitted to put a plug-in at " << kPluginPath << "; run as root to include this";
+        GTEST_SKIP() << "not permitted to put a plug-in at " << kPluginPath << "; run as root to include this";
     }
     const test::TempFile file(kPictures, ".sup");
     {

@@ -161,7 +161,7 @@ TEST(TagTableSort, HasNothingToDoWithoutATable) {
 
 // The C library's sort, which takes over without memory, would exchange equal ones.
 TEST(TagTableSort, LeavesATableInOrderAloneWithoutMemory) {
-    if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     const std::vector<U32> same(1000, 7);
     std::vector<U32> apart(1000, 0);  // as far as starts in order can be
     std::fill(apart.begin() + 500, apart.end(), 0x7FFFFFFF);
@@ -190,7 +190,7 @@ TEST(TagTableSort, GivesItsMemoryBack) {
 }
 
 TEST(TagTableSort, NeedsNoMemory) {
-    if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     std::vector<U32> starts;
     for (U32 i = 1000; i > 0; --i) starts.push_back(i);
     SubtitleParser parser;

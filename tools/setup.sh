@@ -7,8 +7,8 @@ packages_of() {
     android="android-liblog-dev android-libutils-dev android-libcutils-dev android-libbase-dev"
     case $1 in
     build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev libuchardet-dev" ;;
-    test) echo "libgtest-dev blueprint-tools" ;;
-    arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf"
+    test) echo "libgtest-dev pkg-config blueprint-tools" ;;
+    arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf pkg-config"
         for package in $android; do echo "$package:armhf"; done ;;
     clang | fuzz) echo "clang-14 libclang-rt-14-dev" ;;
     valgrind) echo "valgrind" ;;
@@ -34,11 +34,53 @@ as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
 }
 
+# say TEXT: on a terminal in place of what was said before.
+say() {
+    if [ -t 1 ]; then printf '\r\033[Ksetup: %.70s' "$1"; else echo "setup: $1"; fi
+}
+
+# step NUMBER TEXT: one package further; where lines stay, one in ten is said, and the last.
+step() {
+    if [ -t 1 ] || [ $(($1 % 10)) = 0 ] || [ "$1" = "$packages" ]; then say "$1 of $packages $2"; fi
+}
+
+# Keeps what apt writes, and says in short how far it is.
+follow() {
+    return=$(printf '\r')
+    packages=0 fetched=0 unpacked=0 ready=0
+    while IFS= read -r line; do
+        printf '%s\n' "$line" >>"$log"
+        line=${line%"$return"}
+        # shellcheck disable=SC2086  # into words
+        case $line in
+        [0-9]*' newly installed'*) set -- $line && packages=$(($1 + $3)) ;;
+        'Need to get '*' of archives.')
+            line=${line#'Need to get '}
+            say "$packages packages, ${line%' of archives.'} to fetch"
+            ;;
+        Get:*)
+            set -- $line
+            fetched=$((fetched + 1))
+            [ "$packages" = 0 ] || step $fetched "fetched: $5" # 0: package lists
+            ;;
+        'Unpacking '*) set -- $line && unpacked=$((unpacked + 1)) && step $unpacked "unpacked: $2" ;;
+        'Setting up '*) set -- $line && ready=$((ready + 1)) && step $ready "installed: $3" ;;
+        esac
+    done
+    [ ! -t 1 ] || printf '\r\033[K'
+}
+
+# A pipe has the status of its last command, so apt's goes through a file.
 apt() {
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=300 "$@" >>"$log" 2>&1
+    {
+        as_root env DEBIAN_FRONTEND=noninteractive LC_ALL=C apt-get -q -o DPkg::Lock::Timeout=300 "$@" 2>&1
+        echo $? >"$log.status"
+    } | follow
+    return "$(cat "$log.status")"
 }
 
 update_and_install() {
+    say "reading Debian's package lists"
     apt update || echo "setup: warning: 'apt-get update' failed; trying with the package lists at hand" >&2
     # shellcheck disable=SC2086  # a list of words
     apt install -y --no-install-recommends $missing
@@ -86,4 +128,5 @@ if ! update_and_install; then
         exit 1
     fi
 fi
-rm -f "$log"
+rm -f "$log" "$log.status"
+echo "setup: done"

@@ -382,7 +382,7 @@ void* (*volatile const allocateZeroed)(size_t, size_t) = calloc;
 void* (*volatile const resize)(void*, size_t) = realloc;
 
 TEST(AllocationFails, RefusesFromItsSizeOn) {
-    if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     void* const kept = allocate(100);
     ASSERT_NE(nullptr, kept);
     memset(kept, 7, 100);
@@ -407,7 +407,7 @@ TEST(AllocationFails, RefusesFromItsSizeOn) {
 }
 
 TEST(AllocationFails, RefusesUpToASize) {
-    if (!AllocationFails::supported()) GTEST_SKIP() << "this build cannot make allocations fail";
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
     const AllocationFails fails(10000, 12000);
     EXPECT_EQ(nullptr, allocate(10000));
     EXPECT_EQ(nullptr, allocateZeroed(12, 1000));
@@ -422,7 +422,8 @@ TEST(AllocationFails, IsSupportedWhereItShouldBe) {
     EXPECT_FALSE(AllocationFails::supported());
 #elif !defined(__clang__)
     const char* const preloaded = getenv("LD_PRELOAD");  // valgrind puts its own allocator in front
-    if (preloaded != nullptr && strstr(preloaded, "vgpreload") != nullptr) GTEST_SKIP();
+    if (preloaded != nullptr && strstr(preloaded, "vgpreload") != nullptr)
+        GTEST_SKIP() << "valgrind brings an allocator of its own";
     EXPECT_TRUE(AllocationFails::supported());
 #endif
 }

@@ -153,6 +153,7 @@ int MemoryProducer::takeFailure(Step step) {
 status_t MemoryProducer::dequeue(ANativeWindowBuffer** buffer, uint64_t usage) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (const int status = takeFailure(Step::kDequeue)) return status;
+    if (mRequiresConnection && mConnected == 0) return NO_INIT;
     if (isOut()) return INVALID_OPERATION;
     std::vector<uint8_t> spare;
     if (mBuffer != nullptr) spare.swap(mBuffer->pixels);
@@ -195,6 +196,30 @@ status_t MemoryProducer::cancel(ANativeWindowBuffer* buffer, int) {
     if (!isOut() || mBuffer.get() != buffer) return BAD_VALUE;
     mBuffer.reset();  // a lock that could not be undone ends with the buffer
     return OK;
+}
+
+status_t MemoryProducer::connect(int api) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    if (mConnected != 0) return BAD_VALUE;
+    mConnected = api;
+    return OK;
+}
+
+status_t MemoryProducer::disconnect(int api) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    if (mConnected != api) return BAD_VALUE;
+    mConnected = 0;
+    return OK;
+}
+
+void MemoryProducer::requireConnection() {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mRequiresConnection = true;
+}
+
+int MemoryProducer::connected() const {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mConnected;
 }
 
 }  // namespace host

@@ -56,12 +56,25 @@ Surface::Surface(const sp<IGraphicBufferProducer>& bufferProducer, bool) : mGrap
 Surface::~Surface() = default;
 
 int Surface::hookPerform(ANativeWindow* window, int operation, ...) {
-    if (operation != NATIVE_WINDOW_SET_USAGE64) return NAME_NOT_FOUND;
+    Surface* const self = getSelf(window);
+    status_t status = OK;
     va_list arguments;
     va_start(arguments, operation);
-    getSelf(window)->mUsage = va_arg(arguments, uint64_t);  // 64 bits, on 32-bit machines too
+    switch (operation) {
+        case NATIVE_WINDOW_SET_USAGE64:
+            self->mUsage = va_arg(arguments, uint64_t);  // 64 bits, on 32-bit machines too
+            break;
+        case NATIVE_WINDOW_API_CONNECT:
+            status = self->mGraphicBufferProducer->connect(va_arg(arguments, int));
+            break;
+        case NATIVE_WINDOW_API_DISCONNECT:
+            status = self->mGraphicBufferProducer->disconnect(va_arg(arguments, int));
+            break;
+        default:
+            status = NAME_NOT_FOUND;
+    }
     va_end(arguments);
-    return OK;
+    return status;
 }
 
 }  // namespace android

@@ -15,6 +15,10 @@ public:
     virtual status_t dequeue(ANativeWindowBuffer** buffer, uint64_t usage) = 0;
     virtual status_t queue(ANativeWindowBuffer* buffer, int fenceFd) = 0;
     virtual status_t cancel(ANativeWindowBuffer* buffer, int fenceFd) = 0;
+
+    /// Who may dequeue from now on, and who no longer does.
+    virtual status_t connect(int) { return OK; }
+    virtual status_t disconnect(int) { return OK; }
 };
 
 }  // namespace android

@@ -44,6 +44,10 @@ public:
     /// Makes the next `step` fail with `status` (not 0), after `passing` steps of that kind that do not fail.
     void failNext(Step step, int status, unsigned passing = 0);
 
+    /// From now on as on a television, where a queue that nobody is connected to hands out no buffer: NO_INIT.
+    void requireConnection();
+    int connected() const;  ///< the interface that is connected; 0: none
+
     /// The size of buffers that are dequeued from now on.
     void setGeometry(const Geometry& geometry);
 
@@ -67,6 +71,8 @@ public:
     android::status_t dequeue(ANativeWindowBuffer** buffer, uint64_t usage) override;
     android::status_t queue(ANativeWindowBuffer* buffer, int fenceFd) override;
     android::status_t cancel(ANativeWindowBuffer* buffer, int fenceFd) override;
+    android::status_t connect(int api) override;
+    android::status_t disconnect(int api) override;
 
     // The mapper's way to the pixels.
     android::status_t lock(uint32_t usage, const android::Rect& bounds, void** address);
@@ -88,6 +94,8 @@ private:
 
     mutable std::mutex mMutex;
     Geometry mGeometry;
+    int mConnected = 0;
+    bool mRequiresConnection = false;
     std::unique_ptr<Buffer> mBuffer;  ///< the one that is out, or whose memory waits for the next
     std::vector<Failure> mFailures;
     std::vector<Picture> mQueued;

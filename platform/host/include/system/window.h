@@ -10,7 +10,14 @@
 #define ANDROID_NATIVE_WINDOW_MAGIC ANDROID_NATIVE_MAKE_CONSTANT('_', 'w', 'n', 'd')
 
 enum {
+    NATIVE_WINDOW_API_CONNECT = 13,
+    NATIVE_WINDOW_API_DISCONNECT = 14,
     NATIVE_WINDOW_SET_USAGE64 = 30,
+};
+
+/// Who fills a window's buffers.
+enum {
+    NATIVE_WINDOW_API_CPU = 2,
 };
 
 struct ANativeWindow {
@@ -49,6 +56,14 @@ typedef struct ANativeWindow ANativeWindow;
 /// Sets the usage bits of buffers that are dequeued from now on.
 static inline int native_window_set_usage(struct ANativeWindow* window, uint64_t usage) {
     return window->perform(window, NATIVE_WINDOW_SET_USAGE64, usage);
+}
+
+/// Takes the queue behind the window for `api`, or gives it free. BAD_VALUE when somebody has it, or somebody else.
+static inline int native_window_api_connect(struct ANativeWindow* window, int api) {
+    return window->perform(window, NATIVE_WINDOW_API_CONNECT, api);
+}
+static inline int native_window_api_disconnect(struct ANativeWindow* window, int api) {
+    return window->perform(window, NATIVE_WINDOW_API_DISCONNECT, api);
 }
 
 /// Dequeues a buffer and waits for its fence.
