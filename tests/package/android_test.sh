@@ -70,7 +70,7 @@ if command -v bpfmt >/dev/null; then
     form=$(bpfmt -d Android.bp)
     [ -z "$form" ] || { printf 'Android.bp is not in its form: bpfmt -w Android.bp\n%s\n' "$form"; problems=$((problems + 1)); }
 else
-    echo "bpfmt (Debian: blueprint-tools) is not installed: the form was not looked at"
+    echo "SKIPPED: bpfmt (Debian: blueprint-tools) is not installed, Android.bp's form was not looked at"
 fi
 echo "Android.bp: $(wc -l <<<"$sources") sources, $(of libvxsubtitle shared_libs | wc -l) libraries; $problems problems"
 [ "$problems" -eq 0 ]
