@@ -72,7 +72,7 @@ if(NOT VXSUBTITLE_SANITIZE AND NOT VXSUBTITLE_SANITIZE_LIBRARY)
     target_link_options(vxsubtitle_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
 endif()
 
-# A library as shipped is the same wherever it is built: no path of the building machine goes into it.
+# A library as shipped is the same wherever it is built: no path of the building machine goes into it (nor into its run
+# path: BUILD_RPATH_USE_ORIGIN).
 target_compile_options(vxsubtitle_options INTERFACE
     $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
