@@ -71,7 +71,7 @@ release:
 .PHONY: install
 install: prefix = $(or $(PREFIX),/usr/local)
 install: release
-	@cmake --install build/release --prefix "$(prefix)" >build/install.log || { tail -n 3 build/install.log; \
+	@cmake --install build/release --prefix "$(prefix)" >build/install.log || { \
 	    echo 'make install: that did not work: another PREFIX=, or as root' >&2; exit 1; }
 	@[ "$$(id -u)" != 0 ] || [ -n "$(DESTDIR)" ] || ldconfig
 	@echo 'vxsubtitle is in $(DESTDIR)$(prefix)'
