@@ -48,6 +48,12 @@ help:
 	@echo '              32-bit ARM under qemu-user; both tables go there, too'
 	@echo 'make instructions  the instructions of each operation against bench/instructions.txt'
 	@echo "              (RECORD=1 REASON='what changed': writes them anew)"
+	@echo 'make abi      the binary interface on both processors against the reviewed one in tests/package/abi'
+	@echo "              (RECORD=1 REASON='what changed': writes it anew)"
+	@echo 'make size     what the stripped ARM library takes against its budget, tests/package/budget.txt (RECORD=1 as above)'
+	@echo 'make reproducible  builds the library in two folders, and compares them to the byte'
+	@echo 'make android  builds and runs the host tests as Android.bp says'
+	@echo 'make docs     the reference of the public headers, into build/docs'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make install  puts them into PREFIX=/usr/local, for CMake and pkg-config to find (DESTDIR is heeded)'
 	@echo 'make format   clang-format on every source; make check-format only looks'
@@ -180,6 +186,35 @@ instructions:
 	@$(SETUP) build instructions
 	@cmake --preset bench --log-level=WARNING && cmake --build --preset bench --target vxsubtitle_instructions
 	@tools/instructions.py build/bench/bench/vxsubtitle_instructions $(if $(RECORD),--record "$$REASON")
+
+.PHONY: abi
+abi:
+	@$(SETUP) build arm abi
+	$(call build,abi)
+	$(call build,abi-arm)
+	@tools/abi.sh $(if $(RECORD),--record "$$REASON") \
+	    armv7l=build/abi-arm/libvxsubtitle.so x86_64=build/abi/libvxsubtitle.so
+
+.PHONY: size
+size:
+	@$(SETUP) arm
+	$(call build,abi-arm)
+	@tools/size.sh $(if $(RECORD),--record "$$REASON") build/abi-arm/libvxsubtitle.so
+
+.PHONY: reproducible
+reproducible:
+	@$(SETUP) arm
+	@tools/reproducible.sh abi-arm
+
+.PHONY: android
+android:
+	@$(SETUP) build test
+	@JOBS=$(JOBS) tools/android_host.sh
+
+.PHONY: docs
+docs:
+	@$(SETUP) docs
+	@tools/docs.sh
 
 .PHONY: format
 format:

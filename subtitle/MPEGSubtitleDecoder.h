@@ -12,8 +12,9 @@ struct Cmd {
     U8 extendField[6];  ///< the argument bytes, as many as the command has
 };
 
+/// Size of a frame buffer; nobody looks at it.
 struct FBSetting {
-    U16 u16FullPixelBuffer_Width, u16FullPixelBuffer_Height, u16FullPixelBuffer_Pitch;
+    U16 u16FullPixelBuffer_Width, u16FullPixelBuffer_Height, u16FullPixelBuffer_Pitch;  ///< pixels
 };
 
 /// What the commands of a unit build up.
@@ -31,11 +32,16 @@ struct DisplayParam {
 /// Commands in the order of arrival: a ring of 30, nothing is allocated.
 class CmdQueue {
 public:
-    static constexpr U8 kCapacity = 30;
+    static constexpr U8 kCapacity = 30;  ///< commands that it holds at most
 
+    /// How many it holds.
     U8 size() const { return mCount; }
+
+    /// Whether there is none, or room for none.
     bool empty() const { return mCount == 0; }
     bool full() const { return mCount == kCapacity; }
+
+    /// Drops all.
     void clear() { mFirst = mCount = 0; }
 
     /// Requires `!full()`.
@@ -117,17 +123,18 @@ public:
     /// Moves the first command out. `FALSE` when there is none.
     BOOL __cmd_queue_pop(Cmd* cmd);
 
+    /// Drops all commands.
     void __cmd_queue_reset();
 
-    CmdQueue m_CmdQueue;
+    CmdQueue m_CmdQueue;               ///< the commands of the unit, until they are applied
     FBSetting m_FB_setting;            ///< not used
     RGBPaletteColor* m_pPaletteTable;  ///< 256 entries, the first 16 from the index; owned; null without memory
-    DisplayParam m_display_param;
-    EN_SBT_TYPE m_enSubType;      ///< not used
-    U16 m_u16_DCSQCT_addr;        ///< offset of the control sequence table within the unit
-    U32 m_u32_SPU_Display_Pts;    ///< not used
-    BOOL m_bVobSubPaletteSetted;  ///< a palette was loaded
-    U8 m_u8IdxInnerCheck;         ///< the fallback palette's choice (low two bits) and 4 for each unit that agreed
+    DisplayParam m_display_param;      ///< what they built up
+    EN_SBT_TYPE m_enSubType;           ///< not used
+    U16 m_u16_DCSQCT_addr;             ///< offset of the control sequence table within the unit
+    U32 m_u32_SPU_Display_Pts;         ///< not used
+    BOOL m_bVobSubPaletteSetted;       ///< a palette was loaded
+    U8 m_u8IdxInnerCheck;              ///< the fallback palette's choice (low two bits) and 4 for each unit that agreed
 };
 
 }  // namespace android

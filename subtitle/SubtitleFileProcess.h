@@ -12,8 +12,9 @@ namespace android {
 /// destroys it in its destructor. Not thread-safe: one thread at a time.
 class VXSUBTITLE_API SubtitleFileProcess {
 public:
+    /// Where the data comes from.
     enum FileSourceType : U32 {
-        SOURCE_TYPE_UNKNOWN = 0,
+        SOURCE_TYPE_UNKNOWN = 0,            ///< no constructor chooses it
         SOURCE_TYPE_URL = 1,                ///< a path, or the descriptor that this object owns
         SOURCE_TYPE_FD = 2,                 ///< the bare descriptor, without a stream; no constructor chooses it
         SOURCE_TYPE_URL_OFFSET_LENGTH = 3,  ///< a part of a file
@@ -49,12 +50,12 @@ public:
     /// Repositions the descriptor, not the stream. Always 0.
     S64 Seek(U32 offset, U32 whence);
 
-    FileSourceType mSourceType;
-    char pFileName[512];  ///< the path, padded with zeros
-    FILE* fpFile;         ///< the stream that `Open` made; null when none
-    int mFd;              ///< a descriptor owned by this object; -1 when none
-    S64 mOffset;          ///< start of the data within the file, bytes
-    S64 mLength;          ///< length of the data, bytes
+    FileSourceType mSourceType;  ///< chosen by the constructor
+    char pFileName[512];         ///< the path, padded with zeros
+    FILE* fpFile;                ///< the stream that `Open` made; null when none
+    int mFd;                     ///< a descriptor owned by this object; -1 when none
+    S64 mOffset;                 ///< start of the data within the file, bytes
+    S64 mLength;                 ///< length of the data, bytes
 };
 
 }  // namespace android

@@ -51,6 +51,7 @@ public:
     /// Reads and scans the file. `TRUE` when the scan has finished within the parser's time limit.
     virtual BOOL BeginParse();
 
+    /// Always `TRUE`, and nothing else: a worker that still runs is stopped by `Deinit` and by the destructor.
     virtual BOOL StopParse();
 
     /// Whether `length` bytes are UTF-8 of at most three bytes a character. A sequence cut off by the end counts
@@ -104,7 +105,10 @@ public:
     virtual U16 BIG52Unicode(U16 code);
     virtual U16 Spanish2Unicode(const U8 code);
 
+    /// Draws nothing. Always `TRUE`.
     virtual BOOL RenderSubtitle();
+
+    /// Number of tags in the table.
     virtual U32 GetTagNum();
 
     /// Frame rate for formats that count frames: 1 to 99 frames per second, or thousandths above 1000. 0 is

@@ -66,7 +66,7 @@ public:
         m_vSubtitleInfo;                              ///< the queue, by start time; guarded by mLock
     U32 m_u32LastTimeMs;                              ///< play time of the last push, milliseconds; guarded by mLock
     EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE m_enCodeType;  ///< encoding of the entry pushed or read last; guarded by mLock
-    Mutex mLock;
+    Mutex mLock;                                      ///< held by every operation for its whole run
 };
 
 }  // namespace android

@@ -7,6 +7,7 @@ namespace android {
 
 class VXSUBTITLE_API SubtitleParserSRT : public SubtitleParser {
 public:
+    /// The file at `path`, of which up to 511 bytes are kept; `BeginParse` opens it.
     explicit SubtitleParserSRT(char* path);
 
     /// Takes a duplicate of `fd`; the whole file is read, `offset` and `length` are kept and not applied.

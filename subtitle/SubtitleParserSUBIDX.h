@@ -20,8 +20,8 @@ class MPEGSubtitleDecoder;
 /// One track: the range of its tags in the tag table, both ends included.
 struct ST_MEDIA_SUBTITLE_PARSER_SUBIDX_PRIVATE_TRACK_INFO {
     EN_MEDIA_SUBTITLE_PARSER_LANGUAGE eLanguage;  ///< UNDEFINED when the index names none that is known
-    U32 u32TagStart;
-    U32 u32TagEnd;
+    U32 u32TagStart;                              ///< index of its first tag
+    U32 u32TagEnd;                                ///< index of its last tag
 };
 
 /// Tags of all tracks stand in one table in file order. A tag's start time has the index's delay added, its end time

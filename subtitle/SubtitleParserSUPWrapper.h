@@ -17,6 +17,7 @@ class SubtitleParserSUP;  // the plug-in's class: known by name alone, called as
 /// that are not listed here are the base's and do not reach the plug-in.
 class VXSUBTITLE_API SubtitleParserSUPWrapper : public SubtitleParser {
 public:
+    /// Loads the plug-in and hands it `path`.
     explicit SubtitleParserSUPWrapper(char* path);
 
     /// The plug-in's entry point gets `fd`, `offset` and `length` in place of the path.

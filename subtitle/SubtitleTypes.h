@@ -11,6 +11,7 @@
 
 namespace android {
 
+/// Numbers by their width in bits, unsigned and signed.
 typedef uint8_t U8;
 typedef uint16_t U16;
 typedef unsigned int U32;
@@ -18,13 +19,16 @@ typedef unsigned long long U64;  // long long on every machine, whatever the pla
 typedef int16_t S16;
 typedef int S32;
 typedef long long S64;
+
+/// A truth value in a byte: `TRUE` or `FALSE`.
 typedef U8 BOOL;
 
-#ifndef FALSE  // a player's own headers may have defined them as macros
-constexpr BOOL FALSE = 0;
+// A player's own headers may have defined both as macros.
+#ifndef FALSE
+constexpr BOOL FALSE = 0;  ///< no, or it failed
 #endif
 #ifndef TRUE
-constexpr BOOL TRUE = 1;
+constexpr BOOL TRUE = 1;  ///< yes, or it worked
 #endif
 
 /// Format of a subtitle file. LRC is reserved: no parser of this library reports it.
@@ -129,24 +133,24 @@ struct ST_MEDIA_SUBTITLE_PARSER_TAG {
     U32 u32TimeStart;  ///< presentation start, milliseconds from the start of the movie
     U32 u32TimeEnd;    ///< presentation end, milliseconds
     S64 s64Pos;        ///< text: byte offset of the entry's first text byte in the file's data, also for UTF-16
-    EN_MEDIA_SUBTITLE_PARSER_DATA_TYPE eDataType;
+    EN_MEDIA_SUBTITLE_PARSER_DATA_TYPE eDataType;  ///< always WHOLE in the tables of this library
 };
 
 /// One subtitle track. Text parsers fill `eSubtitleType` and `eCodeType` alone.
 struct ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO {
-    EN_MEDIA_SUBTITLE_PARSER_LANGUAGE eLanguage;
-    EN_MEDIA_SUBTITLE_PARSER_TYPE eSubtitleType;
-    EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE eCodeType;
-    U32 au32Palette[256];        ///< colours of a bitmap track
-    U32 u32OriginX, u32OriginY;  ///< top-left corner of a bitmap track's display area, pixels
-    U32 u32Width, u32Height;     ///< size of that area, pixels
+    EN_MEDIA_SUBTITLE_PARSER_LANGUAGE eLanguage;   ///< UNDEFINED when unknown
+    EN_MEDIA_SUBTITLE_PARSER_TYPE eSubtitleType;   ///< the format
+    EN_MEDIA_SUBTITLE_PARSER_CODE_TYPE eCodeType;  ///< how texts or pixels are to be read
+    U32 au32Palette[256];                          ///< colours of a bitmap track
+    U32 u32OriginX, u32OriginY;                    ///< top-left corner of a bitmap track's display area, pixels
+    U32 u32Width, u32Height;                       ///< size of that area, pixels
 };
 
 /// Overview of a multi-track file.
 struct ST_MEDIA_SUBTITLE_PARSER_INFO {
-    EN_MEDIA_SUBTITLE_PARSER_TYPE eSubtitleType;
-    U32 u32TrackNum;
-    U32 u32CurrentTrackIndex;
+    EN_MEDIA_SUBTITLE_PARSER_TYPE eSubtitleType;  ///< the format
+    U32 u32TrackNum;                              ///< how many tracks there are
+    U32 u32CurrentTrackIndex;                     ///< not filled in by this library
 };
 
 /// Buffer sizes that a parser asks the player to provide.
@@ -158,37 +162,45 @@ struct ST_MEDIA_SUBTITLE_PARSER_BUFFER_SIZE {
 
 /// Geometry of one decoded bitmap subtitle, pixels; X and Y are its top-left corner.
 struct stSubDecoderInfo {
-    U16 u16Width, u16Height, u16X, u16Y;
+    U16 u16Width, u16Height, u16X, u16Y;  ///< pixels
 };
 
 /// One palette colour: alpha, red, green, blue.
 struct RGBPaletteColor {
-    U8 a, r, g, b;
+    U8 a, r, g, b;  ///< 0 to 255 each
 };
 
 /// One inclusive range of double-byte codes, lead byte x 256 + trail byte.
 struct CharRange {
-    U16 first, last;
+    U16 first, last;  ///< codes, both in the range
 };
 
-/// Rows of the conversion tables, sorted ascending by the legacy code.
+/// A row of the table of GBK, which is sorted by its code.
 struct GB2UnicodeTbl {
-    U16 u16GBcode, u16Unicode;
+    U16 u16GBcode, u16Unicode;  ///< lead byte x 256 + trail byte, and its UTF-16
 };
+
+/// A row of the table of Big5, which is sorted by its code.
 struct Big52UnicodeTb3 {
-    U16 u16Big5code, u16Unicode;
+    U16 u16Big5code, u16Unicode;  ///< lead byte x 256 + trail byte, and its UTF-16
 };
+
+/// A row of the table of Windows-1256, which is sorted by its code.
 struct Farsi2UnicodeTb2 {
-    U8 u8Farsicode;
-    U16 u16Unicode;
+    U8 u8Farsicode;  ///< the byte
+    U16 u16Unicode;  ///< its UTF-16
 };
+
+/// A row of the table of Windows-1252, which is sorted by its code.
 struct Spanish2UnicodeTb4 {
-    U8 u8Spanishcode;
-    U16 u16Unicode;
+    U8 u8Spanishcode;  ///< the byte
+    U16 u16Unicode;    ///< its UTF-16
 };
+
+/// A row of the table of ISO 8859-8, which is sorted by its code.
 struct Hebrew2UnicodeTb5 {
-    U8 u8Hebrewcode;
-    U16 u16Unicode;
+    U8 u8Hebrewcode;  ///< the byte
+    U16 u16Unicode;   ///< its UTF-16
 };
 
 }  // namespace android

@@ -7,7 +7,7 @@ packages_of() {
     android="android-liblog-dev android-libutils-dev android-libcutils-dev android-libbase-dev"
     case $1 in
     build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev libuchardet-dev" ;;
-    test) echo "libgtest-dev pkg-config" ;;
+    test) echo "libgtest-dev pkg-config blueprint-tools" ;;
     arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf pkg-config"
         for package in $android; do echo "$package:armhf"; done ;;
     clang | fuzz) echo "clang-14 libclang-rt-14-dev" ;;
@@ -16,6 +16,8 @@ packages_of() {
     mutants) echo "python3" ;;
     bench) echo "pkg-config libavformat-dev libavcodec-dev libass-dev" ;;
     instructions) echo "valgrind python3" ;;
+    abi) echo "abigail-tools" ;;
+    docs) echo "doxygen" ;;
     format) echo "clang-format-14" ;;
     tidy) echo "clang-tidy-14" ;;
     ci) echo "git make python3" ;;

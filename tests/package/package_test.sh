@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the release library, installs it, compares its exported symbols with the reviewed list, compiles every
-# installed header alone, and builds and runs projects of their own that know the package alone: in a folder of one's
-# choice, moved from there, and in the default one.
+# Builds the release library, installs it, compares its exported symbols with the reviewed list, looks at its hardening,
+# compiles every installed header alone, and builds and runs projects of their own that know the package alone: in a
+# folder of one's choice, moved from there, and in the default one.
 #
 # usage: package_test.sh SOURCE_DIR WORK_DIR PROCESSOR [TOOLCHAIN_FILE EMULATOR COMPILER]
 set -euo pipefail
@@ -24,7 +24,8 @@ command -v pkg-config > /dev/null || fail "pkg-config is not installed; tools/se
 mkdir -p "$work"
 rm -rf "$prefix" "$work/moved" "$work/staged" "$work/samples" "$work/consumer" "$work/new"
 cmake -S "$source" -B "$work/build" -DCMAKE_BUILD_TYPE=Release \
-    -DVXSUBTITLE_BUILD_TESTS=OFF -DVXSUBTITLE_BUILD_TOOLS=OFF > "$work.configure.log"
+    -DVXSUBTITLE_BUILD_TESTS=OFF -DVXSUBTITLE_BUILD_TOOLS=OFF -DVXSUBTITLE_STACK_PROTECTOR=ON \
+    > "$work.configure.log"
 cmake --build "$work/build" -j2 > "$work.build.log" || { tail -40 "$work.build.log"; fail "the release build"; }
 cmake --install "$work/build" --prefix "$prefix" > "$work.install.log"
 DESTDIR=$work/staged cmake --install "$work/build" >> "$work.install.log"  # the default prefix
@@ -33,6 +34,8 @@ DESTDIR=$work/staged cmake --install "$work/build" >> "$work.install.log"  # the
 nm -D --defined-only "$prefix/lib/libvxsubtitle.so" | awk '{print $NF}' | LC_ALL=C sort > "$work.symbols"
 [ -z "${VXSUBTITLE_ACCEPT_SYMBOLS:-}" ] || cp "$work.symbols" "$expected"
 diff -u "$expected" "$work.symbols" | c++filt || fail "the exported symbols are not those of $expected"
+
+"$source/tests/package/hardening_test.sh" "$prefix/lib/libvxsubtitle.so" "$source" "$work" || fail "the hardening"
 
 # What lies directly in subtitle/ is public: every header there is installed, and compiles alone, as C++14 and with
 # nothing of the platform but what Debian packages with libutils.
