@@ -175,6 +175,11 @@ TYPED_TEST(LineText, FillsTheWorkBufferAnew) {
               std::string(reinterpret_cast<char*>(parser.m_pu8SubtitleBuffer) + 7, 8192 - 7));
     EXPECT_EQ(0, parser.m_s64SubtitleBufferPosition);
     EXPECT_EQ(2 + 7 + 6u, parser.m_u32SubtitleBufferDataSize);
+    for (const size_t touched : {size_t{7}, size_t{8191}}) {
+        parser.m_pu8SubtitleBuffer[touched] = 'x';
+        EXPECT_EQ("Hello", textOf(parser, 0));
+        EXPECT_EQ(0, parser.m_pu8SubtitleBuffer[touched]) << touched;
+    }
 }
 
 TYPED_TEST(LineText, CutsALongEntryToTheWorkBuffer) {

@@ -466,6 +466,8 @@ TEST(SubtitleParserSUBIDX, AMarkWhereAWindowBeginsCountsAsOne) {
     Scanned utf8(head + "\xEF\xBB\xBF" + kFirst + kSecond + tail);
     EXPECT_EQ(Texts({"2000@800"}), tagsOf(utf8.parser()));
     EXPECT_EQ(Texts({kUnknown}), utf8.log);
+    EXPECT_EQ(Texts({"1000@0"}), tagsOf(Scanned(fill(4096) + "\xFF\xFE\n" + kFirst).parser()))
+        << "the file is read whole";
     Scanned plain(head + kFirst + kSecond + tail);
     EXPECT_EQ(Texts({"1000@0", "2000@800"}), tagsOf(plain.parser()));
 

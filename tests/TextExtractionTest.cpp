@@ -2,12 +2,15 @@
 // the formats' scans stand on.
 #include <gtest/gtest.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "subtitle/SubtitleParser.h"
@@ -902,6 +905,27 @@ TEST(StrUpr, RefusesNullAndTakesNothing) {
     EXPECT_EQ(TRUE, parser.StrUpr(&unit, 0, &unit));
     EXPECT_EQ('a', byte);
     EXPECT_EQ('a', unit);
+}
+
+// ------------------------------------------------------------------------------------------- the buffer's end
+
+TEST(WorkBuffer, NothingBehindItIsLookedAt) {
+    constexpr size_t kSize = 8192;
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t mapped = kSize + page;
+    void* const memory = mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, memory);
+    ASSERT_EQ(0, mprotect(static_cast<U8*>(memory) + kSize, page, PROT_NONE));
+    for (const auto type : {kNative, kUtf16Le, kUtf16Be}) {
+        for (const char* const head : {"", "x", "<i>", "{y:i}12345"}) {
+            Entries parser(type, {head + std::string(3 * kSize, 'a'), "end"});
+            U8* const own = std::exchange(parser.m_pu8SubtitleBuffer, static_cast<U8*>(memory));
+            U8 shown[4 * kSize];
+            EXPECT_LT(kSize / 2 - 32, parser.GetData(0, shown, sizeof shown, 0)) << type << head;
+            parser.m_pu8SubtitleBuffer = own;
+        }
+    }
+    munmap(memory, mapped);
 }
 
 // --------------------------------------------------------------------------------------------------------- cost
