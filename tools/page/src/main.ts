@@ -1,0 +1,25 @@
+/// Where the page begins.
+
+import './style/page.css';
+
+import { notices, startWorker, wasmModule } from './embedded';
+import { createEngine } from './engine/client';
+import type { FileIn } from './engine/types';
+import { DeepLinks } from './session/DeepLinks';
+import { embeddedFiles } from './session/embeddedFiles';
+import { App } from './view/App';
+
+const engine = createEngine({ wasm: wasmModule, startWorker });
+const app = new App(engine, notices());
+
+/// For tests, and for whoever likes to look behind the page.
+Object.assign(window, { vxsubPage: { engine, open: (files: FileIn[]) => app.session.add(files) } });
+
+async function openEmbedded(): Promise<void> {
+    const links = new DeepLinks(app.session, app.player, app.selection);
+    const files = await embeddedFiles();
+    if (files.length > 0) await app.session.add(files);
+    links.start();
+}
+
+void openEmbedded();

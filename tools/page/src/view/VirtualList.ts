@@ -1,0 +1,110 @@
+/// A list of any length of which only the rows in the window exist.
+
+import { h } from '../dom';
+import { RowLayout } from '../model/rows';
+
+export interface RowSource {
+    count: number;
+    rowHeight: number;
+    /// A new, empty row.
+    create(): HTMLElement;
+    /// Puts the row's contents into an element that may have shown another row.
+    fill(row: HTMLElement, place: number): void;
+}
+
+const EMPTY: RowSource = { count: 0, rowHeight: 1, create: () => h('div'), fill: () => undefined };
+
+export class VirtualList {
+    private source = EMPTY;
+    private layout = new RowLayout(0, 1);
+    private readonly rows = new Map<number, HTMLElement>();
+    private readonly spares: HTMLElement[] = [];
+    private readonly spacer = h('div', { class: 'list-space', role: 'presentation' });
+    private isDue = false;
+
+    /// `box` scrolls; what it holds besides, such as a header, stays.
+    constructor(private readonly box: HTMLElement) {
+        box.append(this.spacer);
+        box.addEventListener('scroll', () => this.refreshSoon(), { passive: true });
+        new ResizeObserver(() => this.refreshSoon()).observe(box);
+    }
+
+    show(source: RowSource): void {
+        this.clear();
+        this.source = source;
+        this.layout = new RowLayout(source.count, source.rowHeight);
+        this.spacer.style.height = `${this.layout.height}px`;
+        this.box.scrollTop = 0;
+        this.refresh();
+    }
+
+    get rowsInView(): number {
+        return Math.max(1, Math.floor(this.viewHeight / this.source.rowHeight));
+    }
+
+    private get viewHeight(): number {
+        return this.box.clientHeight - this.spacer.offsetTop;
+    }
+
+    private clear(): void {
+        for (const row of this.rows.values()) row.remove();
+        this.rows.clear();
+        this.spares.length = 0;
+    }
+
+    /// Fills the rows anew at the next frame.
+    refreshSoon(): void {
+        if (this.isDue) return;
+        this.isDue = true;
+        requestAnimationFrame(() => {
+            this.isDue = false;
+            this.refresh();
+        });
+    }
+
+    private refresh(): void {
+        const { first, count, top } = this.layout.windowAt(this.box.scrollTop, this.viewHeight);
+        this.retire(first, first + count);
+        for (let place = first; place < first + count; place += 1) {
+            const row = this.rowFor(place);
+            row.style.transform = `translateY(${top + (place - first) * this.source.rowHeight}px)`;
+            this.source.fill(row, place);
+        }
+    }
+
+    private retire(first: number, end: number): void {
+        for (const [place, row] of this.rows) {
+            if (place >= first && place < end) continue;
+            this.rows.delete(place);
+            this.spares.push(row);
+            row.hidden = true;
+            row.removeAttribute('id');
+        }
+    }
+
+    private rowFor(place: number): HTMLElement {
+        const known = this.rows.get(place);
+        if (known) return known;
+        const row = this.spares.pop() ?? this.newRow();
+        row.hidden = false;
+        this.rows.set(place, row);
+        return row;
+    }
+
+    private newRow(): HTMLElement {
+        const row = this.source.create();
+        row.classList.add('list-row');
+        row.style.height = `${this.source.rowHeight}px`;
+        this.spacer.append(row);
+        return row;
+    }
+
+    reveal(place: number): void {
+        this.box.scrollTop = this.layout.reveal(place, this.box.scrollTop, this.viewHeight);
+        this.refreshSoon();
+    }
+
+    rowAt(place: number): HTMLElement | undefined {
+        return this.rows.get(place);
+    }
+}
