@@ -22,10 +22,6 @@ std::string rateText(U32 thousandths) {
 /// The rate of --fps, which is whole or in thousandths.
 U32 givenThousandths(U32 frameRate) { return frameRate < 1000 ? frameRate * 1000 : frameRate; }
 
-bool isRounded(const FrameRate& rate, const OpenOptions& options) {
-    return rate.from == RateFrom::Player && rate.thousandths != givenThousandths(*options.frameRate);
-}
-
 }  // namespace
 
 std::string describeReading(const Decoder& decoder) {
@@ -45,6 +41,10 @@ std::string describeReading(const Decoder& decoder) {
             return shown + ", because nothing tells; choose another with --native";
     }
     return {};
+}
+
+bool isRounded(const FrameRate& rate, const OpenOptions& options) {
+    return rate.from == RateFrom::Player && rate.thousandths != givenThousandths(*options.frameRate);
 }
 
 std::string describeRate(const FrameRate& rate, const OpenOptions& options) {

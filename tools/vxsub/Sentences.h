@@ -10,6 +10,9 @@ namespace vxsub {
 /// What the texts were taken for, where the file does not say it.
 std::string describeReading(const Decoder& decoder);
 
+/// Whether it is not the rate that the player named.
+bool isRounded(const FrameRate& rate, const OpenOptions& options);
+
 /// "25 frames a second, from --fps"
 std::string describeRate(const FrameRate& rate, const OpenOptions& options);
 

@@ -6,8 +6,4 @@ extern "C" {
 void* dlopen(const char*, int) { return nullptr; }
 void* dlsym(void*, const char*) { return nullptr; }
 int dlclose(void*) { return 0; }
-char* dlerror() {
-    static char reason[] = "a page loads no plug-ins";
-    return reason;
-}
 }

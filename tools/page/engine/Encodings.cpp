@@ -11,9 +11,9 @@
 
 // clang-format off
 EM_JS(int, vxGuess, (const char* bytes, size_t size, char* name, int room), {
-    const guessed = Module.guessEncoding ? Module.guessEncoding(HEAPU8.subarray(bytes, bytes + size)) : '';
+    const guessed = Module.guessEncoding(HEAPU8.subarray(bytes, bytes + size));
     return stringToUTF8(guessed, name, room);
-});
+})
 
 // Fills in 256 characters of one byte and 65536 of two, lead byte first; -1 where there is none.
 EM_JS(int, vxTabulate, (const char* label, int32_t* single, int32_t* pairs), {
@@ -38,7 +38,7 @@ EM_JS(int, vxTabulate, (const char* label, int32_t* single, int32_t* pairs), {
         }
     }
     return 1;
-});
+})
 // clang-format on
 
 namespace meant {

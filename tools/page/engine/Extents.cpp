@@ -38,19 +38,27 @@ size_t endOfElement(std::string_view bytes, size_t at, size_t limit) {
 
 }  // namespace
 
-std::vector<U32> extentsOf(std::string_view bytes, const std::vector<U32>& offsets,
-                           EN_MEDIA_SUBTITLE_PARSER_TYPE type, bool isWide) {
-    std::vector<U32> extents, sorted = offsets;
+std::vector<U32> gapsBehind(const std::vector<U32>& offsets, size_t size) {
+    std::vector<U32> gaps, sorted = offsets;
     std::sort(sorted.begin(), sorted.end());
-    extents.reserve(offsets.size());
+    gaps.reserve(offsets.size());
     for (const U32 offset : offsets) {
         const auto next = std::upper_bound(sorted.begin(), sorted.end(), offset);
-        const size_t limit = std::min(bytes.size(), next == sorted.end() ? bytes.size() : size_t(*next));
-        const size_t at = std::min<size_t>(offset, limit);
+        const size_t limit = std::min(size, next == sorted.end() ? size : size_t(*next));
+        gaps.push_back(U32(limit - std::min<size_t>(offset, limit)));
+    }
+    return gaps;
+}
+
+std::vector<U32> extentsOf(std::string_view bytes, const std::vector<U32>& offsets,
+                           EN_MEDIA_SUBTITLE_PARSER_TYPE type, bool isWide) {
+    std::vector<U32> extents = gapsBehind(offsets, bytes.size());
+    for (size_t i = 0; i < offsets.size(); ++i) {
+        const size_t at = std::min<size_t>(offsets[i], bytes.size()), limit = at + extents[i];
         const size_t end = type == E_MEDIA_SUBTITLE_PARSER_TYPE_SMI
                                ? endOfElement(bytes, at, limit)
                                : endOfText(bytes, at, limit, type != E_MEDIA_SUBTITLE_PARSER_TYPE_SRT, isWide);
-        extents.push_back(U32(end - at));
+        extents[i] = U32(end - at);
     }
     return extents;
 }

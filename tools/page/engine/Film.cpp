@@ -124,10 +124,16 @@ Json Film::vobSub() const {
             {"pictureBytes", index->m_s64DataTotalSizeSub}};
 }
 
-Json Film::facts(Arrays& arrays) {
-    if (mFile == nullptr) return {{"refused", mRefusal}};
+std::vector<U32> Film::extents() const {
     const bool isWide = mFile->codeType() == android::E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE ||
                         mFile->codeType() == android::E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
+    const android::SubtitleParserSUBIDX* const index = mFile->vobSub();
+    if (index != nullptr) return gapsBehind(mOffsets, size_t(index->m_s64DataTotalSizeSub));
+    return extentsOf(mFile->bytes(), mOffsets, mFile->type(), isWide);
+}
+
+Json Film::facts(Arrays& arrays) {
+    if (mFile == nullptr) return {{"refused", mRefusal}};
     const bool isText = !mFile->hasPictures();
     const std::optional<FrameRate> rate = mFile->frameRate();
     return {{"format", nameOf(mFile->type()).word},
@@ -140,8 +146,7 @@ Json Film::facts(Arrays& arrays) {
             {"starts", arrays.put(mStarts)},
             {"ends", arrays.put(mEnds)},
             {"offsets", arrays.put(mOffsets)},
-            {"lengths", isText ? arrays.put(extentsOf(mFile->bytes(), mOffsets, mFile->type(), isWide))
-                               : arrays.put(std::vector<U32>(mOffsets.size()))},
+            {"lengths", arrays.put(extents())},
             {"marks", arrays.put(mMarks)},
             {"tracks", tracks()},
             {"isPictures", !isText},

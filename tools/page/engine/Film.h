@@ -39,6 +39,7 @@ private:
     void gatherTables();
     Json tracks() const;
     Json vobSub() const;
+    std::vector<U32> extents() const;
     std::string row(U32 index);
     const meant::Source& source();
     size_t lineStart(size_t line);
