@@ -18,6 +18,9 @@ packages_of() {
     instructions) echo "valgrind python3" ;;
     format) echo "clang-format-14" ;;
     tidy) echo "clang-tidy-14" ;;
+    page) echo "cmake ninja-build emscripten $android libcli11-dev nlohmann-json3-dev"
+        command -v npm >/dev/null || echo "nodejs npm" ;;
+    page-test) echo "chromium fonts-dejavu-core" ;;
     ci) echo "git make python3" ;;
     *) echo "setup: unknown group '$1'" >&2 && return 1 ;;
     esac

@@ -219,6 +219,12 @@ Entry SubtitleFile::entry(U32 index) {
     return {tag.u32TimeStart, tag.u32TimeEnd};
 }
 
+S64 SubtitleFile::position(U32 index) {
+    ST_MEDIA_SUBTITLE_PARSER_TAG tag = {};
+    mParser->GetTagInfo(trackOf(index), index, &tag);
+    return tag.s64Pos;
+}
+
 U32 SubtitleFile::trackOf(U32 index) const {
     const auto endsBefore = [](U32 i, const Track& track) { return i < track.end; };
     return U32(std::upper_bound(mTracks.begin(), mTracks.end(), index, endsBefore) - mTracks.begin());

@@ -93,9 +93,13 @@ public:
     android::U32 count() const { return mCount; }
     Entry entry(android::U32 index);
 
+    /// Where an entry's text, or picture, begins in the file, or in the pictures' file.
+    android::S64 position(android::U32 index);
+
     /// One behind the other in the order of the entries, and all of them; a text file has one.
     const std::vector<Track>& tracks() const { return mTracks; }
     android::U32 track() const { return mOptions.track.value_or(0); }  ///< that the queries by play time are about
+    void chooseTrack(android::U32 track) { mOptions.track = track; }
     android::U32 trackOf(android::U32 index) const;
     std::vector<Entry> trackEntries();  ///< those of that track
     bool isChosen(android::U32 track) const { return !mOptions.track || *mOptions.track == track; }

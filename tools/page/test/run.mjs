@@ -1,0 +1,33 @@
+// Runs the page's tests: node run.mjs. Tests of single parts are TypeScript and bundled first; those of the whole page
+// drive a browser, one after another, so that they do not measure each other.
+import { spawnSync } from "node:child_process";
+import { mkdirSync, readdirSync, rmSync } from "node:fs";
+import { join } from "node:path";
+import { build } from "esbuild";
+import { here, results, root } from "./support/places.mjs";
+
+const units = join(root, "build/page-test/units");
+
+async function bundleUnits() {
+    const sources = readdirSync(here).filter((name) => name.endsWith(".test.ts"));
+    rmSync(units, { recursive: true, force: true });
+    await build({
+        absWorkingDir: here,
+        entryPoints: sources,
+        outdir: units,
+        bundle: true,
+        platform: "node",
+        format: "esm",
+        outExtension: { ".js": ".mjs" },
+        sourcemap: "inline",
+        logLevel: "warning",
+    });
+    return sources.map((name) => join(units, name.replace(/\.ts$/, ".mjs")));
+}
+
+mkdirSync(results, { recursive: true });
+const wanted = process.argv.slice(2);
+const browserTests = readdirSync(here).filter((name) => name.endsWith(".test.mjs")).map((name) => join(here, name));
+const files = [...(await bundleUnits()), ...browserTests].filter((file) => wanted.every((word) => file.includes(word)));
+const options = ["--enable-source-maps", "--test", "--test-concurrency=1", "--test-reporter=spec"];
+process.exit(spawnSync(process.execPath, [...options, ...files], { stdio: "inherit" }).status ?? 1);

@@ -1,0 +1,44 @@
+// The films that the page is tried with: our own, and those of the folder SAMPLES.
+import { readdirSync, readFileSync, statSync } from "node:fs";
+import { basename, dirname, extname, join } from "node:path";
+import { demoPair } from "./native.mjs";
+import { root } from "./places.mjs";
+
+const endings = [".srt", ".ass", ".ssa", ".smi", ".txt", ".sub", ".idx"];
+
+function filesBelow(folder) {
+    return readdirSync(folder).sort().flatMap((name) => {
+        const path = join(folder, name);
+        return statSync(path).isDirectory() ? filesBelow(path) : [path];
+    });
+}
+
+const read = (path) => ({ name: basename(path), bytes: readFileSync(path) });
+
+/** A film is what is dropped together: {label, files}; the first file is the one that vxsub is given. */
+export function filmsBelow(folder) {
+    const paths = filesBelow(folder).filter((path) => endings.includes(extname(path)));
+    const pictures = (index) => index.replace(/\.idx$/, ".sub");
+    const taken = new Set(paths.filter((path) => path.endsWith(".idx")).map(pictures));
+    return paths.filter((path) => !taken.has(path)).map((path) => ({
+        label: join(basename(dirname(path)), basename(path)),
+        files: (path.endsWith(".idx") ? [path, pictures(path)] : [path]).filter((each) => paths.includes(each)).map(read),
+    }));
+}
+
+export async function ownFilms() {
+    const folders = ["tests/meant/files", "examples"].map((folder) => join(root, folder));
+    return [...folders.flatMap(filmsBelow), { label: "demo/movie.idx", files: await demoPair() }];
+}
+
+export async function allFilms() {
+    const { SAMPLES } = process.env;
+    return [...(await ownFilms()), ...(SAMPLES ? filmsBelow(SAMPLES) : [])];
+}
+
+/** The seeds of the fuzz targets, as files of their format. */
+export function seeds() {
+    const formats = { srt: "srt", ssa: "ssa", smi: "smi", txt: "txt", sub: "sub", sv10: "sub", sv20: "sub", microdvd: "sub", dvb: "sub", idx: "idx" };
+    return Object.entries(formats).flatMap(([target, ending]) =>
+        filesBelow(join(root, "fuzz/corpus", target)).map((path) => ({ name: `${target}-${basename(path).slice(0, 12)}.${ending}`, bytes: readFileSync(path) })));
+}
