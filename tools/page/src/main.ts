@@ -13,12 +13,14 @@ const engine = createEngine({ wasm: wasmModule, startWorker });
 const app = new App(engine, notices());
 
 /// For tests, and for whoever likes to look behind the page.
-Object.assign(window, { vxsubPage: { engine, open: (files: FileIn[]) => app.session.add(files) } });
+const { session, player, selection } = app;
+const open = (files: FileIn[]): Promise<void> => session.add(files);
+Object.assign(window, { vxsubPage: { engine, session, player, selection, open } });
 
 async function openEmbedded(): Promise<void> {
-    const links = new DeepLinks(app.session, app.player, app.selection);
+    const links = new DeepLinks(session, player, selection);
     const files = await embeddedFiles();
-    if (files.length > 0) await app.session.add(files);
+    if (files.length > 0) await session.add(files);
     links.start();
 }
 
