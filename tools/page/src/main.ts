@@ -4,7 +4,6 @@ import './style/page.css';
 
 import { notices, startWorker, wasmModule } from './embedded';
 import { createEngine } from './engine/client';
-import type { FileIn } from './engine/types';
 import { DeepLinks } from './session/DeepLinks';
 import { embeddedFiles } from './session/embeddedFiles';
 import { App } from './view/App';
@@ -13,7 +12,8 @@ const engine = createEngine({ wasm: wasmModule, startWorker });
 const app = new App(engine, notices());
 
 /// For tests, and for whoever likes to look behind the page.
-Object.assign(window, { vxsubPage: { engine, open: (files: FileIn[]) => app.session.add(files) } });
+const { session, player, selection } = app;
+Object.assign(window, { vxsubPage: { engine, session, player, selection } });
 
 async function openEmbedded(): Promise<void> {
     const links = new DeepLinks(app.session, app.player, app.selection);
