@@ -4,6 +4,7 @@ import './style/page.css';
 
 import { notices, startWorker, wasmModule } from './embedded';
 import { createEngine } from './engine/client';
+import type { FileIn } from './engine/types';
 import { DeepLinks } from './session/DeepLinks';
 import { embeddedFiles } from './session/embeddedFiles';
 import { App } from './view/App';
@@ -13,12 +14,13 @@ const app = new App(engine, notices());
 
 /// For tests, and for whoever likes to look behind the page.
 const { session, player, selection } = app;
-Object.assign(window, { vxsubPage: { engine, session, player, selection } });
+const open = (files: FileIn[]): Promise<void> => session.add(files);
+Object.assign(window, { vxsubPage: { engine, session, player, selection, open } });
 
 async function openEmbedded(): Promise<void> {
-    const links = new DeepLinks(app.session, app.player, app.selection);
+    const links = new DeepLinks(session, player, selection);
     const files = await embeddedFiles();
-    if (files.length > 0) await app.session.add(files);
+    if (files.length > 0) await session.add(files);
     links.start();
 }
 

@@ -16,6 +16,7 @@ export const texts = {
             [`${surfaceWidth} × ${surfaceHeight}`, language, codePage, framesPerSecond && `${framesPerSecond} fps`]
                 .filter(Boolean)
                 .join(' · '),
+        deviceLabel: (settings: DeviceSettings): string => `Television settings: ${texts.header.deviceWords(settings)}`,
         theme: 'Light or dark',
         keys: 'Keys and licences',
     },
@@ -146,6 +147,7 @@ export const texts = {
         label: 'Findings',
         checking: 'The file is being checked …',
         fine: 'Nothing is to be said against this file.',
+        nothing: 'The check has no more to say of this file.',
         right: (right: number, meant: number, isPictures: boolean): string => {
             const [one, many] = isPictures ? ['picture', 'pictures'] : ['entry', 'entries'];
             return `${right.toLocaleString('en')} of ${count(meant, one, many)} ${meant === 1 ? 'shows' : 'show'} as meant`;

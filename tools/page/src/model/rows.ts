@@ -32,7 +32,7 @@ export class RowLayout {
         const way = this.height - viewHeight;
         if (way <= 0) return 0;
         const clamped = Math.min(Math.max(scrollTop, 0), way);
-        return (clamped / way) * (this.full - viewHeight);
+        return (clamped * (this.full - viewHeight)) / way;
     }
 
     windowAt(scrollTop: number, viewHeight: number): RowWindow {
@@ -46,7 +46,7 @@ export class RowLayout {
     private scrollFor(offset: number, viewHeight: number): number {
         const rest = this.full - viewHeight;
         if (rest <= 0) return 0;
-        return (Math.min(Math.max(offset, 0), rest) / rest) * (this.height - viewHeight);
+        return (Math.min(Math.max(offset, 0), rest) * (this.height - viewHeight)) / rest;
     }
 
     /// The scroll position nearest to `scrollTop` at which a row is seen whole; where it must move far, in the middle.

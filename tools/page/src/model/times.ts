@@ -20,9 +20,13 @@ export function formatTime(ms: number): string {
 
 /// "3.2 s", "1 min 5 s": how long, at a glance.
 export function formatLength(ms: number): string {
-    if (ms < MINUTE) return `${Number((ms / SECOND).toFixed(ms < 10 * SECOND ? 2 : 1))} s`;
-    if (ms < HOUR) return `${Math.floor(ms / MINUTE)} min ${Math.round((ms % MINUTE) / SECOND)} s`;
-    return `${Math.floor(ms / HOUR)} h ${Math.round((ms % HOUR) / MINUTE)} min`;
+    const tenths = Math.round(ms / 100) / 10;
+    if (ms < 10 * SECOND) return `${Number((ms / SECOND).toFixed(2))} s`;
+    if (tenths < 60) return `${tenths} s`;
+    const seconds = Math.round(ms / SECOND);
+    if (seconds < 3600) return `${Math.floor(seconds / 60)} min ${seconds % 60} s`;
+    const minutes = Math.round(ms / MINUTE);
+    return `${Math.floor(minutes / 60)} h ${minutes % 60} min`;
 }
 
 /// For the marks of a ruler: no more digits than the step between two marks needs.

@@ -1,16 +1,18 @@
 /// The files that were dropped, which of them is looked at, and what the television is set to.
 
+import { groupsOf } from '../engine/pairs';
 import {
     usualSettings,
     type CheckReport,
     type DeviceSettings,
     type Engine,
     type FileIn,
+    type Mended,
+    type MendOptions,
     type OpenResult,
     type Opened,
     type Progress,
 } from '../engine/types';
-import { grouped } from '../model/groups';
 import { Signal } from '../signal';
 import { texts } from '../texts';
 
@@ -49,13 +51,15 @@ export class Session {
     constructor(readonly engine: Engine) {}
 
     /// Opens files one behind the other; settled when all of them are.
-    add(files: FileIn[]): Promise<void> {
-        const batch = grouped(files).map((group) => ({ group, item: this.placeholder(group) }));
+    async add(files: FileIn[]): Promise<void> {
+        this.busy.value = true;
+        this.openingCount += 1;
+        const batch = (await groupsOf(files)).map(({ files: group }) => ({ group, item: this.placeholder(group) }));
         this.files.value = [...this.files.value, ...batch.map(({ item }) => item)];
-        this.openingCount += batch.length;
-        this.busy.value = this.openingCount > 0;
         for (const { group, item } of batch) this.opening = this.opening.then(() => this.openOne(group, item));
-        return this.opening;
+        await this.opening;
+        this.openingCount -= 1;
+        this.busy.value = this.openingCount > 0;
     }
 
     private placeholder(group: FileIn[]): FileItem {
@@ -75,13 +79,8 @@ export class Session {
     }
 
     private async openOne(group: FileIn[], item: FileItem): Promise<void> {
-        try {
-            if (this.files.value.includes(item)) await this.openGroup(group, item);
-        } finally {
-            this.openingCount -= 1;
-            this.busy.value = this.openingCount > 0;
-            void this.checkNext();
-        }
+        if (this.files.value.includes(item)) await this.openGroup(group, item);
+        void this.checkNext();
     }
 
     private async openGroup(group: FileIn[], item: FileItem): Promise<void> {
@@ -163,7 +162,7 @@ export class Session {
 
     async remove(item: FileItem): Promise<void> {
         this.forget(item);
-        if (item.result && item.state !== 'broken') await this.engine.close(item.result.id).catch(() => undefined);
+        if (item.result) await this.engine.close(item.result.id).catch(() => undefined);
     }
 
     /// Asks the engine about a file. Null when that broke the worker: then the file is marked, and the others go on.
@@ -212,12 +211,25 @@ export class Session {
         void this.checkNext();
     }
 
+    /// Runs in a worker of its own: what breaks that one is shown all the same.
     private async check(item: FileItem): Promise<void> {
-        const result = item.result;
-        const report = await this.ask(item, (engine, id) =>
-            engine.findings(id, (progress) => this.change(item, { progress })),
-        );
-        if (item.result !== result) return;
-        this.change(item, { progress: null, report: report ?? { file: item.name, status: 1, error: item.reason } });
+        const result = item.result!;
+        const told = (progress: Progress): void => this.change(item, { progress });
+        const failed = (error: unknown): CheckReport => ({ file: item.name, status: 1, error: message(error) });
+        const report = await this.engine.findings(result.id, told).catch(failed);
+        if (item.result === result) this.change(item, { progress: null, report });
+    }
+
+    /// A copy that shows as meant, from the same worker; null when it cannot be made.
+    async mend(item: FileItem, options: MendOptions): Promise<Mended | null> {
+        const told = (progress: Progress): void => this.change(item, { progress });
+        try {
+            return item.result && (await this.engine.mend(item.result.id, options, told));
+        } catch (error) {
+            this.news.value = message(error);
+            return null;
+        } finally {
+            this.change(item, { progress: null });
+        }
     }
 }

@@ -1,6 +1,6 @@
 /// The page as a whole.
 
-import { h, setText } from '../dom';
+import { h, replace, setText } from '../dom';
 import type { Engine } from '../engine/types';
 import { Session, opened, type FileItem } from '../session/Session';
 import { Player } from '../session/Player';
@@ -73,7 +73,10 @@ export class App {
             );
         const device = button('television', texts.header.device, () => this.settings.open(), ' ');
         const words = device.lastElementChild as HTMLElement;
-        this.session.settings.follow((settings) => setText(words, texts.header.deviceWords(settings)));
+        this.session.settings.follow((settings) => {
+            setText(words, texts.header.deviceWords(settings));
+            device.setAttribute('aria-label', texts.header.deviceLabel(settings));
+        });
         const light = button('moon', texts.header.theme, toggleTheme);
         theme.follow((value) => light.replaceChildren(icon(value === 'dark' ? 'sun' : 'moon')));
         const brand = h('h1', {}, icon('film'), h('span', {}, texts.title));
@@ -89,11 +92,7 @@ export class App {
             search: () => this.entries.focusSearch(),
             help: () => this.keys.showModal(),
         });
-        const notice = h('p', { class: 'file-notice', role: 'alert', hidden: true });
-        session.current.follow((item) => {
-            notice.hidden = !item?.reason;
-            setText(notice, item?.reason ?? '');
-        });
+        const notice = this.notice();
         const view = h(
             'div',
             { class: 'view' },
@@ -114,6 +113,19 @@ export class App {
         return h('main', {}, this.drop.element, work);
     }
 
+    /// Why nothing of a file is shown, in the place of the screen.
+    private notice(): HTMLElement {
+        const notice = h('div', { class: 'notice bad', role: 'alert', hidden: true });
+        this.session.current.follow((item) => {
+            const isFault = item !== null && item.reason !== '';
+            notice.hidden = !isFault;
+            if (!isFault) return;
+            const title = texts.files[item.state as 'refused' | 'lonely' | 'broken'];
+            replace(notice, icon('warning'), h('div', {}, h('strong', {}, title), h('p', {}, item.reason)));
+        });
+        return notice;
+    }
+
     private announcer(): HTMLElement {
         const region = h('div', { class: 'unseen', role: 'status' });
         this.session.news.follow((text) => setText(region, text));
@@ -122,6 +134,7 @@ export class App {
 
     private onFile(item: FileItem | null): void {
         const file = opened(item);
+        document.body.classList.toggle('has-film', file !== null);
         this.tabs.setVisible('pictures', file?.isPictures === true);
         document.title = item ? `${item.name} – ${texts.title}` : texts.title;
         if (item && !file && item.state !== 'waiting' && item.state !== 'opening')

@@ -44,20 +44,15 @@ export class FindingsPanel {
 
     private contents(item: FileItem | null, report: CheckReport | null): HTMLElement[] {
         if (!item) return [];
-        if (item.reason) return [this.refusal(item), ...this.groups(report)];
+        if (item.reason) return this.causesOfRefusal(report);
         if (!report) return [h('p', { class: 'empty' }, texts.findings.checking)];
         if (report.error) return [h('p', { class: 'empty' }, report.error)];
         return [this.summary(report), ...this.groups(report)];
     }
 
-    private refusal(item: FileItem): HTMLElement {
-        const title = texts.files[item.state as 'refused' | 'lonely' | 'broken'];
-        return h(
-            'div',
-            { class: 'notice bad', role: 'alert' },
-            icon('warning'),
-            h('div', {}, h('strong', {}, title), h('p', {}, item.reason)),
-        );
+    private causesOfRefusal(report: CheckReport | null): HTMLElement[] {
+        const groups = this.groups(report);
+        return groups.length > 0 ? groups : [h('p', { class: 'empty' }, texts.findings.nothing)];
     }
 
     private summary({ meant = 0, right = 0, findings = [] }: CheckReport): HTMLElement {

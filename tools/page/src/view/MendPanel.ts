@@ -86,7 +86,7 @@ export class MendPanel {
         if (!item) return;
         this.clear();
         replace(this.outcome, h('p', { class: 'empty' }, texts.mend.working));
-        const mended = await this.session.ask(item, (engine, id) => engine.mend(id, this.options));
+        const mended = await this.session.mend(item, this.options);
         if (item !== this.item) return;
         if (mended) this.show(mended);
         else replace(this.outcome, h('p', { class: 'notice bad' }, item.reason || texts.mend.failed));

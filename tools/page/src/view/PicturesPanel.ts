@@ -6,10 +6,13 @@ import { formatTime } from '../model/times';
 import { opened, type FileItem, type Session } from '../session/Session';
 import { texts } from '../texts';
 import type { Selection } from './Selection';
-import { drawPicture } from './Stage';
 import { VirtualList } from './VirtualList';
 
-const CELL_WIDTH = 200;
+/// The least width of a cell, and its shape: the lower part of a screen.
+const CELL_WIDTH = 210;
+const CELL_RATIO = 0.36;
+/// A cell is as wide as this part of the television, so that all pictures are to one scale.
+const CELL_SHARE = 0.5;
 const CAPTION = 26;
 const GAP = 10;
 /// Small pictures that are kept.
@@ -23,6 +26,7 @@ export class PicturesPanel {
     private file: Opened | null = null;
     private item: FileItem | null = null;
     private columns = 0;
+    private rowHeight = 0;
     private readonly small = new Map<number, HTMLCanvasElement | null>();
 
     constructor(
@@ -73,14 +77,15 @@ export class PicturesPanel {
     /// As many beside each other as there is room for.
     private relay(): void {
         if (this.selection.tab.value !== 'pictures') return;
-        const columns = Math.max(1, Math.floor((this.box.clientWidth - GAP) / (CELL_WIDTH + GAP)));
-        if (columns === this.columns) return;
+        const width = this.box.clientWidth - GAP;
+        const columns = Math.max(1, Math.floor(width / (CELL_WIDTH + GAP)));
+        const rowHeight = Math.round((width / columns - GAP) * CELL_RATIO) + CAPTION + GAP;
+        if (columns === this.columns && rowHeight === this.rowHeight) return;
         this.columns = columns;
-        const cellHeight = Math.round((CELL_WIDTH * 9) / 16) + CAPTION;
-        const count = Math.ceil((this.file?.count ?? 0) / columns);
+        this.rowHeight = rowHeight;
         this.list.show({
-            count,
-            rowHeight: cellHeight + GAP,
+            count: Math.ceil((this.file?.count ?? 0) / columns),
+            rowHeight,
             create: () => this.createRow(),
             fill: (row, place) => this.fill(row, place),
         });
@@ -152,20 +157,31 @@ export class PicturesPanel {
     }
 }
 
-/// The whole screen in the size of a cell.
+/// A picture in a cell, smaller than the others only when it is too large for it.
 function reduced(picture: Picture): HTMLCanvasElement {
-    const full = document.createElement('canvas');
-    drawPicture(full, picture);
     const ratio = window.devicePixelRatio || 1;
-    const small = h('canvas', {
-        role: 'img',
-        'aria-label': picture.why || texts.pictures.one(picture.width, picture.height, picture.left, picture.top),
-    });
+    const label = picture.why || texts.pictures.one(picture.width, picture.height, picture.left, picture.top);
+    const small = h('canvas', { role: 'img', 'aria-label': label });
     small.width = Math.round(CELL_WIDTH * ratio);
-    small.height = Math.round((small.width * picture.surfaceHeight) / picture.surfaceWidth);
-    const context = small.getContext('2d');
-    if (context) context.imageSmoothingQuality = 'high';
-    context?.drawImage(full, 0, 0, small.width, small.height);
-    if (picture.why) small.classList.add('is-unseen');
+    small.height = Math.round(small.width * CELL_RATIO);
+    const { width, height } = picture;
+    if (width === 0 || height === 0) return small;
+    const scale = Math.min(
+        small.width / (picture.surfaceWidth * CELL_SHARE),
+        small.width / width,
+        small.height / height,
+    );
+    const context = small.getContext('2d')!;
+    context.imageSmoothingQuality = 'high';
+    const place = [(small.width - width * scale) / 2, (small.height - height * scale) / 2] as const;
+    context.drawImage(cutOut(picture), ...place, width * scale, height * scale);
     return small;
+}
+
+function cutOut({ width, height, rgba }: Picture): HTMLCanvasElement {
+    const canvas = h('canvas', { width, height });
+    const pixels = new ImageData(width, height);
+    pixels.data.set(rgba);
+    canvas.getContext('2d')!.putImageData(pixels, 0, 0);
+    return canvas;
 }

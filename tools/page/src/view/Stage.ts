@@ -22,7 +22,7 @@ export class Stage {
         this.screen = h('div', { class: 'screen', id: 'stage' }, this.canvas, this.words);
         this.element = h('section', { class: 'stage', 'aria-label': texts.stage.label }, this.screen, this.caption);
         session.settings.follow(({ surfaceWidth, surfaceHeight }) => {
-            this.screen.style.aspectRatio = `${surfaceWidth} / ${surfaceHeight}`;
+            this.screen.style.setProperty('--ratio', String(surfaceWidth / surfaceHeight));
         });
         player.moment.follow((moment) => this.show(moment));
         player.isPlaying.follow((isPlaying) => this.caption.setAttribute('aria-live', isPlaying ? 'off' : 'polite'));
