@@ -40,3 +40,31 @@ test('the page that was not looked at for longest goes first', async () => {
     for (const index of [0, 2, 1]) pages.get(index);
     deepEqual(asked, [0, 1, 2, 1]);
 });
+
+test('who scrolls quickly gets what was looked at last', async () => {
+    const asked: number[] = [];
+    const load = async (first: number): Promise<number[]> => {
+        asked.push(first);
+        return [first];
+    };
+    const pages = new Pages(100, load, () => undefined, 1);
+    for (let index = 0; index < 20; index += 1) pages.get(index);
+    deepEqual(asked, [0, 1]);
+    await settled();
+    deepEqual(asked, [0, 1, 19, 18, 17, 16]);
+});
+
+test('what cannot be had is not asked for again', async () => {
+    let asked = 0;
+    const load = async (): Promise<null> => {
+        asked += 1;
+        return null;
+    };
+    const pages = new Pages(10, load, () => undefined, 1);
+    for (const index of [0, 1, 2]) {
+        pages.get(index);
+        await settled();
+    }
+    equal(pages.get(0), undefined);
+    equal(asked, 3);
+});

@@ -29,9 +29,9 @@ export class FilmMap {
     ) {
         const { first, end } = file.tracks[track] ?? { first: 0, end: file.count };
         this.order = orderByStart(file.starts, first, end);
-        this.ends = Uint32Array.from(this.order, (index) => shownEnd(file, index));
+        this.ends = this.order.map((index) => shownEnd(file, index));
         this.lanes = lanesOf(
-            Uint32Array.from(this.order, (index) => file.starts[index]),
+            this.order.map((index) => file.starts[index]),
             this.ends,
         );
         this.latestEnds = latestOf(this.ends);
@@ -82,12 +82,12 @@ export class FilmMap {
 /// Entries that overlap stand below each other, as far as there are lanes.
 export function lanesOf(starts: Uint32Array, ends: Uint32Array): Uint8Array {
     const lanes = new Uint8Array(starts.length);
-    const busyUntil = new Array<number>(LANES).fill(0);
+    const busyUntil = new Uint32Array(LANES);
     for (let place = 0; place < starts.length; place += 1) {
-        const free = busyUntil.findIndex((until) => until <= starts[place]);
-        const lane = free < 0 ? LANES - 1 : free;
+        let lane = 0;
+        while (lane < LANES - 1 && busyUntil[lane] > starts[place]) lane += 1;
         lanes[place] = lane;
-        busyUntil[lane] = Math.max(busyUntil[lane], ends[place]);
+        if (ends[place] > busyUntil[lane]) busyUntil[lane] = ends[place];
     }
     return lanes;
 }
@@ -99,6 +99,8 @@ function latestOf(ends: Uint32Array): Uint32Array {
 
 function countBefore(order: Uint32Array, isCounted: (index: number) => boolean): Uint32Array {
     const counts = new Uint32Array(order.length + 1);
-    order.forEach((index, place) => (counts[place + 1] = counts[place] + Number(isCounted(index))));
+    for (let place = 0; place < order.length; place += 1) {
+        counts[place + 1] = counts[place] + (isCounted(order[place]) ? 1 : 0);
+    }
     return counts;
 }

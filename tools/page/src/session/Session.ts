@@ -31,6 +31,9 @@ export interface FileItem {
 
 export const opened = (item: FileItem | null): Opened | null => (item?.result?.kind === 'opened' ? item.result : null);
 
+/// So long a check waits: the first rows come first.
+const CHECK_PAUSE_MS = 250;
+
 const isBreakage = (error: unknown): boolean => error instanceof Error && error.name === 'EngineBroken';
 
 const message = (error: unknown): string => (error instanceof Error ? error.message : String(error));
@@ -80,7 +83,7 @@ export class Session {
 
     private async openOne(group: FileIn[], item: FileItem): Promise<void> {
         if (this.files.value.includes(item)) await this.openGroup(group, item);
-        void this.checkNext();
+        window.setTimeout(() => void this.checkNext(), CHECK_PAUSE_MS);
     }
 
     private async openGroup(group: FileIn[], item: FileItem): Promise<void> {

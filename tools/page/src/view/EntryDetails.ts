@@ -38,7 +38,7 @@ export class EntryDetails {
             this.head(file, detail),
             this.reasons(file, detail),
             this.text(file, detail),
-            this.raw(detail),
+            detail.length > 0 && this.raw(detail),
         );
     }
 

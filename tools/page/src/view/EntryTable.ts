@@ -26,6 +26,8 @@ export class EntryTable {
     private lines: Pages<string> | null = null;
     /// The entries that a search has found; null: all.
     private found: Uint32Array | null = null;
+    /// What the television shows at the play time.
+    private shown = -1;
 
     constructor(
         private readonly session: Session,
@@ -109,7 +111,7 @@ export class EntryTable {
         row.dataset['index'] = String(entry);
         row.setAttribute('aria-rowindex', String(place + 2));
         row.setAttribute('aria-selected', String(entry === this.selection.entry.value));
-        row.classList.toggle('is-shown', entry === this.player.moment.value?.shown);
+        row.classList.toggle('is-shown', entry === this.shown);
         row.classList.toggle('is-odd', place % 2 === 1);
     }
 
@@ -162,8 +164,10 @@ export class EntryTable {
 
     /// While the film runs, the rows go along.
     private followPlay(): void {
-        this.list.refreshSoon();
         const shown = this.player.moment.value?.shown ?? -1;
+        if (shown === this.shown) return;
+        this.shown = shown;
+        this.list.refreshSoon();
         if (!this.player.isPlaying.value || shown < 0) return;
         const place = this.placeOf(shown);
         if (place >= 0 && place < this.count) this.list.reveal(place);

@@ -21,12 +21,15 @@ export class VirtualList {
     private readonly spares: HTMLElement[] = [];
     private readonly spacer = h('div', { class: 'list-space', role: 'presentation' });
     private isDue = false;
+    /// As they were told last: to ask the box for them makes the browser lay out the page.
+    private scrollTop = 0;
+    private viewHeight = 0;
 
     /// `box` scrolls; what it holds besides, such as a header, stays.
     constructor(private readonly box: HTMLElement) {
         box.append(this.spacer);
-        box.addEventListener('scroll', () => this.refreshSoon(), { passive: true });
-        new ResizeObserver(() => this.refreshSoon()).observe(box);
+        box.addEventListener('scroll', () => this.onScroll(), { passive: true });
+        new ResizeObserver(() => this.measure()).observe(box);
     }
 
     show(source: RowSource): void {
@@ -35,6 +38,8 @@ export class VirtualList {
         this.layout = new RowLayout(source.count, source.rowHeight);
         this.spacer.style.height = `${this.layout.height}px`;
         this.box.scrollTop = 0;
+        this.scrollTop = 0;
+        this.measure();
         this.refresh();
     }
 
@@ -42,12 +47,18 @@ export class VirtualList {
         return Math.max(1, Math.floor(this.viewHeight / this.source.rowHeight));
     }
 
-    private get viewHeight(): number {
-        return this.box.clientHeight - this.spacer.offsetTop;
+    private measure(): void {
+        this.viewHeight = Math.max(0, this.box.clientHeight - this.spacer.offsetTop);
+        this.refreshSoon();
+    }
+
+    private onScroll(): void {
+        this.scrollTop = this.box.scrollTop;
+        this.refreshSoon();
     }
 
     private clear(): void {
-        for (const row of this.rows.values()) row.remove();
+        this.spacer.replaceChildren();
         this.rows.clear();
         this.spares.length = 0;
     }
@@ -63,7 +74,7 @@ export class VirtualList {
     }
 
     private refresh(): void {
-        const { first, count, top } = this.layout.windowAt(this.box.scrollTop, this.viewHeight);
+        const { first, count, top } = this.layout.windowAt(this.scrollTop, this.viewHeight);
         this.retire(first, first + count);
         for (let place = first; place < first + count; place += 1) {
             const row = this.rowFor(place);
@@ -100,11 +111,10 @@ export class VirtualList {
     }
 
     reveal(place: number): void {
-        this.box.scrollTop = this.layout.reveal(place, this.box.scrollTop, this.viewHeight);
+        const aim = this.layout.reveal(place, this.scrollTop, this.viewHeight);
+        if (aim === this.scrollTop) return;
+        this.scrollTop = aim;
+        this.box.scrollTop = aim;
         this.refreshSoon();
-    }
-
-    rowAt(place: number): HTMLElement | undefined {
-        return this.rows.get(place);
     }
 }

@@ -16,6 +16,8 @@ export const HEIGHT = OVERVIEW_TOP + OVERVIEW;
 
 /// More entries than this in sight are drawn as columns of pixels.
 const MOST_BARS = 1200;
+/// A narrower bar has no words.
+const LEAST_LABEL = 28;
 const FONT = '11px system-ui, sans-serif';
 
 export interface Scene {
@@ -97,31 +99,18 @@ function paintBar(context: CanvasRenderingContext2D, scene: Scene, place: number
         context.lineWidth = 2;
         context.stroke();
     }
-    const shown = Math.max(left, 0);
-    paintLabel(
-        context,
-        scene.textOf(entry),
-        shown,
-        top,
-        left + width - shown,
-        isMarked ? colours.markedText : colours.entryText,
-    );
+    const from = Math.max(left, 0);
+    const room = left + width - from;
+    if (room < LEAST_LABEL) return;
+    context.fillStyle = isMarked ? colours.markedText : colours.entryText;
+    paintLabel(context, scene.textOf(entry) ?? '', from, top, room);
 }
 
-function paintLabel(
-    context: CanvasRenderingContext2D,
-    text: string | undefined,
-    left: number,
-    top: number,
-    width: number,
-    colour: string,
-): void {
-    if (!text || width < 28) return;
+function paintLabel(context: CanvasRenderingContext2D, text: string, left: number, top: number, width: number): void {
     context.save();
     context.beginPath();
     context.rect(left, top, width - 4, LANE);
     context.clip();
-    context.fillStyle = colour;
     context.fillText(text.replaceAll('\\n', ' '), left + 5, top + (LANE - 4) / 2 + 0.5);
     context.restore();
 }
