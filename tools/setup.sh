@@ -6,7 +6,7 @@ set -u
 packages_of() {
     android="android-liblog-dev android-libutils-dev android-libcutils-dev android-libbase-dev"
     case $1 in
-    build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev libuchardet-dev" ;;
+    build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev libuchardet-dev zlib1g-dev" ;;
     test) echo "libgtest-dev" ;;
     arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf"
         for package in $android; do echo "$package:armhf"; done ;;

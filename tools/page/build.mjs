@@ -77,7 +77,7 @@ async function page(module) {
         alias: { "vxsubtitle-module": module },
         define: { "import.meta.url": '""' },
         external: ["module", "fs", "path", "crypto", "url", "node:*"],
-        loader: { ".wasm": "empty" },
+        logOverride: { "commonjs-variable-in-esm": "silent" }, // Emscripten's file asks what kind of module it is
     });
     const main = await bundle("src/main.ts", { format: "esm" });
     const wasm = deflateSync(await readFile(module.replace(/\.m?js$/, ".wasm")), { level: 9 }).toString("base64");

@@ -201,12 +201,15 @@ bool SubtitleFile::followsFrameRate() {
     return differs;
 }
 
+/// Of .sub files, the parser that was chosen for the dialect.
+const SubtitleParser& SubtitleFile::dialect() const {
+    const bool isDispatched = std::string_view(mFormat.type) == "sub";
+    return isDispatched ? *static_cast<const SubtitleParserSUB&>(*mParser).m_pParser : *mParser;
+}
+
 std::optional<FrameRate> SubtitleFile::frameRate() {
     if (type() != E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_MICRO_DVD) return std::nullopt;
-    const bool isDispatched = std::string_view(mFormat.type) == "sub";
-    const SubtitleParser& dialect =
-        isDispatched ? *static_cast<const SubtitleParserSUB&>(*mParser).m_pParser : *mParser;
-    const U64 nanoseconds = dialect.m_u64NanoSecPerFrame;
+    const U64 nanoseconds = dialect().m_u64NanoSecPerFrame;
     if (nanoseconds == 0) return FrameRate{0, RateFrom::None};
     const U32 thousandths = U32((1000000000000 + nanoseconds / 2) / nanoseconds);
     if (!followsFrameRate()) return FrameRate{thousandths, RateFrom::File};
@@ -219,10 +222,9 @@ Entry SubtitleFile::entry(U32 index) {
     return {tag.u32TimeStart, tag.u32TimeEnd};
 }
 
-S64 SubtitleFile::position(U32 index) {
-    ST_MEDIA_SUBTITLE_PARSER_TAG tag = {};
-    mParser->GetTagInfo(trackOf(index), index, &tag);
-    return tag.s64Pos;
+S64 SubtitleFile::position(U32 index) const {
+    const SubtitleParser& parser = dialect();
+    return parser.m_pTagBuffer != nullptr && index < parser.m_u32TagBufferNum ? parser.m_pTagBuffer[index].s64Pos : 0;
 }
 
 U32 SubtitleFile::trackOf(U32 index) const {

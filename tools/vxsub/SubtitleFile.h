@@ -94,7 +94,7 @@ public:
     Entry entry(android::U32 index);
 
     /// Where an entry's text, or picture, begins in the file, or in the pictures' file.
-    android::S64 position(android::U32 index);
+    android::S64 position(android::U32 index) const;
 
     /// One behind the other in the order of the entries, and all of them; a text file has one.
     const std::vector<Track>& tracks() const { return mTracks; }
@@ -134,6 +134,7 @@ private:
 
     void readTracks();
     void requireSubtitles() const;
+    const android::SubtitleParser& dialect() const;
 
     OpenOptions mOptions;
     SourceFile mSource;

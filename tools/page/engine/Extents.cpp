@@ -23,7 +23,8 @@ size_t endOfText(std::string_view bytes, size_t at, size_t limit, bool isOneLine
             end = at + 1 + size_t(isWide);
             continue;
         }
-        const bool isFirstOfTwo = c == '\r' && at + 1 + size_t(isWide) < limit && bytes[at + 1 + size_t(isWide)] == '\n';
+        const bool isFirstOfTwo =
+            c == '\r' && at + 1 + size_t(isWide) < limit && bytes[at + 1 + size_t(isWide)] == '\n';
         lineFeeds += !isFirstOfTwo;
         if (lineFeeds == (isOneLine ? 1 : 2)) return std::min(end, limit);
     }
@@ -50,8 +51,8 @@ std::vector<U32> gapsBehind(const std::vector<U32>& offsets, size_t size) {
     return gaps;
 }
 
-std::vector<U32> extentsOf(std::string_view bytes, const std::vector<U32>& offsets,
-                           EN_MEDIA_SUBTITLE_PARSER_TYPE type, bool isWide) {
+std::vector<U32> extentsOf(std::string_view bytes, const std::vector<U32>& offsets, EN_MEDIA_SUBTITLE_PARSER_TYPE type,
+                           bool isWide) {
     std::vector<U32> extents = gapsBehind(offsets, bytes.size());
     for (size_t i = 0; i < offsets.size(); ++i) {
         const size_t at = std::min<size_t>(offsets[i], bytes.size()), limit = at + extents[i];

@@ -6,10 +6,8 @@
 
 #include "Extents.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
-#include "tools/meant/SystemEncodings.h"
 #include "tools/vxsub/Errors.h"
 #include "tools/vxsub/Sentences.h"
-#include "tools/vxsub/ShownEntries.h"
 #include "tools/vxsub/Text.h"
 
 namespace page {
@@ -39,19 +37,6 @@ std::vector<uint8_t> pixelsOf(const Image& image, const Box& box) {
         pixels.insert(pixels.end(), row, row + size_t(box.width) * sizeof(Colour));
     }
     return pixels;
-}
-
-const char* endingOf(std::string_view line) {
-    const auto last = [&](size_t n) { return n <= line.size() ? line[line.size() - n] : '\0'; };
-    if (last(1) == '\n') return last(2) == '\r' ? "CR LF" : "LF";
-    return last(1) == '\r' ? "CR" : "";
-}
-
-/// Without the zeros of wider units.
-std::string endOf(std::string_view bytes) {
-    std::string end(bytes.substr(bytes.size() - std::min<size_t>(bytes.size(), 8)));
-    end.erase(std::remove(end.begin(), end.end(), '\0'), end.end());
-    return end;
 }
 
 /// As much as is shown of it, cut between characters.
@@ -170,9 +155,15 @@ Json Film::texts(U32 from, U32 count) {
 Json Film::entry(U32 index, Arrays& arrays) {
     if (index >= file().count()) throw FileError("there is no entry " + std::to_string(index));
     const Entry entry = mFile->entry(index);
-    Json answer = {{"index", index},       {"track", mFile->trackOf(index)}, {"start", entry.start},
-                   {"end", entry.end},     {"offset", mOffsets[index]},      {"text", ""},
-                   {"units", Json(nullptr)}, {"wide", false},                 {"line", 0}};
+    Json answer = {{"index", index},
+                   {"track", mFile->trackOf(index)},
+                   {"start", entry.start},
+                   {"end", entry.end},
+                   {"offset", mOffsets[index]},
+                   {"text", ""},
+                   {"units", Json(nullptr)},
+                   {"wide", false},
+                   {"line", 0}};
     Units units;
     if (!mFile->hasPictures()) {
         units = mFile->units(index);
@@ -208,59 +199,40 @@ Json Film::picture(U32 index, Arrays& arrays) {
     if (index >= file().count()) throw FileError("there is no entry " + std::to_string(index));
     const std::optional<Television::Shown> shown = mViewer->picture(index);
     const Box box = shown ? shown->box : Box{};
-    return {{"index", index},      {"surfaceWidth", mSurface.width},
-            {"left", box.left},    {"surfaceHeight", mSurface.height},
-            {"top", box.top},      {"width", box.width},
-            {"height", box.height}, {"rgba", shown ? arrays.put(pixelsOf(shown->image, box)) : arrays.put(std::vector<uint8_t>())},
+    return {{"index", index},
+            {"surfaceWidth", mSurface.width},
+            {"left", box.left},
+            {"surfaceHeight", mSurface.height},
+            {"top", box.top},
+            {"width", box.width},
+            {"height", box.height},
+            {"rgba", shown ? arrays.put(pixelsOf(shown->image, box)) : arrays.put(std::vector<uint8_t>())},
             {"why", box.isEmpty() && mFile->hasPictures() ? mViewer->why(index, shown) : ""}};
 }
 
-const meant::Source& Film::source() {
-    if (mSource != nullptr) return *mSource;
+SourceLines& Film::source() {
     enter();
-    mBytes = readFile(mOptions.path);
-    const std::string encoding = mOptions.native != nullptr ? encodingOf(*mOptions.native) : "";
-    mSource = std::make_unique<meant::Source>(mBytes, meantOptions(mOptions, encoding), meant::systemEncodings());
+    if (!mSource) mSource.emplace(mOptions);
     return *mSource;
 }
 
 Json Film::sourceFacts() {
     const meant::Encoding& encoding = source().encoding();
     const bool isMarked = encoding.from == meant::EncodingFrom::Mark;
-    return {{"lines", source().lines().size()}, {"encoding", encoding.name}, {"mark", isMarked ? encoding.name : ""}};
-}
-
-/// In the file; that of the line behind the last is the file's end.
-size_t Film::lineStart(size_t line) {
-    const auto& lines = source().lines();
-    return line < lines.size() ? source().placeOf(lines[line].data()).offset : mBytes.size();
+    return {{"lines", source().count()}, {"encoding", encoding.name}, {"mark", isMarked ? encoding.name : ""}};
 }
 
 Json Film::lines(size_t from, size_t count) {
-    const auto& lines = source().lines();
     Json answer = Json::array();
-    for (size_t i = std::max<size_t>(from, 1) - 1; i < lines.size() && i + 1 - from < count; ++i) {
-        const size_t start = lineStart(i), end = std::max(start, lineStart(i + 1));
-        const std::string_view bytes = std::string_view(mBytes).substr(start, end - start);
-        answer.push_back({{"number", i + 1},
-                          {"offset", start},
-                          {"length", bytes.size()},
-                          {"text", cut(lines[i])},
-                          {"ending", endingOf(endOf(bytes))}});
-    }
+    for (const SourceLines::Line& line : source().lines(from, count))
+        answer.push_back({{"number", line.number},
+                          {"offset", line.offset},
+                          {"length", line.length},
+                          {"text", cut(line.text)},
+                          {"ending", line.ending}});
     return answer;
 }
 
-size_t Film::lineAt(size_t offset) {
-    size_t low = 0, high = source().lines().size();
-    while (low < high) {
-        const size_t middle = low + (high - low) / 2;
-        if (lineStart(middle) <= offset)
-            low = middle + 1;
-        else
-            high = middle;
-    }
-    return std::max<size_t>(low, 1);
-}
+size_t Film::lineAt(size_t offset) { return source().lineAt(offset); }
 
 }  // namespace page

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "Arrays.h"
+#include "SourceLines.h"
 #include "Texts.h"
-#include "tools/meant/Source.h"
 #include "tools/vxsub/Viewer.h"
 
 namespace page {
@@ -41,8 +41,7 @@ private:
     Json vobSub() const;
     std::vector<U32> extents() const;
     std::string row(U32 index);
-    const meant::Source& source();
-    size_t lineStart(size_t line);
+    SourceLines& source();
 
     std::string mFolder;
     vxsub::OpenOptions mOptions;
@@ -54,8 +53,7 @@ private:
     std::vector<uint8_t> mMarks;
     std::vector<std::string> mRows;  ///< of pictures, once they were asked for
     std::optional<Texts> mTexts;     ///< once something was searched
-    std::string mBytes;              ///< with the source
-    std::unique_ptr<meant::Source> mSource;
+    std::optional<SourceLines> mSource;
 };
 
 }  // namespace page
