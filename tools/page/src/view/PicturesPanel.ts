@@ -139,8 +139,9 @@ export class PicturesPanel {
         this.small.set(index, null);
         const picture = item && (await this.session.ask(item, (engine, id) => engine.picture(id, index)));
         if (!picture || file !== this.file || this.small.get(index) !== null) return;
+        const isSeen = picture.width > 0 && picture.height > 0;
         const height = this.rowHeight - CAPTION - GAP;
-        this.small.set(index, picture.why ? h('span', { class: 'why' }, picture.why) : reduced(picture, height));
+        this.small.set(index, isSeen ? reduced(picture, height) : h('span', { class: 'why' }, picture.why));
         this.dropOldest();
         this.list.refreshSoon();
     }

@@ -24,6 +24,8 @@ export class VirtualList {
     /// As they were told last: to ask the box for them makes the browser lay out the page.
     private scrollTop = 0;
     private viewHeight = 0;
+    /// The row to reveal once the box is seen; -1: none.
+    private awaited = -1;
 
     /// `box` scrolls; what it holds besides, such as a header, stays.
     constructor(private readonly box: HTMLElement) {
@@ -39,7 +41,7 @@ export class VirtualList {
         this.spacer.style.height = `${this.layout.height}px`;
         this.box.style.setProperty('--list-height', `${this.layout.height}px`);
         this.box.scrollTop = 0;
-        this.scrollTop = 0;
+        this.awaited = -1;
         this.measure();
         this.refresh();
     }
@@ -50,6 +52,8 @@ export class VirtualList {
 
     private measure(): void {
         this.viewHeight = Math.max(0, this.box.clientHeight - this.spacer.offsetTop);
+        this.scrollTop = this.box.scrollTop;
+        if (this.awaited >= 0 && this.viewHeight > 0) this.reveal(this.awaited);
         this.refreshSoon();
     }
 
@@ -112,6 +116,8 @@ export class VirtualList {
     }
 
     reveal(place: number): void {
+        this.awaited = this.viewHeight > 0 ? -1 : place;
+        if (this.awaited >= 0) return;
         const aim = this.layout.reveal(place, this.scrollTop, this.viewHeight);
         if (aim === this.scrollTop) return;
         this.scrollTop = aim;
