@@ -121,7 +121,11 @@ export class App {
             notice.hidden = !isFault;
             if (!isFault) return;
             const title = texts.files[item.state as 'refused' | 'lonely' | 'broken'];
-            replace(notice, icon('warning'), h('div', {}, h('strong', {}, title), h('p', {}, item.reason)));
+            replace(
+                notice,
+                icon('warning'),
+                h('div', {}, h('strong', {}, title), h('p', {}, `${item.name}: ${item.reason}`)),
+            );
         });
         return notice;
     }
