@@ -29,7 +29,9 @@ export interface FileItem {
     reason: string;
 }
 
-export const opened = (item: FileItem | null): Opened | null => (item?.result?.kind === 'opened' ? item.result : null);
+/// What the library has of a file; null while it has nothing, and when the file broke it.
+export const opened = (item: FileItem | null): Opened | null =>
+    item?.state === 'opened' && item.result?.kind === 'opened' ? item.result : null;
 
 /// So long a check waits: the first rows come first.
 const CHECK_PAUSE_MS = 250;
