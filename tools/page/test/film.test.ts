@@ -85,6 +85,20 @@ test('a finding leads to the entry that begins there, or to the one with its byt
     equal(entryOf(file, finding({})), -1);
 });
 
+test('of tracks with the same times, a finding leads into its own', () => {
+    const file = film(
+        [
+            [1000, OPEN_END],
+            [1000, OPEN_END],
+        ],
+        [
+            [0, 1],
+            [1, 2],
+        ],
+    );
+    equal(entryOf(file, { name: '', cost: 'times', sentence: '', entry: 2, start: 1000 }), 1);
+});
+
 test('what overlaps stands in lanes of its own, as far as there are some', () => {
     const lanes = (times: [number, number][]): number[] => {
         const { starts, ends } = film(times);

@@ -1,7 +1,7 @@
 import type { Facts } from './library';
 import { groupsOf, type Group } from './pairs';
 import type { Requests } from './protocol';
-import { Side, type Parts } from './side';
+import { Side, type Job, type Parts } from './side';
 import {
     EngineBroken,
     type CheckReport,
@@ -35,6 +35,8 @@ interface Film {
     settings: DeviceSettings;
     /** The viewer's worker has it. */
     isHeld: boolean;
+    /** That it broke the worker when it was opened; it is not tried again with the same settings. */
+    broken: Error | undefined;
 }
 
 /** Calls on a film, which need it to be open in the viewer. */
@@ -81,7 +83,7 @@ class Client implements Engine {
     }
 
     vocabulary(): Promise<Vocabulary> {
-        return this.viewer.ask('vocabulary', [], usualLimit) as Promise<Vocabulary>;
+        return this.viewer.ask('vocabulary', [], { limit: usualLimit }) as Promise<Vocabulary>;
     }
 
     async open(
@@ -107,39 +109,39 @@ class Client implements Engine {
     async close(id: number): Promise<void> {
         const film = this.filmOf(id);
         this.films.delete(id);
-        if (film.isHeld) await this.viewer.ask('close', [id], usualLimit);
+        if (film.isHeld) await this.viewer.ask('close', [id], { limit: usualLimit });
     }
 
-    texts(id: number, from: number, count: number): Promise<string[]> {
-        return this.onFilm('texts', id, [from, count]) as Promise<string[]>;
+    async texts(id: number, from: number, count: number): Promise<string[]> {
+        return (await this.onFilm('texts', id, [from, count])) as string[];
     }
 
-    entry(id: number, index: number): Promise<EntryDetail> {
-        return this.onFilm('entry', id, [index]) as Promise<EntryDetail>;
+    async entry(id: number, index: number): Promise<EntryDetail> {
+        return (await this.onFilm('entry', id, [index])) as EntryDetail;
     }
 
-    search(id: number, words: string): Promise<Uint32Array> {
-        return this.onFilm('search', id, [words]) as Promise<Uint32Array>;
+    async search(id: number, words: string): Promise<Uint32Array> {
+        return (await this.onFilm('search', id, [words])) as Uint32Array;
     }
 
-    at(id: number, track: number, time: number): Promise<Moment> {
-        return this.onFilm('at', id, [track, time]) as Promise<Moment>;
+    async at(id: number, track: number, time: number): Promise<Moment> {
+        return (await this.onFilm('at', id, [track, time])) as Moment;
     }
 
-    picture(id: number, index: number): Promise<Picture> {
-        return this.onFilm('picture', id, [index]) as Promise<Picture>;
+    async picture(id: number, index: number): Promise<Picture> {
+        return (await this.onFilm('picture', id, [index])) as Picture;
     }
 
-    sourceFacts(id: number): Promise<SourceFacts> {
-        return this.onFilm('sourceFacts', id, []) as Promise<SourceFacts>;
+    async sourceFacts(id: number): Promise<SourceFacts> {
+        return (await this.onFilm('sourceFacts', id, [])) as SourceFacts;
     }
 
-    source(id: number, line: number, count: number): Promise<SourceLine[]> {
-        return this.onFilm('source', id, [line, count]) as Promise<SourceLine[]>;
+    async source(id: number, line: number, count: number): Promise<SourceLine[]> {
+        return (await this.onFilm('source', id, [line, count])) as SourceLine[];
     }
 
-    lineAt(id: number, offset: number): Promise<number> {
-        return this.onFilm('lineAt', id, [offset]) as Promise<number>;
+    async lineAt(id: number, offset: number): Promise<number> {
+        return (await this.onFilm('lineAt', id, [offset])) as number;
     }
 
     async findings(id: number, progress?: (step: Progress) => void): Promise<CheckReport> {
@@ -196,7 +198,7 @@ class Client implements Engine {
     }
 
     private newFilm(group: Group): Film {
-        const film: Film = { id: ++this.lastId, group, settings: {} as DeviceSettings, isHeld: false };
+        const film: Film = { id: ++this.lastId, group, settings: {} as DeviceSettings, isHeld: false, broken: undefined };
         this.films.set(film.id, film);
         return film;
     }
@@ -217,22 +219,45 @@ class Client implements Engine {
         }
     }
 
-    private async hold(film: Film, progress: (step: Progress) => void): Promise<Facts> {
+    private hold(film: Film, progress: (step: Progress) => void): Promise<Facts> {
+        return new Promise((resolve, reject) => this.viewer.add(this.opening(film, progress, resolve, reject)));
+    }
+
+    private opening(
+        film: Film,
+        progress: (step: Progress) => void,
+        resolve: (facts: Facts) => void,
+        reject: (reason: Error) => void,
+    ): Job {
         const { id, group, settings } = film;
         const name = group.files[0]!.name;
-        const tell = (stage: Progress['stage']): void => progress({ name, stage, done: null });
-        const limit = limitFor(usualLimit, group.files);
-        const facts = (await this.viewer.ask('open', [id, group.files, settings], limit, tell)) as Facts;
-        film.isHeld = true;
-        return facts;
+        film.isHeld = false;
+        film.broken = undefined;
+        return {
+            request: { name: 'open', args: [id, group.files, settings] },
+            limit: limitFor(usualLimit, group.files),
+            progress: (stage) => progress({ name, stage, done: null }),
+            resolve: (facts) => {
+                film.isHeld = true;
+                resolve(facts as Facts);
+            },
+            reject: (reason) => {
+                film.broken = reason;
+                reject(reason);
+            },
+        };
     }
 
     /** In a worker that has the film; one that took another's place gets it first. */
-    private async onFilm<Name extends FilmCall>(name: Name, id: number, words: Words<Name>): Promise<unknown> {
+    private onFilm<Name extends FilmCall>(name: Name, id: number, words: Words<Name>): Promise<unknown> {
         const film = this.filmOf(id);
-        if (!film.isHeld) await this.hold(film, () => undefined);
         const args = [id, ...words] as unknown as Requests[Name];
-        return this.viewer.ask(name, args, limitFor(usualLimit, film.group.files));
+        const nothing = (): void => undefined;
+        const before = (): Job | undefined => {
+            if (film.broken !== undefined) throw film.broken;
+            return film.isHeld ? undefined : this.opening(film, nothing, nothing, nothing);
+        };
+        return this.viewer.ask(name, args, { limit: limitFor(usualLimit, film.group.files), before });
     }
 
     private async command(
@@ -242,7 +267,8 @@ class Client implements Engine {
     ): Promise<RunResult> {
         const name = files[0]?.name ?? '';
         const tell = (stage: Progress['stage']): void => progress?.({ name, stage, done: null });
-        return this.checker.ask('run', [files, args], limitFor(checkLimit, files), tell) as Promise<RunResult>;
+        const limit = limitFor(checkLimit, files);
+        return this.checker.ask('run', [files, args], { limit, progress: tell }) as Promise<RunResult>;
     }
 }
 

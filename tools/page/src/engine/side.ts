@@ -9,9 +9,13 @@ export interface Parts {
     startWorker: () => Worker;
 }
 
-interface Job {
+/** A request, and who waits for its answer. */
+export interface Job {
     request: Request;
+    /** Milliseconds. */
     limit: number;
+    /** What has to be done first, if anything; throws when that is known to be in vain. */
+    before?: () => Job | undefined;
     progress?: (stage: Progress['stage']) => void;
     resolve(answer: unknown): void;
     reject(reason: Error): void;
@@ -36,18 +40,33 @@ export class Side {
     ask<Name extends keyof Requests>(
         name: Name,
         args: Requests[Name],
-        limit: number,
-        progress?: (stage: Progress['stage']) => void,
+        options: Pick<Job, 'limit' | 'before' | 'progress'>,
     ): Promise<unknown> {
-        return new Promise((resolve, reject) => {
-            this.waiting.push({ request: { name, args }, limit, progress, resolve, reject });
-            void this.next();
-        });
+        return new Promise((resolve, reject) => this.add({ request: { name, args }, ...options, resolve, reject }));
+    }
+
+    add(job: Job): void {
+        this.waiting.push(job);
+        void this.next();
+    }
+
+    private takeJob(): Job | undefined {
+        for (let job = this.waiting[0]; job !== undefined; job = this.waiting[0]) {
+            try {
+                const first = job.before?.();
+                if (first !== undefined) return first;
+                return this.waiting.shift();
+            } catch (error) {
+                this.waiting.shift();
+                job.reject(error as Error);
+            }
+        }
+        return undefined;
     }
 
     private async next(): Promise<void> {
         if (this.current !== undefined) return;
-        const job = this.waiting.shift();
+        const job = this.takeJob();
         if (job === undefined) return;
         this.current = job;
         try {

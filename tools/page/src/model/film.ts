@@ -60,6 +60,9 @@ export function orderByStart(starts: Uint32Array, first: number, end: number): U
 export function entryOf(file: Opened, finding: Finding): number {
     const start = finding.shown_at ?? finding.start;
     if (start === undefined) return -1;
+    // Of tracks with the same times, the number tells which is meant.
+    const counted = (finding.entry ?? 0) - 1;
+    if (file.starts[counted] === start) return counted;
     const byStart = file.starts.indexOf(start);
     if (byStart >= 0 || finding.offset === undefined) return byStart;
     const { offset } = finding;

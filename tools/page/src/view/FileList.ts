@@ -13,7 +13,7 @@ export function healthOf(item: FileItem): Health {
     if (item.state === 'lonely') return 'warning';
     const { report } = item;
     if (!report) return 'unknown';
-    if (report.status !== 0) return 'bad';
+    if (report.error !== undefined || (report.right ?? 0) < (report.meant ?? 0)) return 'bad';
     return (report.findings?.length ?? 0) > 0 ? 'warning' : 'good';
 }
 

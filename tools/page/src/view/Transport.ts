@@ -39,7 +39,11 @@ export class Transport {
         });
         this.clock.addEventListener('change', () => this.goTo());
         this.speed = this.speedChoice();
-        this.track = h('select', { 'aria-label': texts.transport.track, onchange: () => this.chooseTrack() });
+        this.track = h('select', {
+            class: 'track',
+            'aria-label': texts.transport.track,
+            onchange: () => this.chooseTrack(),
+        });
         this.element = h(
             'div',
             { class: 'transport', role: 'group', 'aria-label': texts.transport.label },

@@ -111,8 +111,13 @@ function paintLabel(context: CanvasRenderingContext2D, text: string, left: numbe
     context.beginPath();
     context.rect(left, top, width - 4, LANE);
     context.clip();
-    context.fillText(text.replaceAll('\\n', ' '), left + 5, top + (LANE - 4) / 2 + 0.5);
+    context.fillText(plainly(text), left + 5, top + (LANE - 4) / 2 + 0.5);
     context.restore();
+}
+
+/// A list's text without its written-out line breaks.
+function plainly(text: string): string {
+    return text.replace(/\\([n\\])/g, (_, sign: string) => (sign === 'n' ? ' ' : sign));
 }
 
 /// The length of a gap stands in it, where there is room.
