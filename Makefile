@@ -9,7 +9,7 @@ export CMAKE_BUILD_PARALLEL_LEVEL := $(JOBS)
 
 SETUP := tools/setup.sh
 SOURCES = $(shell find subtitle platform tests tools bench fuzz -name '*.h' -o -name '*.cpp' 2>/dev/null)
-TIDIED = $(filter-out %/empty_7z.cpp,$(shell find subtitle platform tools -name '*.cpp'))
+TIDIED = $(filter-out %/empty_7z.cpp platform/web/% tools/page/%,$(shell find subtitle platform tools -name '*.cpp'))
 
 SECONDS ?= 60
 TARGET ?=

@@ -252,7 +252,7 @@ std::optional<U32> SubtitleFile::entryShownAt(U32 ms) {
     return index;
 }
 
-Units SubtitleFile::units(U32 index) {
+Units SubtitleFile::units(U32 index, bool raw) {
     Units units;
     units.wide = codeType() == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE ||
                  codeType() == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
@@ -262,10 +262,10 @@ Units SubtitleFile::units(U32 index) {
     const size_t width = units.wide ? 2 : 1;
     const size_t limit = mBuffer.size() / width;
     units.values.reserve(std::min(counted, limit));
-    for (size_t i = 0; i < (mOptions.raw ? std::min(counted, limit) : limit); ++i) {
+    for (size_t i = 0; i < (raw ? std::min(counted, limit) : limit); ++i) {
         const U8* unit = &mBuffer[i * width];
         const U16 value = units.wide ? U16(unit[0] | unit[1] << 8) : U16(unit[0]);
-        if (value == 0 && !mOptions.raw) break;
+        if (value == 0 && !raw) break;
         units.values.push_back(value);
     }
     return units;

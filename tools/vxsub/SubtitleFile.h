@@ -123,7 +123,8 @@ public:
     const android::SubtitleParserSUBIDX* vobSub() const;
 
     /// An entry's text as the library gives it: up to the first 0, or with `raw` all units that it counted.
-    Units units(android::U32 index);
+    Units units(android::U32 index) { return units(index, mOptions.raw); }
+    Units units(android::U32 index, bool raw);
 
     /// An entry's text as the player gets it.
     std::u32string text(android::U32 index) { return decoder().decode(units(index)); }

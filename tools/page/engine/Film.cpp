@@ -82,6 +82,7 @@ void Film::gatherTables() {
         }
     }
     for (U32 i = 0; i < mFile->count(); ++i) mOffsets.push_back(asOffset(mFile->position(i)));
+    mLengths = extents();
 }
 
 Json Film::tracks() const {
@@ -131,7 +132,7 @@ Json Film::facts(Arrays& arrays) {
             {"starts", arrays.put(mStarts)},
             {"ends", arrays.put(mEnds)},
             {"offsets", arrays.put(mOffsets)},
-            {"lengths", arrays.put(extents())},
+            {"lengths", arrays.put(mLengths)},
             {"marks", arrays.put(mMarks)},
             {"tracks", tracks()},
             {"isPictures", !isText},
@@ -155,18 +156,13 @@ Json Film::texts(U32 from, U32 count) {
 Json Film::entry(U32 index, Arrays& arrays) {
     if (index >= file().count()) throw FileError("there is no entry " + std::to_string(index));
     const Entry entry = mFile->entry(index);
-    Json answer = {{"index", index},
-                   {"track", mFile->trackOf(index)},
-                   {"start", entry.start},
-                   {"end", entry.end},
-                   {"offset", mOffsets[index]},
-                   {"text", ""},
-                   {"units", Json(nullptr)},
-                   {"wide", false},
+    Json answer = {{"index", index},   {"track", mFile->trackOf(index)}, {"start", entry.start},
+                   {"end", entry.end}, {"offset", mOffsets[index]},      {"length", mLengths[index]},
+                   {"text", ""},       {"units", Json(nullptr)},         {"wide", false},
                    {"line", 0}};
     Units units;
     if (!mFile->hasPictures()) {
-        units = mFile->units(index);
+        units = mFile->units(index, true);
         answer["text"] = encodeUtf8(mFile->decoder().decode(units));
         answer["line"] = lineAt(mOffsets[index]);
     }

@@ -49,7 +49,7 @@ private:
     std::string mRefusal;
     std::unique_ptr<vxsub::SubtitleFile> mFile;
     std::unique_ptr<vxsub::Viewer> mViewer;
-    std::vector<U32> mStarts, mEnds, mOffsets;
+    std::vector<U32> mStarts, mEnds, mOffsets, mLengths;
     std::vector<uint8_t> mMarks;
     std::vector<std::string> mRows;  ///< of pictures, once they were asked for
     std::optional<Texts> mTexts;     ///< once something was searched

@@ -2,8 +2,11 @@
 
 import type { DeviceSettings } from './engine/types';
 
-const count = (number: number, one: string, many: string): string =>
-    `${number.toLocaleString('en')} ${number === 1 ? one : many}`;
+/// "1,234"; making such a writer takes long, so there is one.
+const numbers = new Intl.NumberFormat('en');
+export const digits = (number: number): string => numbers.format(number);
+
+const count = (number: number, one: string, many: string): string => `${digits(number)} ${number === 1 ? one : many}`;
 
 export const texts = {
     title: 'vxsub inspector',
@@ -38,9 +41,7 @@ export const texts = {
         lonely: 'One half of a pair',
         broken: 'This file broke the library',
         right: (right: number, meant: number): string =>
-            right === meant
-                ? `all ${meant.toLocaleString('en')} show as meant`
-                : `${right.toLocaleString('en')} of ${meant.toLocaleString('en')} as meant`,
+            right === meant ? `all ${digits(meant)} show as meant` : `${digits(right)} of ${digits(meant)} as meant`,
         remove: (name: string): string => `Remove ${name}`,
         progress: (name: string): string => `Progress of ${name}`,
     },
@@ -135,8 +136,8 @@ export const texts = {
         line: (line: number): string => `Line ${line} in the source`,
         text: 'Text of the entry',
         raw: (length: number, offset: number): string =>
-            `Raw bytes: ${count(length, 'byte', 'bytes')} at ${offset.toLocaleString('en')}`,
-        cut: (bytes: number): string => `The first ${bytes.toLocaleString('en')} bytes.`,
+            `Raw bytes: ${count(length, 'byte', 'bytes')} at ${digits(offset)}`,
+        cut: (bytes: number): string => `The first ${digits(bytes)} bytes.`,
         units: (units: number, wide: boolean): string =>
             `What the library hands out: ${count(units, wide ? 'UTF-16 unit' : 'byte', wide ? 'UTF-16 units' : 'bytes')}`,
         bytes: 'Bytes in the file',
@@ -150,14 +151,14 @@ export const texts = {
         nothing: 'The check has no more to say of this file.',
         right: (right: number, meant: number, isPictures: boolean): string => {
             const [one, many] = isPictures ? ['picture', 'pictures'] : ['entry', 'entries'];
-            return `${right.toLocaleString('en')} of ${count(meant, one, many)} ${meant === 1 ? 'shows' : 'show'} as meant`;
+            return `${digits(right)} of ${count(meant, one, many)} ${meant === 1 ? 'shows' : 'show'} as meant`;
         },
         nameHint: 'The name of the rule in the documentation of the formats',
-        places: (places: number): string => (places === 1 ? 'once' : `${places.toLocaleString('en')} times`),
+        places: (places: number): string => (places === 1 ? 'once' : `${digits(places)} times`),
         mend: 'Mend:',
         here: 'Go there',
         line: (line: number): string => `Line ${line}`,
-        more: (left: number): string => `Show more (${left.toLocaleString('en')} left)`,
+        more: (left: number): string => `Show more (${digits(left)} left)`,
         costs: {
             entries: { short: 'lost entries', long: 'Entries are lost, or others appear that nobody meant' },
             times: { short: 'wrong times', long: 'Entries appear at another time' },

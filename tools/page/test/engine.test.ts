@@ -3,6 +3,7 @@ import assert from 'node:assert/strict';
 import { readFileSync, readdirSync } from 'node:fs';
 import { basename, join } from 'node:path';
 import { test } from 'node:test';
+import { isDeepStrictEqual } from 'node:util';
 import type { Facts, Library } from '../src/engine/library';
 import { usualSettings, type CheckReport } from '../src/engine/types';
 import { eachSample, inFolder, load, startLibrary, vxsub } from './native';
@@ -127,17 +128,12 @@ test('the tables say what the list says', async () => {
     const differing: string[] = [];
     eachSample((path) => {
         const facts = library.open(1, load(path), usualSettings);
-        const theirs = vxsub(path, ['list', '--json', basename(path)]);
+        const theirs = vxsub(path, ['list', '--json', '--raw', basename(path)]);
         if ('refused' in facts) {
             if (theirs.status === 0) differing.push(path);
         } else if (!facts.isPictures) {
             const { entries } = JSON.parse(theirs.stdout.toString()) as Listed;
-            const ours = listed(library, facts, words).map(({ units: _units, ...entry }) => entry);
-            try {
-                assert.deepEqual(ours, entries.map(({ index, start, end, text, marks }) => ({ index, start, end, text, marks })));
-            } catch {
-                differing.push(path);
-            }
+            if (!isDeepStrictEqual(listed(library, facts, words), entries)) differing.push(path);
         }
     });
     assert.deepEqual(differing, []);

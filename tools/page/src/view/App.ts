@@ -4,7 +4,7 @@ import { h, replace, setText } from '../dom';
 import type { Engine } from '../engine/types';
 import { Session, opened, type FileItem } from '../session/Session';
 import { Player } from '../session/Player';
-import { texts } from '../texts';
+import { digits, texts } from '../texts';
 import { keysDialog, SettingsDialog } from './Dialogs';
 import { DropZone } from './DropZone';
 import { EntryPanel } from './EntryPanel';
@@ -152,7 +152,7 @@ export class App {
         const findings = item?.report?.findings?.length ?? 0;
         this.tabs.setBadge('findings', findings > 0 ? String(findings) : '');
         const file = opened(item);
-        this.tabs.setBadge('entries', file ? file.count.toLocaleString('en') : '');
+        this.tabs.setBadge('entries', file ? digits(file.count) : '');
     }
 
     /// For whoever drives the page: 'ready' when all that was dropped is settled and drawn.

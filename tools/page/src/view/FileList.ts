@@ -20,7 +20,9 @@ export function healthOf(item: FileItem): Health {
 export class FileList {
     readonly element: HTMLElement;
     private readonly list = h('ul', { id: 'files' });
-    private readonly rows = new Map<number, { row: HTMLElement; shown: string }>();
+    private readonly rows = new Map<number, { row: HTMLElement; says: unknown[] }>();
+
+    private isDue = false;
 
     constructor(private readonly session: Session) {
         this.element = h(
@@ -29,8 +31,18 @@ export class FileList {
             h('h2', {}, texts.files.label),
             this.list,
         );
-        session.files.follow((files) => this.refresh(files));
-        session.current.follow(() => this.refresh(session.files.value));
+        session.files.follow(() => this.refreshSoon());
+        session.current.follow(() => this.refreshSoon());
+    }
+
+    /// Once a frame: of a thousand files, something happens to one or another all the time.
+    private refreshSoon(): void {
+        if (this.isDue) return;
+        this.isDue = true;
+        requestAnimationFrame(() => {
+            this.isDue = false;
+            this.refresh(this.session.files.value);
+        });
     }
 
     private refresh(files: FileItem[]): void {
@@ -46,13 +58,12 @@ export class FileList {
     /// Rows are made anew only when they say something else, so that the focus stays where it is.
     private refreshRow(item: FileItem): void {
         const isCurrent = item === this.session.current.value;
-        const shown = [item.name, item.size, this.state(item), item.progress?.done, healthOf(item), isCurrent].join(
-            '\n',
-        );
-        const entry = this.rows.get(item.key) ?? { row: this.addRow(item), shown: '' };
-        if (entry.shown === shown) return;
-        this.rows.set(item.key, { row: entry.row, shown });
-        this.fill(entry.row, item, isCurrent);
+        const says = [item.state, item.result, item.progress, item.report, isCurrent];
+        const known = this.rows.get(item.key);
+        if (known && says.every((part, at) => part === known.says[at])) return;
+        const row = known?.row ?? this.addRow(item);
+        this.rows.set(item.key, { row, says });
+        this.fill(row, item, isCurrent);
     }
 
     private addRow(item: FileItem): HTMLElement {

@@ -37,6 +37,7 @@ export class VirtualList {
         this.source = source;
         this.layout = new RowLayout(source.count, source.rowHeight);
         this.spacer.style.height = `${this.layout.height}px`;
+        this.box.style.setProperty('--list-height', `${this.layout.height}px`);
         this.box.scrollTop = 0;
         this.scrollTop = 0;
         this.measure();

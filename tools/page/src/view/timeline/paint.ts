@@ -53,7 +53,8 @@ function paintRuler(context: CanvasRenderingContext2D, { scale, colours }: Scene
         context.fillStyle = colours.line;
         context.fillRect(x - 0.5, RULER - 6, 1, LOST_TOP + LOST - RULER + 6);
         context.fillStyle = colours.faint;
-        context.fillText(formatTick(at, step), x + 4, RULER / 2);
+        const label = formatTick(at, step);
+        if (x + 4 + context.measureText(label).width <= scale.width) context.fillText(label, x + 4, RULER / 2);
     }
 }
 
