@@ -107,8 +107,8 @@ export class App {
             { class: 'work' },
             new FileList(session).element,
             view,
-            this.tabs.element,
             timeline.element,
+            this.tabs.element,
         );
         return h('main', {}, this.drop.element, work);
     }

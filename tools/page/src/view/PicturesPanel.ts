@@ -27,7 +27,7 @@ export class PicturesPanel {
     private item: FileItem | null = null;
     private columns = 0;
     private rowHeight = 0;
-    private readonly small = new Map<number, HTMLCanvasElement | null>();
+    private readonly small = new Map<number, HTMLElement | null>();
 
     constructor(
         private readonly session: Session,
@@ -83,6 +83,7 @@ export class PicturesPanel {
         if (columns === this.columns && rowHeight === this.rowHeight) return;
         this.columns = columns;
         this.rowHeight = rowHeight;
+        this.small.clear();
         this.list.show({
             count: Math.ceil((this.file?.count ?? 0) / columns),
             rowHeight,
@@ -122,12 +123,12 @@ export class PicturesPanel {
         const [thumb, caption] = [...choose.children] as [HTMLElement, HTMLElement];
         choose.setAttribute('aria-pressed', String(index === this.selection.entry.value));
         setText(caption, `${index} · ${formatTime(file.starts[index])}`);
-        const canvas = this.thumbOf(index);
-        if (canvas) thumb.replaceChildren(canvas);
+        const small = this.thumbOf(index);
+        if (small) thumb.replaceChildren(small);
         else thumb.replaceChildren();
     }
 
-    private thumbOf(index: number): HTMLCanvasElement | null {
+    private thumbOf(index: number): HTMLElement | null {
         const known = this.small.get(index);
         if (known === undefined) void this.drawThumb(index);
         return known ?? null;
@@ -137,8 +138,9 @@ export class PicturesPanel {
         const { item, file } = this;
         this.small.set(index, null);
         const picture = item && (await this.session.ask(item, (engine, id) => engine.picture(id, index)));
-        if (!picture || file !== this.file) return;
-        this.small.set(index, reduced(picture));
+        if (!picture || file !== this.file || this.small.get(index) !== null) return;
+        const height = this.rowHeight - CAPTION - GAP;
+        this.small.set(index, picture.why ? h('span', { class: 'why' }, picture.why) : reduced(picture, height));
         this.dropOldest();
         this.list.refreshSoon();
     }
@@ -158,14 +160,13 @@ export class PicturesPanel {
 }
 
 /// A picture in a cell, smaller than the others only when it is too large for it.
-function reduced(picture: Picture): HTMLCanvasElement {
+function reduced(picture: Picture, cellHeight: number): HTMLCanvasElement {
     const ratio = window.devicePixelRatio || 1;
-    const label = picture.why || texts.pictures.one(picture.width, picture.height, picture.left, picture.top);
+    const label = texts.pictures.one(picture.width, picture.height, picture.left, picture.top);
     const small = h('canvas', { role: 'img', 'aria-label': label });
-    small.width = Math.round(CELL_WIDTH * ratio);
-    small.height = Math.round(small.width * CELL_RATIO);
+    small.height = Math.round(cellHeight * ratio);
+    small.width = Math.round(small.height / CELL_RATIO);
     const { width, height } = picture;
-    if (width === 0 || height === 0) return small;
     const scale = Math.min(
         small.width / (picture.surfaceWidth * CELL_SHARE),
         small.width / width,
