@@ -54,9 +54,9 @@ function tableRows(page) {
 
 /** The same of what `vxsub list` prints. */
 function listedRows(listing) {
-    const row = /^ *(\d+) .*?(\d\d+:\d\d:\d\d,\d{3}) --> (the next|\S+) {2}(.*)$/;
+    const row = /^ *(\d+) .*?(\d\d+:\d\d:\d\d,\d{3}) --> (the next|\S+)(?: {2}(.*))?$/; // no blanks at a line's end
     return listing.split("\n").map((line) => row.exec(line)).filter(Boolean)
-        .map(([, index, start, end, text]) => [Number(index), start, end, /^\((no )?picture /.test(text) ? "(picture)" : text]);
+        .map(([, index, start, end, text = ""]) => [Number(index), start, end, /^\((no )?picture /.test(text) ? "(picture)" : text]);
 }
 
 /** What the engine answers for the file that is looked at: as in `vxsub list --json --raw`. */
