@@ -8,7 +8,6 @@ add_library(vxsubtitle STATIC ${VXSUBTITLE_SOURCES})
 target_include_directories(vxsubtitle PUBLIC ${PROJECT_SOURCE_DIR})
 target_link_libraries(vxsubtitle PUBLIC vxsubtitle_platform PRIVATE vxsubtitle_no_rtti vxsubtitle_library_options)
 
-add_subdirectory(tools/samples)
 add_subdirectory(tools/meant)
 add_subdirectory(tools/vobsub)
 add_subdirectory(tools/check)

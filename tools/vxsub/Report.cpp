@@ -119,15 +119,14 @@ void addReport(CLI::App& app, Session& session) {
         "and sees what the television shows, and why something is missing. An index takes its\n"
         "pictures' file with it. It is as large as the page and, at most, 1.4 times the files.\n\n"
         "In the browser, #file=NAME&entry=N behind the page's name leads to an entry, counted\n"
-        "from 0 as in \"vxsub list\"; --entry says the whole link for the first file.\n\n"
+        "from 0 as in \"vxsub list\"; --entry prints the whole link for the first file.\n\n"
         "Examples:  vxsub report movie.srt -o ticket.html\n"
         "           vxsub report --entry 12 movie.idx");
     const auto options = std::make_shared<ReportOptions>();
     command->add_option("FILE", options->paths, "the files")->required()->type_name("");
     command->add_option("-o,--output", options->output, "the page to write; report.html when not given")
         ->type_name("OUT");
-    command->add_option("--entry", options->entry, "an entry of the first file, to which a link is said")
-        ->type_name("N");
+    command->add_option("--entry", options->entry, "an entry of the first file, whose link is printed")->type_name("N");
     command
         ->add_option("--page", options->page,
                      "the page as \"make page\" built it; when not given, the\n"

@@ -7,7 +7,9 @@ function block(id: string): string {
 
 /** The bytes of a block in base64 of zlib-wrapped deflate. */
 export async function unpack(base64: string): Promise<Uint8Array<ArrayBuffer>> {
-    const packed = Uint8Array.from(atob(base64), (unit) => unit.charCodeAt(0));
+    const units = atob(base64);
+    const packed = new Uint8Array(units.length);
+    for (let at = 0; at < units.length; ++at) packed[at] = units.charCodeAt(at);
     const stream = new Blob([packed]).stream().pipeThrough(new DecompressionStream("deflate"));
     return new Uint8Array(await new Response(stream).arrayBuffer());
 }

@@ -7,7 +7,7 @@ import { isDeepStrictEqual } from 'node:util';
 import type { Facts, Library } from '../src/engine/library';
 import { usualSettings, type CheckReport } from '../src/engine/types';
 import { eachSample, inFolder, load, startLibrary, vxsub } from './native';
-import { readPng } from './png';
+import { readPng } from './support/png.mjs';
 
 /** How long it took differs. */
 function withoutTimes(output: Uint8Array): string {

@@ -1,9 +1,12 @@
 // What the page owes everyone: it asks for nothing, everybody can use it, and it is small.
 import assert from "node:assert/strict";
+import { once } from "node:events";
 import { readFileSync, statSync } from "node:fs";
+import { createServer } from "node:http";
 import { createRequire } from "node:module";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
+import { pathToFileURL } from "node:url";
 import { desktop, drop, launch, phone, until, withPage } from "./support/browser.mjs";
 import { demoPair } from "./support/native.mjs";
 import { page as pageFile, root } from "./support/places.mjs";
@@ -27,23 +30,42 @@ test("its policy lets nothing be loaded from anywhere", () => {
     assert.doesNotMatch(policy, /https?:|\*|'unsafe-inline'|'unsafe-eval'/);
 });
 
-test("neither the page nor a worker of it can ask for anything", () => withPage(browser, { mayComplain: true }, async (page, watch) => {
+test("neither the page nor a worker of it reaches anybody", async () => {
+    const visits = [];
+    const server = createServer((request, answer) => {
+        visits.push(request.url);
+        answer.end("");
+    }).listen(0, "127.0.0.1");
+    await once(server, "listening");
+    const address = `http://127.0.0.1:${server.address().port}/`;
+    const context = await browser.newContext();
+    const page = await context.newPage();
+    await page.goto(pathToFileURL(pageFile).href);
     await drop(page, [example("episode.srt")]);
-    const ask = async () => {
-        const asked = await fetch("http://127.0.0.1:9/asked").then(() => "answered", () => "refused");
+    const ask = async (address) => {
         try {
-            importScripts("http://127.0.0.1:9/script.js");
+            new WebSocket(address.replace("http", "ws"));
+            importScripts(`${address}script`);
         } catch { /* as it should */ }
-        return asked;
+        return fetch(`${address}fetch`, { mode: "no-cors" }).then(() => "answered", () => "refused");
     };
-    assert.equal(await page.evaluate(ask), "refused");
     const workers = page.workers();
     assert.ok(workers.length > 0, "the page has workers");
-    for (const worker of workers) assert.equal(await worker.evaluate(ask), "refused");
-    await page.evaluate(() => (new Image().src = "http://127.0.0.1:9/picture.png"));
-    await page.waitForTimeout(200);
-    assert.deepEqual(watch.requests, []);
-}));
+    for (const asker of [page, ...workers]) assert.equal(await asker.evaluate(ask, address), "refused");
+    await page.evaluate((address) => {
+        navigator.sendBeacon(`${address}beacon`, "");
+        new Image().src = `${address}picture`;
+        for (const tag of ["iframe", "script", "video"]) document.body.appendChild(document.createElement(tag)).src = `${address}${tag}`;
+        const link = document.head.appendChild(document.createElement("link"));
+        Object.assign(link, { rel: "stylesheet", href: `${address}style` });
+    }, address);
+    await page.waitForTimeout(500);
+    await context.close();
+    assert.deepEqual(visits, []);
+    await fetch(`${address}seen`);
+    assert.deepEqual(visits, ["/seen"], "whoever comes is seen");
+    server.close();
+});
 
 /** Drives the page through all that it shows, and gives `look` every state of it. */
 async function everyState(page, look) {
@@ -102,7 +124,7 @@ test("the keyboard reaches everything", () => withPage(browser, {}, async (page)
         await page.keyboard.press("Tab");
         reached.add(await page.evaluate(() => document.activeElement.id || document.activeElement.dataset.tab || document.activeElement.ariaLabel));
     }
-    for (const name of ["scrub", "tab-entries", "Open files", "Television settings", "Play"]) assert.ok(reached.has(name), `${name} is reached; ${[...reached].join(", ")}`);
+    for (const name of ["scrub", "tab-entries", "Open files", "Play time on the time line", "Play"]) assert.ok(reached.has(name), `${name} is reached; ${[...reached].join(", ")}`);
     await page.evaluate(() => document.activeElement.blur());
     await page.keyboard.press("2");
     await until(page, () => document.querySelector("[data-tab=findings]").getAttribute("aria-selected") === "true");

@@ -18,6 +18,9 @@ async function bundleUnits() {
         bundle: true,
         platform: "node",
         format: "esm",
+        alias: { "vxsubtitle-module": join(root, "build/web/vxsubtitle.js") },
+        logOverride: { "commonjs-variable-in-esm": "silent" },
+        external: ["fs", "path"],
         outExtension: { ".js": ".mjs" },
         sourcemap: "inline",
         logLevel: "warning",
@@ -29,5 +32,6 @@ mkdirSync(results, { recursive: true });
 const wanted = process.argv.slice(2);
 const browserTests = readdirSync(here).filter((name) => name.endsWith(".test.mjs")).map((name) => join(here, name));
 const files = [...(await bundleUnits()), ...browserTests].filter((file) => wanted.every((word) => file.includes(word)));
+if (files.length === 0) throw new Error(`no test is called ${wanted.join(" ")}`);
 const options = ["--enable-source-maps", "--test", "--test-concurrency=1", "--test-reporter=spec"];
 process.exit(spawnSync(process.execPath, [...options, ...files], { stdio: "inherit" }).status ?? 1);

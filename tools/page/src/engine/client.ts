@@ -1,4 +1,5 @@
 import type { Facts } from './library';
+import { argument } from './names';
 import { groupsOf, type Group } from './pairs';
 import type { Requests } from './protocol';
 import { Side, type Job, type Parts } from './side';
@@ -62,11 +63,6 @@ function optionsFor({ language, codePage, framesPerSecond }: DeviceSettings): st
 
 function linesOf(text: string): string[] {
     return text.split('\n').filter((line) => line !== '');
-}
-
-/** A name that the command line cannot take for an option, nor for a path elsewhere. */
-function argument(name: string): string {
-    return `./${name.replaceAll('/', '_')}`;
 }
 
 class Client implements Engine {

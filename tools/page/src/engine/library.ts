@@ -1,5 +1,6 @@
 import createLibrary, { type Module } from 'vxsubtitle-module';
 import { guessEncoding } from './guess';
+import { fileName } from './names';
 import type {
     DeviceSettings,
     EntryDetail,
@@ -33,12 +34,6 @@ interface ArrayPlace {
 
 function isPlace(value: unknown): value is ArrayPlace {
     return typeof value === 'object' && value !== null && 'array' in value;
-}
-
-/** Names that could lead out of the folder are changed. */
-function fileName(name: string): string {
-    const plain = name.replaceAll('/', '_').replaceAll('\0', '_');
-    return plain === '' || plain === '.' || plain === '..' ? '_' : plain;
 }
 
 /** The library and the inspector's code in this thread. A call that breaks them throws `WebAssembly.RuntimeError`. */

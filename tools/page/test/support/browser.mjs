@@ -35,7 +35,7 @@ class Watch {
         context.on("console", (message) => {
             if (["error", "warning"].includes(message.type())) this.complaints.push(message.text());
         });
-        context.on("weberror", (error) => this.complaints.push(String(error.error())));
+        context.on("weberror", (error) => this.complaints.push(String(error.error().stack)));
     }
 
     assertQuiet() {

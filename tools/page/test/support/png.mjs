@@ -1,53 +1,63 @@
-// Reads the PNG files that vxsub writes: 8 bits a channel, RGB or RGBA, not interlaced.
-import assert from "node:assert/strict";
+// PNG files as the program writes them: colour map or RGBA, in rows.
 import { inflateSync } from "node:zlib";
 
-function* chunks(bytes) {
-    for (let at = 8; at < bytes.length; at += 12 + bytes.readUInt32BE(at)) {
-        yield { type: bytes.toString("latin1", at + 4, at + 8), data: bytes.subarray(at + 8, at + 8 + bytes.readUInt32BE(at)) };
+function chunksOf(file) {
+    const chunks = new Map();
+    for (let at = 8; at < file.length; ) {
+        const size = file.readUInt32BE(at);
+        const name = file.toString("latin1", at + 4, at + 8);
+        const data = file.subarray(at + 8, at + 8 + size);
+        chunks.set(name, Buffer.concat([chunks.get(name) ?? Buffer.alloc(0), data]));
+        at += size + 12;
     }
+    return chunks;
 }
 
-function paeth(left, up, corner) {
-    const guess = left + up - corner;
-    const [byLeft, byUp, byCorner] = [left, up, corner].map((value) => Math.abs(guess - value));
-    if (byLeft <= byUp && byLeft <= byCorner) return left;
-    return byUp <= byCorner ? up : corner;
+function paeth(left, above, corner) {
+    const guess = left + above - corner;
+    const [toLeft, toAbove, toCorner] = [left, above, corner].map((value) => Math.abs(guess - value));
+    if (toLeft <= toAbove && toLeft <= toCorner) return left;
+    return toAbove <= toCorner ? above : corner;
 }
 
-const predictors = [
-    () => 0,
-    (left) => left,
-    (left, up) => up,
-    (left, up) => (left + up) >> 1,
-    paeth,
-];
-
-function unfilter(data, height, stride, step) {
-    const pixels = Buffer.alloc(height * stride);
+/** Takes the filters off, row by row. */
+function unfiltered(data, rowBytes, height, step) {
+    const out = new Uint8Array(rowBytes * height);
     for (let y = 0; y < height; ++y) {
-        const predict = predictors[data[y * (stride + 1)]];
-        const row = y * stride;
-        for (let x = 0; x < stride; ++x) {
-            const left = x >= step ? pixels[row + x - step] : 0;
-            const up = y > 0 ? pixels[row - stride + x] : 0;
-            const corner = x >= step && y > 0 ? pixels[row - stride + x - step] : 0;
-            pixels[row + x] = data[y * (stride + 1) + 1 + x] + predict(left, up, corner);
+        const filter = data[y * (rowBytes + 1)];
+        for (let x = 0; x < rowBytes; ++x) {
+            const at = y * rowBytes + x;
+            const left = x >= step ? out[at - step] : 0;
+            const above = y > 0 ? out[at - rowBytes] : 0;
+            const corner = x >= step && y > 0 ? out[at - rowBytes - step] : 0;
+            const guess = [0, left, above, (left + above) >> 1, paeth(left, above, corner)][filter];
+            out[at] = data[y * (rowBytes + 1) + 1 + x] + guess;
         }
     }
-    return pixels;
+    return out;
 }
 
-export function readPng(bytes) {
-    const all = [...chunks(bytes)];
-    const header = all.find(({ type }) => type === "IHDR").data;
-    const [width, height] = [header.readUInt32BE(0), header.readUInt32BE(4)];
-    const channels = { 2: 3, 6: 4 }[header[9]];
-    assert.ok(header[8] === 8 && channels && header[12] === 0, "a kind of PNG that vxsub does not write");
-    const data = inflateSync(Buffer.concat(all.filter(({ type }) => type === "IDAT").map((chunk) => chunk.data)));
-    const pixels = unfilter(data, height, width * channels, channels);
-    if (channels === 4) return { width, height, rgba: pixels };
-    const rgba = Buffer.alloc(width * height * 4, 255);
-    for (let at = 0; at < width * height; ++at) pixels.copy(rgba, at * 4, at * 3, at * 3 + 3);
-    return { width, height, rgba };
+function fromColourMap(rows, depth, width, height, chunks) {
+    const [map, alphas] = [chunks.get("PLTE"), chunks.get("tRNS") ?? Buffer.alloc(0)];
+    const rowBytes = Math.ceil((width * depth) / 8);
+    const rgba = new Uint8Array(width * height * 4);
+    for (let i = 0; i < width * height; ++i) {
+        const bit = (i % width) * depth;
+        const byte = rows[Math.floor(i / width) * rowBytes + (bit >> 3)];
+        const colour = (byte >> (8 - depth - (bit & 7))) & ((1 << depth) - 1);
+        rgba.set(map.subarray(colour * 3, colour * 3 + 3), i * 4);
+        rgba[i * 4 + 3] = alphas[colour] ?? 255;
+    }
+    return rgba;
+}
+
+/** {width, height, rgba} */
+export function readPng(file) {
+    const chunks = chunksOf(file);
+    const head = chunks.get("IHDR");
+    const [width, height, depth, kind] = [head.readUInt32BE(0), head.readUInt32BE(4), head[8], head[9]];
+    if (kind !== 3 && !(kind === 6 && depth === 8)) throw new Error(`a PNG of kind ${kind}, depth ${depth}`);
+    const rowBytes = kind === 6 ? width * 4 : Math.ceil((width * depth) / 8);
+    const rows = unfiltered(inflateSync(chunks.get("IDAT")), rowBytes, height, kind === 6 ? 4 : 1);
+    return { width, height, rgba: kind === 6 ? rows : fromColourMap(rows, depth, width, height, chunks) };
 }
