@@ -84,7 +84,7 @@ tools/page/node_modules/.package-lock.json: tools/page/package.json tools/page/p
 .PHONY: page-packages
 page-packages:
 	@$(SETUP) page
-	@$(MAKE) tools/page/node_modules/.package-lock.json
+	@$(MAKE) -s tools/page/node_modules/.package-lock.json
 
 .PHONY: page
 page: page-packages

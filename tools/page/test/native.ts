@@ -1,16 +1,11 @@
-// What the tests compare with: the program, and samples of the project's own or, by SAMPLES, of another folder.
-import { spawnSync } from 'node:child_process';
-import { mkdtempSync, readFileSync, readdirSync, rmSync, statSync } from 'node:fs';
+// What the tests of the module compare with: the program, and samples of the project's own or, by SAMPLES, of a folder.
+import { execFileSync, spawnSync } from 'node:child_process';
+import { mkdtempSync, readFileSync, readdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
-import { basename, dirname, extname, join, resolve } from 'node:path';
+import { basename, dirname, extname, join } from 'node:path';
 import { Library, type Loaded } from '../src/engine/library';
-
-const root = resolve(process.env.VXSUB_ROOT ?? '../..');
-const program = process.env.VXSUB ?? join(root, 'build/release/vxsub');
-const makeVobSub = process.env.MAKE_VOBSUB ?? join(root, 'build/release/tools/samples/make_vobsub');
-const wasm = process.env.VXSUB_WASM ?? join(root, 'build/web/vxsubtitle.wasm');
-const ownFolders = ['tests/golden', 'tests/check', 'tests/meant/files', 'examples/inspector'];
-const endings = ['.srt', '.ass', '.ssa', '.smi', '.sami', '.txt', '.sub', '.idx'];
+import { makeVobsub, module, vxsub as program } from './support/places.mjs';
+import { filmFilesBelow, ownFolders } from './support/samples.mjs';
 
 /** A folder of our own while `use` runs. */
 export function inFolder<Result>(use: (folder: string) => Result): Result {
@@ -22,20 +17,13 @@ export function inFolder<Result>(use: (folder: string) => Result): Result {
     }
 }
 
-function filesIn(folder: string): string[] {
-    return readdirSync(folder, { recursive: true, encoding: 'utf8' })
-        .map((name) => join(folder, name))
-        .filter((path) => endings.includes(extname(path).toLowerCase()) && statSync(path).isFile())
-        .sort();
-}
-
 /** Calls `look` with every sample's path; among our own is a VobSub pair that is made for it. */
 export function eachSample(look: (path: string) => void): void {
     const { SAMPLES } = process.env;
-    if (SAMPLES) return SAMPLES.split(':').flatMap(filesIn).forEach(look);
+    if (SAMPLES) return filmFilesBelow(SAMPLES).forEach(look);
     inFolder((folder) => {
-        spawnSync(makeVobSub, [join(folder, 'movie.idx')]);
-        [...ownFolders.map((name) => join(root, name)), folder].flatMap(filesIn).forEach(look);
+        execFileSync(makeVobsub, [join(folder, 'movie.idx')]);
+        [...ownFolders, folder].flatMap(filmFilesBelow).forEach(look);
     });
 }
 
@@ -56,5 +44,5 @@ export function vxsub(path: string, args: string[]): { status: number | null; st
 export async function startLibrary(): Promise<Library> {
     // The module is built for a worker.
     Object.assign(globalThis, { self: globalThis, location: { href: '' } });
-    return Library.start(await WebAssembly.compile(readFileSync(wasm)));
+    return Library.start(await WebAssembly.compile(readFileSync(module.replace(/js$/, 'wasm'))));
 }

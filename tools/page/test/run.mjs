@@ -2,9 +2,9 @@
 // drive a browser, one after another, so that they do not measure each other.
 import { spawnSync } from "node:child_process";
 import { mkdirSync, readdirSync, rmSync } from "node:fs";
-import { join } from "node:path";
+import { join, resolve } from "node:path";
 import { build } from "esbuild";
-import { here, results, root } from "./support/places.mjs";
+import { here, module, results, root } from "./support/places.mjs";
 
 const units = join(root, "build/page-test/units");
 
@@ -18,7 +18,7 @@ async function bundleUnits() {
         bundle: true,
         platform: "node",
         format: "esm",
-        alias: { "vxsubtitle-module": join(root, "build/web/vxsubtitle.js") },
+        alias: { "vxsubtitle-module": module },
         logOverride: { "commonjs-variable-in-esm": "silent" },
         external: ["fs", "path"],
         outExtension: { ".js": ".mjs" },
@@ -34,4 +34,6 @@ const browserTests = readdirSync(here).filter((name) => name.endsWith(".test.mjs
 const files = [...(await bundleUnits()), ...browserTests].filter((file) => wanted.every((word) => file.includes(word)));
 if (files.length === 0) throw new Error(`no test is called ${wanted.join(" ")}`);
 const options = ["--enable-source-maps", "--test", "--test-concurrency=1", "--test-reporter=spec"];
-process.exit(spawnSync(process.execPath, [...options, ...files], { stdio: "inherit" }).status ?? 1);
+const samples = process.env.SAMPLES && resolve(process.env.SAMPLES);
+const env = { ...process.env, VXSUB_ROOT: root, ...(samples && { SAMPLES: samples }) };
+process.exit(spawnSync(process.execPath, [...options, ...files], { stdio: "inherit", env }).status ?? 1);

@@ -4,7 +4,7 @@ import { basename, dirname, extname, join } from "node:path";
 import { demoPair } from "./native.mjs";
 import { root } from "./places.mjs";
 
-const endings = [".srt", ".ass", ".ssa", ".smi", ".txt", ".sub", ".idx"];
+const endings = [".srt", ".ass", ".ssa", ".smi", ".sami", ".txt", ".sub", ".idx"];
 
 function filesBelow(folder) {
     return readdirSync(folder).sort().flatMap((name) => {
@@ -13,11 +13,16 @@ function filesBelow(folder) {
     });
 }
 
+const isFilm = (path) => endings.includes(extname(path).toLowerCase());
+
+/** Paths of all subtitle files. */
+export const filmFilesBelow = (folder) => filesBelow(folder).filter(isFilm);
+
 const read = (path) => ({ name: basename(path), bytes: readFileSync(path) });
 
 /** A film is what is dropped together: {label, files}; the first file is the one that vxsub is given. */
 export function filmsBelow(folder) {
-    const paths = filesBelow(folder).filter((path) => endings.includes(extname(path)));
+    const paths = filmFilesBelow(folder);
     const pictures = (index) => index.replace(/\.idx$/, ".sub");
     const taken = new Set(paths.filter((path) => path.endsWith(".idx")).map(pictures));
     return paths.filter((path) => !taken.has(path)).map((path) => ({
@@ -26,9 +31,10 @@ export function filmsBelow(folder) {
     }));
 }
 
-export async function ownFilms() {
-    const folders = ["tests/meant/files", "examples"].map((folder) => join(root, folder));
-    return [...folders.flatMap(filmsBelow), { label: "demo/movie.idx", files: await demoPair() }];
+export const ownFolders = ["tests/meant/files", "examples"].map((folder) => join(root, folder));
+
+async function ownFilms() {
+    return [...ownFolders.flatMap(filmsBelow), { label: "demo/movie.idx", files: await demoPair() }];
 }
 
 export async function allFilms() {
