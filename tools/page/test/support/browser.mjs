@@ -4,13 +4,11 @@ import { pathToFileURL } from "node:url";
 import { chromium } from "playwright-core";
 import { page as pageFile } from "./places.mjs";
 
-const address = pathToFileURL(pageFile).href;
-
 export const desktop = { viewport: { width: 1360, height: 850 } };
 export const phone = { viewport: { width: 390, height: 844 }, deviceScaleFactor: 2, isMobile: true, hasTouch: true };
 
 /** Requests that a page may make: itself, and what it holds. */
-const isOwn = (url) => url.split("#")[0] === address || /^(blob|data|about):/.test(url);
+const isOwn = (url, address) => url.split("#")[0] === address || /^(blob|data|about):/.test(url);
 
 export function launch() {
     const root = process.getuid?.() === 0 ? ["--no-sandbox"] : [];
@@ -23,14 +21,14 @@ class Watch {
     complaints = [];
     requests = [];
 
-    async over(context) {
+    async over(context, address) {
         await context.route("**/*", (route) => {
-            if (isOwn(route.request().url())) return route.continue();
+            if (isOwn(route.request().url(), address)) return route.continue();
             this.requests.push(route.request().url());
             return route.abort();
         });
         context.on("request", (request) => {
-            if (!isOwn(request.url())) this.requests.push(request.url());
+            if (!isOwn(request.url(), address)) this.requests.push(request.url());
         });
         context.on("console", (message) => {
             if (["error", "warning"].includes(message.type())) this.complaints.push(message.text());
@@ -46,13 +44,14 @@ class Watch {
 
 /** Opens the page, lets `use` drive it, and sees that it asked for nothing and complained of nothing. */
 export async function withPage(browser, options, use) {
-    const { hash = "", file = address, mayComplain = false, ...contextOptions } = options;
+    const { hash = "", file = pageFile, mayComplain = false, ...contextOptions } = options;
+    const address = pathToFileURL(file).href;
     const context = await browser.newContext({ ...desktop, ...contextOptions });
     try {
         const watch = new Watch();
-        await watch.over(context);
+        await watch.over(context, address);
         const page = await context.newPage();
-        await page.goto(file + hash);
+        await page.goto(address + hash);
         await use(page, watch);
         if (!mayComplain) watch.assertQuiet();
     } finally {
