@@ -14,9 +14,9 @@ std::optional<Television::Shown> Viewer::picture(U32 index) {
     return mTelevision ? mTelevision->show(index) : std::nullopt;
 }
 
-std::u32string Viewer::text(U32 index) {
-    if (!mTelevision) return mFile.text(index);
-    const std::optional<Television::Shown> shown = picture(index);
+std::u32string Viewer::text(U32 index) { return mTelevision ? wordsFor(index, picture(index)) : mFile.text(index); }
+
+std::u32string Viewer::wordsFor(U32 index, const std::optional<Television::Shown>& shown) {
     const Box box = shown ? placeOf(mFile, *shown) : Box{};
     if (box.isEmpty()) return decodeUtf8("(no picture: " + why(index, shown) + ")");
     return decodeUtf8("(picture " + sizeText(box.width, box.height) + " at " + std::to_string(box.left) + ", " +

@@ -23,6 +23,9 @@ public:
     /// Nothing for texts, and for a picture that cannot be decoded.
     std::optional<Television::Shown> picture(android::U32 index);
 
+    /// What `text` says of a picture.
+    std::u32string wordsFor(android::U32 index, const std::optional<Television::Shown>& shown);
+
     /// Why nothing of it is seen.
     std::string why(android::U32 index, const std::optional<Television::Shown>& shown) {
         return mFaults.why(index, *mTelevision, shown);

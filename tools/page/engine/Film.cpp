@@ -52,12 +52,27 @@ Film::Film(const std::string& folder, const OpenOptions& options, Size surface)
     : mFolder(folder), mOptions(options), mSurface(surface) {
     enter();
     try {
-        mFile = std::make_unique<SubtitleFile>(mOptions);
-        mViewer = std::make_unique<Viewer>(*mFile, mSurface);
+        open();
         gatherTables();
     } catch (const FileError& error) {
         mRefusal = error.what();
     }
+}
+
+void Film::open() {
+    mViewer = nullptr;
+    mFile = nullptr;
+    mFile = std::make_unique<SubtitleFile>(mOptions);
+    mViewer = std::make_unique<Viewer>(*mFile, mSurface);
+}
+
+/// Gives `use` an entry's picture. A parser that refused one goes on from where that left it, so that the next answer
+/// would depend on what was asked before: it is replaced.
+template <class Use>
+void Film::look(U32 index, Use use) {
+    const std::optional<Television::Shown> shown = mViewer->picture(index);
+    use(shown);
+    if (!shown && mFile->hasPictures()) open();
 }
 
 /// The parts of a pair are looked for beside the name.
@@ -142,7 +157,8 @@ Json Film::facts(Arrays& arrays) {
 std::string Film::row(U32 index) {
     if (!mFile->hasPictures()) return escapeLine(mViewer->text(index));
     if (mRows.empty()) mRows.resize(mFile->count());
-    if (mRows[index].empty()) mRows[index] = escapeLine(mViewer->text(index));
+    if (mRows[index].empty())
+        look(index, [&](const auto& shown) { mRows[index] = escapeLine(mViewer->wordsFor(index, shown)); });
     return mRows[index];
 }
 
@@ -193,17 +209,17 @@ Json Film::at(U32 track, U32 ms) {
 
 Json Film::picture(U32 index, Arrays& arrays) {
     if (index >= file().count()) throw FileError("there is no entry " + std::to_string(index));
-    const std::optional<Television::Shown> shown = mViewer->picture(index);
-    const Box box = shown ? shown->box : Box{};
-    return {{"index", index},
-            {"surfaceWidth", mSurface.width},
-            {"left", box.left},
-            {"surfaceHeight", mSurface.height},
-            {"top", box.top},
-            {"width", box.width},
-            {"height", box.height},
-            {"rgba", shown ? arrays.put(pixelsOf(shown->image, box)) : arrays.put(std::vector<uint8_t>())},
-            {"why", box.isEmpty() && mFile->hasPictures() ? mViewer->why(index, shown) : ""}};
+    Json answer = {{"index", index}, {"surfaceWidth", mSurface.width}, {"surfaceHeight", mSurface.height}};
+    look(index, [&](const std::optional<Television::Shown>& shown) {
+        const Box box = shown ? shown->box : Box{};
+        answer["left"] = box.left;
+        answer["top"] = box.top;
+        answer["width"] = box.width;
+        answer["height"] = box.height;
+        answer["rgba"] = arrays.put(shown ? pixelsOf(shown->image, box) : std::vector<uint8_t>());
+        answer["why"] = box.isEmpty() && mFile->hasPictures() ? mViewer->why(index, shown) : "";
+    });
+    return answer;
 }
 
 SourceLines& Film::source() {

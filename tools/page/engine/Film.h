@@ -34,6 +34,9 @@ public:
     size_t lineAt(size_t offset);
 
 private:
+    void open();
+    template <class Use>
+    void look(U32 index, Use use);
     void enter() const;
     vxsub::SubtitleFile& file() const;
     void gatherTables();

@@ -103,6 +103,27 @@ test('pictures are drawn as the program draws them', async () => {
     console.log(`# ${pictures} pictures are the same`);
 });
 
+test('what a picture answers does not depend on what was asked before', async () => {
+    const library = await startLibrary();
+    let films = 0;
+    eachSample((path) => {
+        if (!/\.idx$/i.test(path)) return;
+        const [index, pictures] = load(path);
+        if (pictures === undefined) return;
+        // The last pictures are cut off.
+        const cut = { name: pictures.name, bytes: pictures.bytes.slice(0, pictures.bytes.length * 0.3) };
+        const facts = library.open(1, [index!, cut], usualSettings);
+        if ('refused' in facts) return;
+        const look = (): string[] => Array.from({ length: Math.min(facts.count, 30) }, (_, i) => library.picture(1, i).why);
+        const once = look();
+        library.picture(1, facts.count - 1);
+        assert.deepEqual(look(), once, path);
+        assert.ok(once.includes('') && once.some((why) => why !== ''), path);
+        ++films;
+    });
+    assert.ok(films > 0);
+});
+
 interface Listed {
     entries: { index: number; start: number; end: number | null; text?: string; units?: number[]; marks: string[] }[];
 }
