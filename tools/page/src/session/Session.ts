@@ -36,6 +36,10 @@ export const opened = (item: FileItem | null): Opened | null =>
 /// So long a check waits: the first rows come first.
 const CHECK_PAUSE_MS = 250;
 
+/// Why nothing is shown, with the file's name in front once.
+export const reasonOf = ({ name, reason }: FileItem): string =>
+    reason.startsWith(`${name}:`) ? reason : `${name}: ${reason}`;
+
 const isBreakage = (error: unknown): boolean => error instanceof Error && error.name === 'EngineBroken';
 
 const message = (error: unknown): string => (error instanceof Error ? error.message : String(error));
@@ -148,9 +152,7 @@ export class Session {
 
     private tellOf(item: FileItem): void {
         const file = opened(item);
-        this.news.value = file
-            ? texts.news.opened(file.name, file.formatName, file.count)
-            : `${item.name}: ${item.reason}`;
+        this.news.value = file ? texts.news.opened(file.name, file.formatName, file.count) : reasonOf(item);
     }
 
     private change(item: FileItem, fields: Partial<FileItem>): void {

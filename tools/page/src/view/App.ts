@@ -2,7 +2,7 @@
 
 import { h, replace, setText } from '../dom';
 import type { Engine } from '../engine/types';
-import { Session, opened, type FileItem } from '../session/Session';
+import { Session, opened, reasonOf, type FileItem } from '../session/Session';
 import { Player } from '../session/Player';
 import { digits, texts } from '../texts';
 import { keysDialog, SettingsDialog } from './Dialogs';
@@ -121,11 +121,7 @@ export class App {
             notice.hidden = !isFault;
             if (!isFault) return;
             const title = texts.files[item.state as 'refused' | 'lonely' | 'broken'];
-            replace(
-                notice,
-                icon('warning'),
-                h('div', {}, h('strong', {}, title), h('p', {}, `${item.name}: ${item.reason}`)),
-            );
+            replace(notice, icon('warning'), h('div', {}, h('strong', {}, title), h('p', {}, reasonOf(item))));
         });
         return notice;
     }
