@@ -118,8 +118,7 @@ test('what a picture answers does not depend on what was asked before', async ()
         const once = look();
         library.picture(1, facts.count - 1);
         assert.deepEqual(look(), once, path);
-        assert.ok(once.includes('') && once.some((why) => why !== ''), path);
-        ++films;
+        films += Number(once.includes('') && once.some((why) => why !== ''));
     });
     assert.ok(films > 0);
 });
