@@ -56,7 +56,7 @@ function tableRows(page) {
 function listedRows(listing) {
     const row = /^ *(\d+) .*?(\d\d+:\d\d:\d\d,\d{3}) --> (the next|\S+)(?: {2}(.*))?$/; // no blanks at a line's end
     return listing.split("\n").map((line) => row.exec(line)).filter(Boolean)
-        .map(([, index, start, end, text = ""]) => [Number(index), start, end, /^\((no )?picture /.test(text) ? "(picture)" : text]);
+        .map(([, index, start, end, text = ""]) => [Number(index), start, end, text.replace(/^\((no )?picture .*/, "(picture)")]);
 }
 
 /** What the engine answers for the file that is looked at: as in `vxsub list --json --raw`. */
@@ -67,7 +67,8 @@ function entries(page) {
         const all = [];
         for (let index = 0; index < count; ++index) {
             const { text, units } = await engine.entry(id, index);
-            all.push({ index, start: starts[index], end: ends[index] === 0xffffffff ? null : ends[index], text, units: [...units] });
+            const end = ends[index] === 0xffffffff ? null : ends[index];
+            all.push({ index, start: starts[index], end, text, units: [...units] });
         }
         return all;
     });
@@ -138,7 +139,8 @@ async function compareStage(page) {
     const lines = await until(page, () => {
         const { moment } = window.vxsubPage.player;
         const stage = document.querySelector("#stage");
-        return moment.value && stage.dataset.shown === (moment.value.shown < 0 ? "" : String(moment.value.shown)) && [stage.innerText.trim(), moment.value.lines.join("\n").trim()];
+        const shown = moment.value && (moment.value.shown < 0 ? "" : String(moment.value.shown));
+        return stage.dataset.shown === shown && [stage.innerText.trim(), moment.value.lines.join("\n").trim()];
     });
     assert.equal(lines[0].replace(/\s+/g, " "), lines[1].replace(/\s+/g, " "), "the text on the screen");
 }

@@ -14,7 +14,9 @@ before(async () => (browser = await launch()));
 after(() => browser.close());
 
 const dark = { ...desktop, colorScheme: "dark" };
-const several = async () => [demo, example("episode.srt"), example("russian.srt"), example("script.ass"), ...(await demoPair())];
+const letter = { name: "letter.srt", bytes: Buffer.from("Dear reader,\n\nall is well here.\n") };
+const examples = ["episode.srt", "russian.srt", "script.ass"].map(example);
+const several = async () => [demo, ...examples, ...(await demoPair())];
 
 /** name of the picture: [device, what is dropped, which of it is looked at, its tab] */
 const screens = {
@@ -29,7 +31,7 @@ const screens = {
     "findings": [desktop, several, "episode.srt", "findings"],
     "source": [dark, several, "episode.srt", "source"],
     "mend": [desktop, several, "episode.srt", "mend"],
-    "broken": [desktop, () => [demo, { name: "letter.srt", bytes: Buffer.from("Dear reader,\n\nall is well here.\n") }], "letter.srt", "findings"],
+    "broken": [desktop, () => [demo, letter], "letter.srt", "findings"],
 };
 
 async function prepare(page, name, tab) {

@@ -44,11 +44,13 @@ test("the empty page is painted within 500 ms", async (context) => {
 /** Writes 32 MiB of SubRip; gives the number of its entries. */
 function writeLong() {
     const pad = (number, digits) => String(number).padStart(digits, "0");
-    const clock = (ms) => `${pad(Math.floor(ms / 3600000), 2)}:${pad(Math.floor(ms / 60000) % 60, 2)}:${pad(Math.floor(ms / 1000) % 60, 2)},${pad(ms % 1000, 3)}`;
+    const part = (ms, unit, most) => pad(Math.floor(ms / unit) % most, 2);
+    const clock = (ms) => `${part(ms, 3600000, 100)}:${part(ms, 60000, 60)}:${part(ms, 1000, 60)},${pad(ms % 1000, 3)}`;
     const entries = [];
     for (let size = 0; size < 32 << 20; size += entries.at(-1).length) {
-        const start = entries.length * 700;
-        entries.push(`${entries.length + 1}\r\n${clock(start)} --> ${clock(start + 600)}\r\nLine ${entries.length} of a very long film\r\n\r\n`);
+        const [number, start] = [entries.length, entries.length * 700];
+        const times = `${clock(start)} --> ${clock(start + 600)}`;
+        entries.push(`${number + 1}\r\n${times}\r\nLine ${number} of a very long film\r\n\r\n`);
     }
     writeFileSync(long, entries.join(""));
     return entries.length;
@@ -70,7 +72,9 @@ async function dropLong(page) {
     });
     const devtools = await page.context().newCDPSession(page);
     const data = { items: [], files: [long], dragOperationsMask: 1 };
-    for (const type of ["dragEnter", "dragOver", "drop"]) await devtools.send("Input.dispatchDragEvent", { type, x: 400, y: 300, data });
+    for (const type of ["dragEnter", "dragOver", "drop"]) {
+        await devtools.send("Input.dispatchDragEvent", { type, x: 400, y: 300, data });
+    }
     return until(page, () => window.shownAfter, undefined, 60_000);
 }
 
@@ -110,7 +114,8 @@ test("32 MiB: scrolling and scrubbing stay above 30 frames a second", (context) 
         };
     });
     for (const act of ["leap", "roll", "scrub"]) {
-        const { rate, longest } = await best((one, other) => (one.rate > other.rate ? one : other), () => framesWhile(page, act));
+        const faster = (one, other) => (one.rate > other.rate ? one : other);
+        const { rate, longest } = await best(faster, () => framesWhile(page, act));
         context.diagnostic(`${act}: ${rate.toFixed(1)} frames a second, the longest ${Math.round(longest)} ms`);
         assert.ok(rate >= 30, `${act}: ${rate} frames a second`);
     }

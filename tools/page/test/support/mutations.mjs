@@ -15,7 +15,10 @@ export class Chance {
     }
 }
 
-const pieces = ["\r", "\n", "\r\n\r\n", "\0", "-->", ":", ",", "{", "}", "<", ">", "[", "]", "|", "99999999999", "-1", "\xef\xbb\xbf", "\xff\xfe", "&#", "\t"];
+const pieces = [
+    "\r", "\n", "\r\n\r\n", "\t", "\0", "-->", ":", ",", "{", "}", "<", ">", "[", "]", "|", "&#",
+    "99999999999", "-1", "\xef\xbb\xbf", "\xff\xfe",
+];
 
 const changes = [
     (bytes, chance) => {
@@ -34,7 +37,8 @@ const changes = [
     },
     (bytes, chance) => {
         const at = chance.below(bytes.length + 1);
-        return Buffer.concat([bytes.subarray(0, at), Buffer.from(pieces[chance.below(pieces.length)], "latin1"), bytes.subarray(at)]);
+        const piece = Buffer.from(pieces[chance.below(pieces.length)], "latin1");
+        return Buffer.concat([bytes.subarray(0, at), piece, bytes.subarray(at)]);
     },
     (bytes, chance, sources) => {
         const other = sources[chance.below(sources.length)].bytes;
@@ -45,6 +49,8 @@ const changes = [
 /** `bytes` after a few changes; `sources` lend parts. */
 export function mutated(bytes, chance, sources) {
     let copy = bytes;
-    for (let left = 1 + chance.below(8); left > 0; --left) copy = changes[chance.below(changes.length)](copy, chance, sources);
+    for (let left = 1 + chance.below(8); left > 0; --left) {
+        copy = changes[chance.below(changes.length)](copy, chance, sources);
+    }
     return copy;
 }

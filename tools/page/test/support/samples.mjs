@@ -44,7 +44,10 @@ export async function allFilms() {
 
 /** The seeds of the fuzz targets, as files of their format. */
 export function seeds() {
-    const formats = { srt: "srt", ssa: "ssa", smi: "smi", txt: "txt", sub: "sub", sv10: "sub", sv20: "sub", microdvd: "sub", dvb: "sub", idx: "idx" };
-    return Object.entries(formats).flatMap(([target, ending]) =>
-        filesBelow(join(root, "fuzz/corpus", target)).map((path) => ({ name: `${target}-${basename(path).slice(0, 12)}.${ending}`, bytes: readFileSync(path) })));
+    const dialects = { sv10: "sub", sv20: "sub", microdvd: "sub", dvb: "sub" };
+    const formats = { srt: "srt", ssa: "ssa", smi: "smi", txt: "txt", sub: "sub", idx: "idx", ...dialects };
+    return Object.entries(formats).flatMap(([target, ending]) => {
+        const name = (path) => `${target}-${basename(path).slice(0, 12)}.${ending}`;
+        return filesBelow(join(root, "fuzz/corpus", target)).map((path) => ({ ...read(path), name: name(path) }));
+    });
 }
