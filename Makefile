@@ -9,7 +9,7 @@ export CMAKE_BUILD_PARALLEL_LEVEL := $(JOBS)
 
 SETUP := tools/setup.sh
 SOURCES = $(shell find subtitle platform tests tools bench fuzz -name '*.h' -o -name '*.cpp' 2>/dev/null)
-TIDIED = $(filter-out %/empty_7z.cpp,$(shell find subtitle platform tools -name '*.cpp'))
+TIDIED = $(filter-out %/empty_7z.cpp platform/web/% tools/page/%,$(shell find subtitle platform tools -name '*.cpp'))
 
 SECONDS ?= 60
 TARGET ?=
@@ -20,6 +20,7 @@ COUNT ?= 600
 SEED ?=
 AT ?=
 PREFIX ?=
+SAMPLES ?=
 
 # $(call build,preset)
 build = @cmake --preset $(1) --log-level=WARNING && cmake --build --preset $(1)
@@ -29,7 +30,10 @@ check = @tools/check.sh $(1) $(JOBS)
 .PHONY: help
 help:
 	@echo 'make demo     plays and draws sample subtitles (make demo FILE=movie.srt SPEED=10: plays yours)'
+	@echo 'make page     the inspector as one HTML file for any browser, build/page/vxsub.html'
 	@echo 'make test     builds the library and runs its tests'
+	@echo 'make page-test  drives the page in a headless Chromium; pictures of it in build/page-test'
+	@echo '              (SAMPLES=DIR: compares the files of a folder with vxsub, too)'
 	@echo 'make arm      the tests on 32-bit ARM, under qemu-user; make arm-build only builds them'
 	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
 	@echo 'make tsan     the tests under the thread sanitizer'
@@ -86,6 +90,31 @@ test:
 	@$(SETUP) build test
 	$(call build,dev)
 	$(call check,dev)
+
+NPM = cd tools/page && npm
+
+# What npm installs by the lock file, once for each state of that file.
+tools/page/node_modules/.package-lock.json: tools/page/package.json tools/page/package-lock.json
+	@echo 'page: installing npm packages'
+	@$(NPM) ci --loglevel=error && touch node_modules/.package-lock.json
+
+# A part of the two below.
+page-packages:
+	@$(SETUP) page
+	@$(MAKE) -s tools/page/node_modules/.package-lock.json
+
+.PHONY: page
+page: page-packages
+	$(call build,web)
+	@node tools/page/build.mjs build/web/vxsubtitle.js build/page/vxsub.html
+	@echo 'The page: $(CURDIR)/build/page/vxsub.html'
+
+.PHONY: page-test
+page-test: page
+	@$(SETUP) build page-test
+	@cmake --preset release --log-level=WARNING && cmake --build --preset release --target vxsub make_vobsub
+	@$(NPM) run --silent types
+	@SAMPLES="$(SAMPLES)" node tools/page/test/run.mjs
 
 .PHONY: asan
 asan:
@@ -237,4 +266,4 @@ tidy:
 
 .PHONY: clean
 clean:
-	@rm -rf build
+	@rm -rf build tools/page/node_modules

@@ -13,10 +13,16 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS ON)  # gnu++17, as in a platform tree
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+if(NOT EMSCRIPTEN)
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+endif()
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(THREADS_PREFER_PTHREAD_FLAG ON)
-find_package(Threads REQUIRED)
+if(EMSCRIPTEN)
+    add_library(Threads::Threads INTERFACE IMPORTED)  # platform/web has what stands for them
+else()
+    set(THREADS_PREFER_PTHREAD_FLAG ON)
+    find_package(Threads REQUIRED)
+endif()
 
 add_library(vxsubtitle_options INTERFACE)
 target_compile_options(vxsubtitle_options INTERFACE
@@ -28,7 +34,13 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
     target_compile_options(vxsubtitle_options INTERFACE -Wno-psabi)
 endif()
 target_link_libraries(vxsubtitle_options INTERFACE Threads::Threads)
-target_link_options(vxsubtitle_options INTERFACE LINKER:--as-needed)
+if(EMSCRIPTEN)
+    set(web_features -fwasm-exceptions -mbulk-memory -msimd128 -msse2)
+    target_compile_options(vxsubtitle_options INTERFACE ${web_features})
+    target_link_options(vxsubtitle_options INTERFACE ${web_features})
+else()
+    target_link_options(vxsubtitle_options INTERFACE LINKER:--as-needed)
+endif()
 
 # $<LINK_LIBRARY:always,x>: x is loaded with the program, needed or not.
 set(CMAKE_LINK_LIBRARY_USING_always
@@ -62,7 +74,7 @@ if(VXSUBTITLE_SANITIZE)
 elseif(VXSUBTITLE_WERROR)
     target_compile_options(vxsubtitle_options INTERFACE -Werror)
 endif()
-if(NOT VXSUBTITLE_SANITIZE AND NOT VXSUBTITLE_SANITIZE_LIBRARY)
+if(NOT VXSUBTITLE_SANITIZE AND NOT VXSUBTITLE_SANITIZE_LIBRARY AND NOT EMSCRIPTEN)
     target_link_options(vxsubtitle_options INTERFACE LINKER:--no-undefined)
 
     # What a platform tree's build sets by itself; tests/package/hardening_test.sh looks for it.

@@ -6,7 +6,7 @@ set -u
 packages_of() {
     android="android-liblog-dev android-libutils-dev android-libcutils-dev android-libbase-dev"
     case $1 in
-    build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev libuchardet-dev" ;;
+    build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev libuchardet-dev zlib1g-dev" ;;
     test) echo "libgtest-dev pkg-config blueprint-tools" ;;
     arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf pkg-config"
         for package in $android; do echo "$package:armhf"; done ;;
@@ -20,6 +20,9 @@ packages_of() {
     docs) echo "doxygen" ;;
     format) echo "clang-format-14" ;;
     tidy) echo "clang-tidy-14" ;;
+    page) echo "cmake ninja-build emscripten $android libcli11-dev nlohmann-json3-dev"
+        command -v npm >/dev/null || echo "nodejs npm" ;;
+    page-test) echo "chromium fonts-dejavu-core" ;;
     ci) echo "git make python3" ;;
     *) echo "setup: unknown group '$1'" >&2 && return 1 ;;
     esac

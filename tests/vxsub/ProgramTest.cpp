@@ -30,10 +30,12 @@ TEST(Usage, IsSaidInOneLineWithStatus2) {
         const char* error;
     } kRows[] = {
         {{},
-         "vxsub: a command is needed; there are info, list, at, play, render, sheet, push, check, fix (see vxsub "
+         "vxsub: a command is needed; there are info, list, at, play, render, sheet, push, check, fix, report (see "
+         "vxsub "
          "--help)\n"},
         {{"lst"},
-         "vxsub: there is no command lst; there are info, list, at, play, render, sheet, push, check, fix (see vxsub "
+         "vxsub: there is no command lst; there are info, list, at, play, render, sheet, push, check, fix, report (see "
+         "vxsub "
          "--help)\n"},
         {{"--foo"}, "vxsub: there is no option --foo (see vxsub --help)\n"},
         {{"list"}, "vxsub: FILE is required (see vxsub list --help)\n"},

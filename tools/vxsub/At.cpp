@@ -1,6 +1,7 @@
 // vxsub at: what a television shows at one play time.
 #include "Commands.h"
 #include "PictureOptions.h"
+#include "Sentences.h"
 #include "Text.h"
 #include "Time.h"
 #include "Viewer.h"
@@ -15,20 +16,6 @@ struct AtOptions {
     bool json = false;
     std::optional<Size> surface;
 };
-
-/// Why nothing is shown: how the time lies to the entry that the library names, and what comes next.
-std::string describeGap(SubtitleFile& file, U32 ms) {
-    const std::optional<U32> begun = file.entryBegunAt(ms);
-    if (file.count() == 0) return "the file has no entries";
-    if (!begun) return "the library names no entry";
-    const Entry entry = file.entry(*begun);
-    const std::string name = "entry " + std::to_string(*begun);
-    if (ms < entry.start) return name + " starts at " + formatTime(entry.start);
-    std::string text = name + " ended at " + formatTime(entry.end);
-    const U32 next = *begun + 1;
-    if (next == file.tracks()[file.trackOf(*begun)].end) return text + ", and it is the last";
-    return text + ", entry " + std::to_string(next) + " starts at " + formatTime(file.entry(next).start);
-}
 
 void show(SubtitleFile& file, U32 ms, std::optional<U32> shown, const AtOptions& options, bool raw, Output& out) {
     if (!shown) {

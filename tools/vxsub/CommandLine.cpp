@@ -4,7 +4,7 @@ namespace vxsub {
 namespace {
 
 constexpr void (*kCommands[])(CLI::App&, Session&) = {addInfo,  addList, addAt,    addPlay, addRender,
-                                                      addSheet, addPush, addCheck, addFix};
+                                                      addSheet, addPush, addCheck, addFix,  addReport};
 
 std::string formatList() {
     std::string text = "Formats:\n";
@@ -31,6 +31,7 @@ void describe(CLI::App& app, Session& session) {
                "  vxsub fix movie.srt                 write a copy that shows as meant\n"
                "  vxsub play movie.srt --speed 8      watch it\n"
                "  vxsub sheet movie.idx -o sheet.png  all pictures at a glance\n"
+               "  vxsub report movie.srt              a page for a browser, to mail\n"
                "\n"
                "\"vxsub COMMAND --help\" tells more of each command and lists its options.\n"
                "Exit status: 0 done, 1 the file cannot be shown or the output not be written,\n"

@@ -30,6 +30,7 @@ void addSheet(CLI::App& app, Session& session);
 void addPush(CLI::App& app, Session& session);
 void addCheck(CLI::App& app, Session& session);
 void addFix(CLI::App& app, Session& session);
+void addReport(CLI::App& app, Session& session);
 
 /// The options that every command on a file takes. They stand on the command and, out of the help text's sight, on
 /// the program, so that they may stand in front of the command's name, too.

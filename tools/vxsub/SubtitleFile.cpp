@@ -201,12 +201,15 @@ bool SubtitleFile::followsFrameRate() {
     return differs;
 }
 
+/// Of .sub files, the parser that was chosen for the dialect.
+const SubtitleParser& SubtitleFile::dialect() const {
+    const bool isDispatched = std::string_view(mFormat.type) == "sub";
+    return isDispatched ? *static_cast<const SubtitleParserSUB&>(*mParser).m_pParser : *mParser;
+}
+
 std::optional<FrameRate> SubtitleFile::frameRate() {
     if (type() != E_MEDIA_SUBTITLE_PARSER_TYPE_SUB_MICRO_DVD) return std::nullopt;
-    const bool isDispatched = std::string_view(mFormat.type) == "sub";
-    const SubtitleParser& dialect =
-        isDispatched ? *static_cast<const SubtitleParserSUB&>(*mParser).m_pParser : *mParser;
-    const U64 nanoseconds = dialect.m_u64NanoSecPerFrame;
+    const U64 nanoseconds = dialect().m_u64NanoSecPerFrame;
     if (nanoseconds == 0) return FrameRate{0, RateFrom::None};
     const U32 thousandths = U32((1000000000000 + nanoseconds / 2) / nanoseconds);
     if (!followsFrameRate()) return FrameRate{thousandths, RateFrom::File};
@@ -217,6 +220,11 @@ Entry SubtitleFile::entry(U32 index) {
     ST_MEDIA_SUBTITLE_PARSER_TAG tag = {};
     mParser->GetTagInfo(trackOf(index), index, &tag);
     return {tag.u32TimeStart, tag.u32TimeEnd};
+}
+
+S64 SubtitleFile::position(U32 index) const {
+    const SubtitleParser& parser = dialect();
+    return parser.m_pTagBuffer != nullptr && index < parser.m_u32TagBufferNum ? parser.m_pTagBuffer[index].s64Pos : 0;
 }
 
 U32 SubtitleFile::trackOf(U32 index) const {
@@ -244,7 +252,7 @@ std::optional<U32> SubtitleFile::entryShownAt(U32 ms) {
     return index;
 }
 
-Units SubtitleFile::units(U32 index) {
+Units SubtitleFile::units(U32 index, bool raw) {
     Units units;
     units.wide = codeType() == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE ||
                  codeType() == E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_UNICODE_BIG;
@@ -254,10 +262,10 @@ Units SubtitleFile::units(U32 index) {
     const size_t width = units.wide ? 2 : 1;
     const size_t limit = mBuffer.size() / width;
     units.values.reserve(std::min(counted, limit));
-    for (size_t i = 0; i < (mOptions.raw ? std::min(counted, limit) : limit); ++i) {
+    for (size_t i = 0; i < (raw ? std::min(counted, limit) : limit); ++i) {
         const U8* unit = &mBuffer[i * width];
         const U16 value = units.wide ? U16(unit[0] | unit[1] << 8) : U16(unit[0]);
-        if (value == 0 && !mOptions.raw) break;
+        if (value == 0 && !raw) break;
         units.values.push_back(value);
     }
     return units;

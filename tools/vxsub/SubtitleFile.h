@@ -93,9 +93,13 @@ public:
     android::U32 count() const { return mCount; }
     Entry entry(android::U32 index);
 
+    /// Where an entry's text, or picture, begins in the file, or in the pictures' file.
+    android::S64 position(android::U32 index) const;
+
     /// One behind the other in the order of the entries, and all of them; a text file has one.
     const std::vector<Track>& tracks() const { return mTracks; }
     android::U32 track() const { return mOptions.track.value_or(0); }  ///< that the queries by play time are about
+    void chooseTrack(android::U32 track) { mOptions.track = track; }
     android::U32 trackOf(android::U32 index) const;
     std::vector<Entry> trackEntries();  ///< those of that track
     bool isChosen(android::U32 track) const { return !mOptions.track || *mOptions.track == track; }
@@ -119,7 +123,8 @@ public:
     const android::SubtitleParserSUBIDX* vobSub() const;
 
     /// An entry's text as the library gives it: up to the first 0, or with `raw` all units that it counted.
-    Units units(android::U32 index);
+    Units units(android::U32 index) { return units(index, mOptions.raw); }
+    Units units(android::U32 index, bool raw);
 
     /// An entry's text as the player gets it.
     std::u32string text(android::U32 index) { return decoder().decode(units(index)); }
@@ -130,6 +135,7 @@ private:
 
     void readTracks();
     void requireSubtitles() const;
+    const android::SubtitleParser& dialect() const;
 
     OpenOptions mOptions;
     SourceFile mSource;

@@ -82,4 +82,18 @@ std::string formatTime(U32 ms) {
     return text;
 }
 
+std::optional<U32> parseFrameRate(const std::string& text) {
+    const size_t point = text.find('.');
+    std::string fraction = point == text.npos ? "" : text.substr(point + 1);
+    const std::string whole = text.substr(0, point);
+    const auto isNumber = [](const std::string& digits, size_t most) {
+        return !digits.empty() && digits.size() <= most && digits.find_first_not_of("0123456789") == digits.npos;
+    };
+    if (!isNumber(whole, 3) || (point != text.npos && !isNumber(fraction, 3))) return std::nullopt;
+    fraction.resize(3, '0');
+    const U32 thousandths = U32(std::stoul(whole) * 1000 + std::stoul(fraction));
+    if (thousandths < 1000) return std::nullopt;
+    return thousandths % 1000 == 0 && thousandths < 100000 ? thousandths / 1000 : thousandths;
+}
+
 }  // namespace vxsub

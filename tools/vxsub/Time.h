@@ -21,4 +21,8 @@ std::optional<android::U32> parseTime(std::string_view text);
 /// "00:01:01,500"; hours take more digits when they need them.
 std::string formatTime(android::U32 ms);
 
+/// Frames per second as `SetFrameRate` takes them: whole numbers up to 99 as they stand, others in thousandths.
+/// Nothing for what is no rate from 1 to 999.
+std::optional<android::U32> parseFrameRate(const std::string& text);
+
 }  // namespace vxsub

@@ -10,11 +10,15 @@ Viewer::Viewer(SubtitleFile& file, const std::optional<Size>& surface) : mFile(f
     if (file.hasPictures()) mTelevision.emplace(file, surface.value_or(kTelevision));
 }
 
-std::u32string Viewer::text(U32 index) {
-    if (!mTelevision) return mFile.text(index);
-    const std::optional<Television::Shown> shown = mTelevision->show(index);
+std::optional<Television::Shown> Viewer::picture(U32 index) {
+    return mTelevision ? mTelevision->show(index) : std::nullopt;
+}
+
+std::u32string Viewer::text(U32 index) { return mTelevision ? wordsFor(index, picture(index)) : mFile.text(index); }
+
+std::u32string Viewer::wordsFor(U32 index, const std::optional<Television::Shown>& shown) {
     const Box box = shown ? placeOf(mFile, *shown) : Box{};
-    if (box.isEmpty()) return decodeUtf8("(no picture: " + mFaults.why(index, *mTelevision, shown) + ")");
+    if (box.isEmpty()) return decodeUtf8("(no picture: " + why(index, shown) + ")");
     return decodeUtf8("(picture " + sizeText(box.width, box.height) + " at " + std::to_string(box.left) + ", " +
                       std::to_string(box.top) + ")");
 }
@@ -27,10 +31,10 @@ Json Viewer::json(U32 index, bool raw) {
         if (raw) value["units"] = units.values;
         return value;
     }
-    const std::optional<Television::Shown> shown = mTelevision->show(index);
+    const std::optional<Television::Shown> shown = picture(index);
     const Box box = shown ? placeOf(mFile, *shown) : Box{};
     value["picture"] = box.isEmpty() ? Json(nullptr) : boxJson(box);
-    if (box.isEmpty()) value["why"] = mFaults.why(index, *mTelevision, shown);
+    if (box.isEmpty()) value["why"] = why(index, shown);
     return value;
 }
 

@@ -20,6 +20,17 @@ public:
     /// The same for programs, behind the entry's times. With `raw`, also the units of a text.
     Json json(android::U32 index, bool raw);
 
+    /// Nothing for texts, and for a picture that cannot be decoded.
+    std::optional<Television::Shown> picture(android::U32 index);
+
+    /// What `text` says of a picture.
+    std::u32string wordsFor(android::U32 index, const std::optional<Television::Shown>& shown);
+
+    /// Why nothing of it is seen.
+    std::string why(android::U32 index, const std::optional<Television::Shown>& shown) {
+        return mFaults.why(index, *mTelevision, shown);
+    }
+
 private:
     SubtitleFile& mFile;
     PictureFaults mFaults;

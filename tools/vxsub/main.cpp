@@ -1,14 +1,10 @@
-// vxsub: a player without a television. Command line, and how each outcome ends the program.
+// vxsub: a player without a television. What a process needs around it.
 #include <fcntl.h>
 #include <signal.h>
-#include <strings.h>
 #include <unistd.h>
 
-#include "CommandLine.h"
-#include "Errors.h"
-#include "Log.h"
+#include "Program.h"
 
-namespace vxsub {
 namespace {
 
 /// Descriptors 0 to 2 are taken from here on, whatever the caller had closed: no file of ours becomes one of them.
@@ -20,68 +16,10 @@ void occupyStandardDescriptors() {
     }
 }
 
-std::string commandNames(const CLI::App& app) {
-    std::string names;
-    for (const CLI::App* command : app.get_subcommands({})) names += (names.empty() ? "" : ", ") + command->get_name();
-    return names;
-}
+}  // namespace
 
-/// One line that also says where help is.
-std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
-    const std::vector<CLI::App*> chosen = app.get_subcommands();
-    const std::string help =
-        " (see vxsub " + (chosen.empty() ? std::string() : chosen[0]->get_name() + " ") + "--help)";
-    const std::vector<std::string> unknown = app.remaining(true);
-    if (!unknown.empty() && (unknown[0][0] == '-' || !chosen.empty()))
-        return (unknown[0][0] == '-' ? "there is no option " : "one argument too many: ") + unknown[0] + help;
-    if (!chosen.empty() || dynamic_cast<const CLI::RequiredError*>(&error) == nullptr) return error.what() + help;
-    return (unknown.empty() ? "a command is needed" : "there is no command " + unknown[0]) + "; there are " +
-           commandNames(app) + help;
-}
-
-int parseAndRun(int argc, char** argv, Output& out) {
-    Session session{out, {}, false, kOk, {}};
-    CLI::App app("", "vxsub");
-    describe(app, session);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-        out.write(app.help());
-        return kOk;
-    } catch (const CLI::CallForVersion& version) {
-        out.line(version.what());
-        return kOk;
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(whatIsWrong(app, error));
-    }
-    if (session.log) {
-        showPlatformLog();
-        out.showForeignOutput();
-    }
-    session.run();
-    return session.status;
-}
-
-int run(int argc, char** argv) {
+int main(int argc, char** argv) {
     occupyStandardDescriptors();
     signal(SIGPIPE, SIG_IGN);  // a reader that has gone is seen where the output is written
-    Output out;
-    try {
-        const int status = parseAndRun(argc, argv, out);
-        out.flush();
-        return status;
-    } catch (const ReaderGone&) {
-        return kOk;
-    } catch (const UsageError& error) {
-        complain(error.what());
-        return kWrongUsage;
-    } catch (const std::exception& error) {
-        complain(error.what());
-        return kFileFailed;
-    }
+    return vxsub::run(argc, argv);
 }
-
-}  // namespace
-}  // namespace vxsub
-
-int main(int argc, char** argv) { return vxsub::run(argc, argv); }

@@ -1,0 +1,10 @@
+/// What the headers of Android expect of a C library's.
+#pragma once
+
+#ifdef __cplusplus
+#define __BEGIN_DECLS extern "C" {
+#define __END_DECLS }
+#else
+#define __BEGIN_DECLS
+#define __END_DECLS
+#endif

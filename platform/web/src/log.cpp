@@ -1,0 +1,45 @@
+// The platform log. Without a logger that was set, no line is put together.
+#include <android/log.h>
+#include <stdarg.h>
+#include <stdio.h>
+
+namespace {
+
+constexpr int kAtFirst = ANDROID_LOG_INFO;
+
+int lowest = ANDROID_LOG_DEFAULT;
+__android_logger_function logger = nullptr;
+
+}  // namespace
+
+extern "C" {
+
+// Newer headers alone declare it.
+int __android_log_is_loggable(int priority, const char* tag, int byDefault);
+
+void __android_log_set_logger(__android_logger_function function) { logger = function; }
+
+int __android_log_set_minimum_priority(int priority) {
+    const int before = lowest;
+    lowest = priority;
+    return before;
+}
+
+int __android_log_get_minimum_priority() { return lowest; }
+
+int __android_log_is_loggable(int priority, const char*, int) {
+    return logger != nullptr && priority >= (lowest == ANDROID_LOG_DEFAULT ? kAtFirst : lowest);
+}
+
+int __android_log_print(int priority, const char* tag, const char* format, ...) {
+    if (__android_log_is_loggable(priority, tag, ANDROID_LOG_VERBOSE) == 0) return 0;
+    char text[1024];
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    const __android_logger_data line = {sizeof line, LOG_ID_MAIN, priority, tag, nullptr, 0};
+    logger(&line, text);
+    return 1;
+}
+}

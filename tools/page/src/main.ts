@@ -1,0 +1,27 @@
+/// Where the page begins.
+
+import './style/page.css';
+
+import { notices, startWorker, wasmModule } from './embedded';
+import { createEngine } from './engine/client';
+import type { FileIn } from './engine/types';
+import { DeepLinks } from './session/DeepLinks';
+import { embeddedFiles } from './session/embeddedFiles';
+import { App } from './view/App';
+
+const engine = createEngine({ wasm: wasmModule, startWorker });
+const app = new App(engine, notices());
+
+/// For tests, and for whoever likes to look behind the page.
+const { session, player, selection } = app;
+const open = (files: FileIn[]): Promise<void> => session.add(files);
+Object.assign(window, { vxsubPage: { engine, session, player, selection, open } });
+
+async function openEmbedded(): Promise<void> {
+    const links = new DeepLinks(session, player, selection);
+    const files = await embeddedFiles();
+    if (files.length > 0) await session.add(files);
+    links.start();
+}
+
+void openEmbedded();

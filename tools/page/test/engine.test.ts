@@ -1,0 +1,178 @@
+// The module in the page answers what the program answers, byte for byte, and draws the same pictures.
+import assert from 'node:assert/strict';
+import { readFileSync, readdirSync } from 'node:fs';
+import { basename, join } from 'node:path';
+import { test } from 'node:test';
+import { isDeepStrictEqual } from 'node:util';
+import type { Facts, Library } from '../src/engine/library';
+import { usualSettings, type CheckReport } from '../src/engine/types';
+import { eachSample, inFolder, load, startLibrary, vxsub } from './native';
+import { readPng } from './support/png.mjs';
+
+/** How long it took differs. */
+function withoutTimes(output: Uint8Array): string {
+    return Buffer.from(output).toString('latin1').replace(/"opened":[0-9.e-]+/, '');
+}
+
+const commands: ((name: string) => string[])[] = [
+    (name) => ['list', '--json', '--raw', name],
+    (name) => ['list', name],
+    (name) => ['info', '--json', name],
+    (name) => ['check', '--json', name],
+    (name) => ['at', '--json', name, '65s'],
+];
+
+test('every file is answered as the program answers it', async () => {
+    const library = await startLibrary();
+    const differing: string[] = [];
+    let compared = 0;
+    eachSample((path) => {
+        for (const command of commands) {
+            const args = command(basename(path));
+            const ours = library.run(load(path), args);
+            const theirs = vxsub(path, args);
+            const isSame = ours.status === theirs.status && withoutTimes(ours.output) === withoutTimes(theirs.stdout);
+            if (!isSame) differing.push(`${path}: ${args[0]}`);
+            ++compared;
+        }
+    });
+    assert.deepEqual(differing, []);
+    assert.ok(compared >= 100, `${compared} answers`);
+    console.log(`# ${compared} answers are the same`);
+});
+
+test('a mended copy is the program\'s', async () => {
+    const library = await startLibrary();
+    const differing: string[] = [];
+    let copies = 0;
+    eachSample((path) => {
+        if (/\.idx$/i.test(path)) return;
+        const name = basename(path);
+        const ours = library.run(load(path), ['fix', name, '-o', 'copy.srt']);
+        inFolder((folder) => {
+            const theirs = vxsub(path, ['fix', name, '-o', join(folder, 'copy.srt')]);
+            const written = readdirSync(folder).map((file) => readFileSync(join(folder, file)));
+            const isSame =
+                ours.status === theirs.status &&
+                ours.files.length === written.length &&
+                ours.files.every((file, i) => written[i]!.equals(file.bytes));
+            if (!isSame) differing.push(path);
+            copies += written.length;
+        });
+    });
+    assert.deepEqual(differing, []);
+    assert.ok(copies >= 10, `${copies} copies`);
+});
+
+/** What a television of that size shows of an entry: where nothing is drawn, zeros. */
+function surfaceOf(library: Library, index: number, width: number, height: number): Uint8Array {
+    const picture = library.picture(1, index);
+    const surface = new Uint8Array(width * height * 4);
+    for (let y = 0; y < picture.height; ++y)
+        for (let x = 0; x < picture.width; ++x) {
+            const at = (y * picture.width + x) * 4;
+            const pixel = picture.rgba.subarray(at, at + 4);
+            if (pixel[3] !== 0) surface.set(pixel, ((picture.top + y) * width + picture.left + x) * 4);
+        }
+    return surface;
+}
+
+test('pictures are drawn as the program draws them', async () => {
+    const library = await startLibrary();
+    const [width, height] = [960, 540];
+    const differing: string[] = [];
+    let pictures = 0;
+    eachSample((path) => {
+        if (!/\.idx$/i.test(path)) return;
+        const settings = { ...usualSettings, surfaceWidth: width, surfaceHeight: height };
+        const facts = library.open(1, load(path), settings);
+        if ('refused' in facts) return;
+        inFolder((folder) => {
+            const size = `${width}x${height}`;
+            vxsub(path, ['render', '--all', '--background', 'none', '--surface', size, '-o', folder, basename(path)]);
+            for (const name of readdirSync(folder)) {
+                const png = readPng(readFileSync(join(folder, name)));
+                const ours = surfaceOf(library, parseInt(name, 10), width, height);
+                if (!Buffer.from(ours).equals(png.rgba)) differing.push(`${path}: ${name}`);
+                ++pictures;
+            }
+        });
+    });
+    assert.deepEqual(differing, []);
+    assert.ok(pictures >= 4, `${pictures} pictures`);
+    console.log(`# ${pictures} pictures are the same`);
+});
+
+test('what a picture answers does not depend on what was asked before', async () => {
+    const library = await startLibrary();
+    let films = 0;
+    eachSample((path) => {
+        if (!/\.idx$/i.test(path)) return;
+        const [index, pictures] = load(path);
+        if (pictures === undefined) return;
+        // The last pictures are cut off.
+        const cut = { name: pictures.name, bytes: pictures.bytes.slice(0, pictures.bytes.length * 0.3) };
+        const facts = library.open(1, [index!, cut], usualSettings);
+        if ('refused' in facts) return;
+        const look = (): string[] => Array.from({ length: Math.min(facts.count, 30) }, (_, i) => library.picture(1, i).why);
+        const once = look();
+        library.picture(1, facts.count - 1);
+        assert.deepEqual(look(), once, path);
+        films += Number(once.includes('') && once.some((why) => why !== ''));
+    });
+    assert.ok(films > 0);
+});
+
+interface Listed {
+    entries: { index: number; start: number; end: number | null; text?: string; units?: number[]; marks: string[] }[];
+}
+
+/** The tables of a file that was opened, as `list` has them. */
+function listed(library: Library, facts: Exclude<Facts, { refused: string }>, markWords: string[]): Listed['entries'] {
+    return Array.from({ length: facts.count }, (_, index) => {
+        const { text, units } = library.entry(1, index);
+        return {
+            index,
+            start: facts.starts[index]!,
+            end: facts.ends[index] === 0xffffffff ? null : facts.ends[index]!,
+            text,
+            units: [...units],
+            marks: markWords.filter((_word, bit) => (facts.marks[index]! >> bit) & 1),
+        };
+    });
+}
+
+test('the tables say what the list says', async () => {
+    const library = await startLibrary();
+    const words = library.vocabulary().marks.map(({ word }) => word);
+    const differing: string[] = [];
+    eachSample((path) => {
+        const facts = library.open(1, load(path), usualSettings);
+        const theirs = vxsub(path, ['list', '--json', '--raw', basename(path)]);
+        if ('refused' in facts) {
+            if (theirs.status === 0) differing.push(path);
+        } else if (!facts.isPictures) {
+            const { entries } = JSON.parse(theirs.stdout.toString()) as Listed;
+            if (!isDeepStrictEqual(listed(library, facts, words), entries)) differing.push(path);
+        }
+    });
+    assert.deepEqual(differing, []);
+});
+
+test('findings and source count the same lines', async () => {
+    const library = await startLibrary();
+    const differing: string[] = [];
+    let lines = 0;
+    eachSample((path) => {
+        library.open(1, load(path), usualSettings);
+        const { output } = library.run(load(path), ['check', '--json', basename(path)]);
+        const { findings = [] } = JSON.parse(Buffer.from(output).toString()) as CheckReport;
+        for (const { line, offset } of findings) {
+            if (line === undefined || offset === undefined) continue;
+            if (library.lineAt(1, offset) !== line) differing.push(`${path}: ${line}, ${library.lineAt(1, offset)}`);
+            ++lines;
+        }
+    });
+    assert.deepEqual(differing, []);
+    assert.ok(lines > 0, `${lines} lines`);
+});
