@@ -55,6 +55,7 @@ TEST(SubtitleParserSUBIDX, StartsEmpty) {
     for (U32 i = 0; i < 1920 * 1080; ++i) ASSERT_EQ(0, parser.m_buffer[i]);
     for (U32 i = 0; i < 0x10000; ++i) ASSERT_EQ(0, parser.m_pu8RawBuffer[i] | parser.m_pu8SubtitleBuffer[i]);
     EXPECT_EQ(0U, parser.m_pTagBuffer[8191].u32TimeStart);
+    EXPECT_EQ(0U, parser.m_u32TagNum);
 }
 
 TEST(SubtitleParserSUBIDX, FieldsStandInTheirOrder) {

@@ -907,25 +907,57 @@ TEST(StrUpr, RefusesNullAndTakesNothing) {
     EXPECT_EQ('a', unit);
 }
 
-// ------------------------------------------------------------------------------------------- the buffer's end
+// ------------------------------------------------------------------------------------------- the buffers' ends
 
-TEST(WorkBuffer, NothingBehindItIsLookedAt) {
+/// Zeros, and right behind them a page that nobody may touch. The size is one of whole pages.
+class Guarded {
+public:
+    explicit Guarded(size_t size)
+        : mPage(static_cast<size_t>(sysconf(_SC_PAGESIZE))),
+          mMapped(size + mPage),
+          mMemory(mmap(nullptr, mMapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
+        EXPECT_NE(MAP_FAILED, mMemory);
+        EXPECT_EQ(0, mprotect(static_cast<U8*>(mMemory) + size, mPage, PROT_NONE));
+    }
+    ~Guarded() { munmap(mMemory, mMapped); }
+    Guarded(const Guarded&) = delete;
+    Guarded& operator=(const Guarded&) = delete;
+
+    template <class T>
+    T* as() const {
+        return static_cast<T*>(mMemory);
+    }
+
+private:
+    size_t mPage, mMapped;
+    void* mMemory;
+};
+
+TEST(BuffersEnds, NothingBehindTheWorkBufferIsLookedAt) {
     constexpr size_t kSize = 8192;
-    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    const size_t mapped = kSize + page;
-    void* const memory = mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(MAP_FAILED, memory);
-    ASSERT_EQ(0, mprotect(static_cast<U8*>(memory) + kSize, page, PROT_NONE));
+    const Guarded work(kSize);
     for (const auto type : {kNative, kUtf16Le, kUtf16Be}) {
         for (const char* const head : {"", "x", "<i>", "{y:i}12345"}) {
             Entries parser(type, {head + std::string(3 * kSize, 'a'), "end"});
-            U8* const own = std::exchange(parser.m_pu8SubtitleBuffer, static_cast<U8*>(memory));
+            U8* const own = std::exchange(parser.m_pu8SubtitleBuffer, work.as<U8>());
             U8 shown[4 * kSize];
             EXPECT_LT(kSize / 2 - 32, parser.GetData(0, shown, sizeof shown, 0)) << type << head;
             parser.m_pu8SubtitleBuffer = own;
         }
     }
-    munmap(memory, mapped);
+}
+
+TEST(BuffersEnds, NothingBehindTheTagTableIsLookedAt) {
+    constexpr U32 kRecords = 8192;
+    using Tag = ST_MEDIA_SUBTITLE_PARSER_TAG;
+    const Guarded table(kRecords * sizeof(Tag));
+    Entries parser(kNative, {"text"});
+    Tag* const own = std::exchange(parser.m_pTagBuffer, table.as<Tag>());
+    const U32 count = std::exchange(parser.m_u32TagNum, kRecords);
+    U8 shown[64];
+    EXPECT_EQ(0U, parser.GetData(0, shown, sizeof shown, kRecords - 1));
+    parser.m_pTagBuffer = own;
+    parser.m_u32TagNum = count;
 }
 
 // --------------------------------------------------------------------------------------------------------- cost

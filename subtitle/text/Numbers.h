@@ -250,7 +250,6 @@ public:
     }
 
     U8 at(size_t i) const { return i < sizeof mBytes ? mBytes[i] : U8{0}; }
-    const U8* data() const { return mBytes; }
 
 private:
     U8 mBytes[2 * Count + 1] = {};
