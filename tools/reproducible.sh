@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the library as shipped from two copies of this tree, in folders of different names and lengths: the stripped
+# Builds the library as shipped in this tree and in a copy of it, in a folder of another name and length: the stripped
 # libraries are the same to the byte. tools/reproducible.sh [PRESET]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,19 +11,24 @@ strip=strip
 [[ $preset != *arm* ]] || strip=arm-linux-gnueabihf-strip
 export CCACHE_DISABLE=1  # it would hand out one folder's objects in the other
 
-for copy in a another/folder/of/a/longer/name; do
-    mkdir -p "$work/$copy"
-    tar -c --exclude=./build --exclude=./.git . | tar -x -C "$work/$copy"
+# build FOLDER LIBRARY
+build() {
     (
-        cd "$work/$copy"
+        cd "$1"
         cmake --preset "$preset" --log-level=WARNING && cmake --build --preset "$preset" --target vxsubtitle
-    ) >"$work/log" || { tail -n 40 "$work/log"; echo "reproducible: the build in $copy failed" >&2; exit 1; }
-    $strip -o "$work/$copy.so" "$work/$copy/build/$preset/libvxsubtitle.so"
-done
+    ) >"$work/log" || { tail -n 40 "$work/log"; echo "reproducible: the build in $1 failed" >&2; exit 1; }
+    $strip -o "$2" "$1/build/$preset/libvxsubtitle.so"
+}
 
-sha256sum "$work/a.so" "$work/another/folder/of/a/longer/name.so" | sed "s,$work/,,"
-cmp "$work/a.so" "$work/another/folder/of/a/longer/name.so" || {
+copy=$work/another/folder/of/a/longer/name
+mkdir -p "$copy"
+tar -c --exclude=./build --exclude=./.git --exclude=node_modules . | tar -x -C "$copy"
+build . "$work/here.so"
+build "$copy" "$work/there.so"
+
+sha256sum "$work/here.so" "$work/there.so" | sed "s,$work/,,"
+cmp "$work/here.so" "$work/there.so" || {
     echo "reproducible: the two libraries differ" >&2
     exit 1
 }
-echo "reproducible: the same $(stat -c %s "$work/a.so") bytes from both folders"
+echo "reproducible: the same $(stat -c %s "$work/here.so") bytes from both folders"
