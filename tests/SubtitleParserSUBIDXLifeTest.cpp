@@ -55,6 +55,8 @@ TEST(SubtitleParserSUBIDX, StartsEmpty) {
     for (U32 i = 0; i < 1920 * 1080; ++i) ASSERT_EQ(0, parser.m_buffer[i]);
     for (U32 i = 0; i < 0x10000; ++i) ASSERT_EQ(0, parser.m_pu8RawBuffer[i] | parser.m_pu8SubtitleBuffer[i]);
     EXPECT_EQ(0U, parser.m_pTagBuffer[8191].u32TimeStart);
+    parser.m_u32TagNum = 5;
+    EXPECT_EQ(TRUE, parser.Init(100));
     EXPECT_EQ(0U, parser.m_u32TagNum);
 }
 
