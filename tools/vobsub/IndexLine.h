@@ -20,8 +20,8 @@ enum class Keyword { None, Timestamp, Id, Delay, Size, Palette };
 /// Takes a keyword with its colon, in any letter case, and the blanks behind it.
 Keyword eatKeyword(Scan* in);
 
-/// `1:02:03:500`, with or without a sign. Behind a colon stand milliseconds, behind a point or a comma a fraction of any
-/// width.
+/// `1:02:03:500`, with or without a sign. Behind a colon stand milliseconds, behind a point or a comma a fraction of
+/// any width.
 struct Time {
     Ms ms = 0;
     char sign = 0;  ///< 0 where there is none
