@@ -36,7 +36,7 @@ help:
 	@echo '              (SAMPLES=DIR: compares the files of a folder with vxsub, too)'
 	@echo 'make arm      the tests on 32-bit ARM, under qemu-user; make arm-build only builds them'
 	@echo 'make asan     the tests under the address and undefined-behaviour sanitizers'
-	@echo 'make tsan     the tests under the thread sanitizer'
+	@echo 'make tsan     the tests that have threads, under the thread sanitizer'
 	@echo 'make clang    the tests built by clang, with checked containers and, in the library, integers'
 	@echo 'make valgrind the seeds of every fuzz target under valgrind'
 	@echo 'make fuzz     every fuzz target for SECONDS=60, or one: make fuzz SECONDS=600 TARGET=srt'
@@ -77,7 +77,7 @@ install: prefix = $(or $(PREFIX),/usr/local)
 install: release
 	@cmake --install build/release --prefix "$(prefix)" >build/install.log || { \
 	    echo 'make install: that did not work: another PREFIX=, or as root' >&2; exit 1; }
-	@[ "$$(id -u)" != 0 ] || [ -n "$(DESTDIR)" ] || ldconfig
+	@[ "$$(id -u)" != 0 ] || [ -n "$(DESTDIR)" ] || PATH="$$PATH:/usr/sbin:/sbin" ldconfig
 	@echo 'vxsubtitle is in $(DESTDIR)$(prefix)'
 
 .PHONY: demo

@@ -7,8 +7,8 @@ packages_of() {
     android="android-liblog-dev android-libutils-dev android-libcutils-dev android-libbase-dev"
     case $1 in
     build) echo "g++ cmake ninja-build $android libcli11-dev nlohmann-json3-dev libpng-dev libuchardet-dev zlib1g-dev" ;;
-    test) echo "libgtest-dev pkg-config blueprint-tools" ;;
-    arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf pkg-config"
+    test) echo "libgtest-dev pkg-config blueprint-tools python3" ;;
+    arm) echo "g++ cmake ninja-build $android g++-arm-linux-gnueabihf qemu-user libgtest-dev:armhf pkg-config blueprint-tools python3"
         for package in $android; do echo "$package:armhf"; done ;;
     clang | fuzz) echo "clang-14 libclang-rt-14-dev" ;;
     valgrind) echo "valgrind" ;;

@@ -93,6 +93,8 @@ TEST_F(PicturesSample, HidesWhatCannotBeRead) {
 TEST_F(PicturesSample, HasNoTracksWithoutFiles) {
     Pictures pictures("/none/movie.idx", mProducer);
     EXPECT_EQ(0u, pictures.open());
+    pictures.at(1000);
+    EXPECT_FALSE(isVisible(mProducer->last()));
 }
 
 TEST(MemoryProducer, HasOneWhoIsConnected) {
