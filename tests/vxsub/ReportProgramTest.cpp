@@ -122,6 +122,20 @@ TEST_F(VxsubReport, IndexTakesItsPictures) {
     EXPECT_EQ(get(path("movie.sub")), files[1].bytes);
 }
 
+TEST_F(VxsubReport, BothHalvesOfAPairAreOneFile) {
+    ASSERT_TRUE(samples::demoVobSub().write(path("movie.idx")));
+    const std::vector<std::string> halves[] = {{path("movie.idx"), path("movie.sub")},
+                                               {path("movie.sub"), path("movie.idx")}};
+    for (const std::vector<std::string>& named : halves) {
+        fs::remove(mOut);
+        EXPECT_EQ(0, report(named).status);
+        const std::vector<Embedded> files = filesIn(get(mOut));
+        ASSERT_EQ(2u, files.size());
+        EXPECT_EQ("movie.idx", files[0].name);
+        EXPECT_EQ("movie.sub", files[1].name);
+    }
+}
+
 TEST_F(VxsubReport, NamesDiffer) {
     const std::string other = put("other/Movie.srt", "b"), third = put("third/movie.srt", "c");
     EXPECT_EQ(0, report({put("movie.srt", "a"), other, third}).status);

@@ -2,6 +2,7 @@
 #include <strings.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -92,11 +93,25 @@ private:
     std::set<std::string> mNames;
 };
 
+/// Pictures that an index takes along are no files of their own.
+std::vector<std::string> withoutPictures(const std::vector<std::string>& paths) {
+    std::vector<std::string> taken, left;
+    for (const std::string& path : paths)
+        if (std::string pictures = picturesOf(path); !pictures.empty()) taken.push_back(std::move(pictures));
+    for (const std::string& path : paths) {
+        std::error_code ignored;
+        const bool isTaken = std::any_of(
+            taken.begin(), taken.end(), [&](const std::string& other) { return fs::equivalent(path, other, ignored); });
+        if (!isTaken) left.push_back(path);
+    }
+    return left;
+}
+
 void report(const ReportOptions& options, Output& out) {
     const std::string pagePath = pageFor(options);
     const std::string page = readFile(pagePath);
     Collection collection;
-    for (const std::string& path : options.paths) collection.add(path);
+    for (const std::string& path : withoutPictures(options.paths)) collection.add(path);
     const std::string& first = collection.files().front().name;
     const std::string link = options.entry ? linkTo(first, *options.entry) : "";
     NewFile file(options.output, options.paths.front(), options.force);

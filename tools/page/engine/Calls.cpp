@@ -35,11 +35,13 @@ vxsub::OpenOptions optionsFrom(const Json& request) {
 
 Json open(const Json& request) {
     forgetSettings();
-    auto& film = desk().films[request.at("id").get<unsigned>()];
-    film = nullptr;  // the old one makes room first
-    film = std::make_unique<Film>(request.at("folder").get<std::string>(), optionsFrom(request),
-                                  vxsub::Size{request.at("surfaceWidth"), request.at("surfaceHeight")});
-    return film->facts(desk().arrays);
+    const auto id = request.at("id").get<unsigned>();
+    desk().films.erase(id);  // the old one makes room first
+    auto film = std::make_unique<Film>(request.at("folder").get<std::string>(), optionsFrom(request),
+                                       vxsub::Size{request.at("surfaceWidth"), request.at("surfaceHeight")});
+    Json facts = film->facts(desk().arrays);
+    desk().films[id] = std::move(film);
+    return facts;
 }
 
 Json close(const Json& request) {

@@ -14,9 +14,11 @@ export async function unpack(base64: string): Promise<Uint8Array<ArrayBuffer>> {
     return new Uint8Array(await new Response(stream).arrayBuffer());
 }
 
+let compiled: Promise<WebAssembly.Module> | undefined;
+
 /** The library, compiled once for all workers. */
-export async function wasmModule(): Promise<WebAssembly.Module> {
-    return WebAssembly.compile(await unpack(block("wasm")));
+export function wasmModule(): Promise<WebAssembly.Module> {
+    return (compiled ??= unpack(block("wasm")).then((bytes) => WebAssembly.compile(bytes)));
 }
 
 let workerUrl = "";

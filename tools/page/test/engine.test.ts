@@ -77,6 +77,18 @@ function surfaceOf(library: Library, index: number, width: number, height: numbe
     return surface;
 }
 
+test('of a pair whose pictures are an empty file an entry has no bytes', async () => {
+    const library = await startLibrary();
+    const line = 'id: en, index: 0\ntimestamp: 00:00:01:000, filepos: 000000000\n';
+    const files = [
+        { name: 'movie.idx', bytes: new TextEncoder().encode(line) },
+        { name: 'movie.sub', bytes: new Uint8Array() },
+    ];
+    const facts = library.open(1, files, usualSettings) as Facts;
+    assert.equal(facts.count, 1);
+    assert.equal(library.entry(1, 0).bytes.length, 0);
+});
+
 test('pictures are drawn as the program draws them', async () => {
     const library = await startLibrary();
     const [width, height] = [960, 540];

@@ -103,9 +103,9 @@ class Client implements Engine {
     }
 
     async close(id: number): Promise<void> {
-        const film = this.filmOf(id);
+        this.filmOf(id);
         this.films.delete(id);
-        if (film.isHeld) await this.viewer.ask('close', [id], { limit: usualLimit });
+        await this.viewer.ask('close', [id], { limit: usualLimit });
     }
 
     async texts(id: number, from: number, count: number): Promise<string[]> {

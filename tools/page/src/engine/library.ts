@@ -96,7 +96,8 @@ export class Library {
         const [film, pictures] = this.names.get(id)!;
         const { node } = this.module.FS.lookupPath(`${this.folderOf(id)}/${pictures ?? film!}`);
         const end = Math.min(node.usedBytes, answer.offset + Math.min(answer.length, mostEntryBytes));
-        return { ...answer, bytes: node.contents.slice(answer.offset, Math.max(answer.offset, end)) };
+        const bytes = node.contents?.slice(answer.offset, Math.max(answer.offset, end)) ?? new Uint8Array();
+        return { ...answer, bytes };
     }
 
     search(id: number, words: string): Uint32Array {
@@ -104,7 +105,7 @@ export class Library {
     }
 
     at(id: number, track: number, time: number): Moment {
-        return this.call('at', { id, track, time: Math.max(0, Math.floor(time)) }) as Moment;
+        return this.call('at', { id, track, time: Math.min(0xffffffff, Math.max(0, Math.floor(time))) }) as Moment;
     }
 
     picture(id: number, index: number): Picture {

@@ -12,10 +12,18 @@ function splitName(name: string): { stem: string; ending: string } {
     return { stem: name.slice(0, point).toLowerCase(), ending: name.slice(point + 1).toLowerCase() };
 }
 
-/** Pictures begin as an MPEG-2 program stream does; a text of the same ending does not. */
-export async function isPictureStream(data: Blob): Promise<boolean> {
+const known = new WeakMap<Blob, Promise<boolean>>();
+
+async function beginsAsStream(data: Blob): Promise<boolean> {
     const [a, b, c, d] = new Uint8Array(await data.slice(0, 4).arrayBuffer());
     return a === 0 && b === 0 && c === 1 && d === 0xba;
+}
+
+/** Pictures begin as an MPEG-2 program stream does; a text of the same ending, or what cannot be read, does not. */
+export function isPictureStream(data: Blob): Promise<boolean> {
+    let answer = known.get(data);
+    if (!answer) known.set(data, (answer = beginsAsStream(data).catch(() => false)));
+    return answer;
 }
 
 /** Puts halves of pairs together by their names, whatever the letter case. */

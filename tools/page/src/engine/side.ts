@@ -81,12 +81,16 @@ export class Side {
     private async start(): Promise<Worker> {
         const wasm = await this.parts.wasm();
         const worker = this.parts.startWorker();
-        worker.onmessage = ({ data }: MessageEvent<Reply>) => this.take(data);
+        worker.onmessage = ({ data }: MessageEvent<Reply>) => {
+            if (worker === this.worker) this.take(data);
+        };
         worker.onerror = (event) => {
             event.preventDefault();
-            this.breakDown(event.message || 'it ended');
+            if (worker === this.worker) this.breakDown(event.message || 'it ended');
         };
-        worker.onmessageerror = () => this.breakDown('it sent what cannot be read');
+        worker.onmessageerror = () => {
+            if (worker === this.worker) this.breakDown('it sent what cannot be read');
+        };
         worker.postMessage({ wasm } satisfies Start);
         return worker;
     }

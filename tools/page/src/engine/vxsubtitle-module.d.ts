@@ -8,7 +8,7 @@ declare module 'vxsubtitle-module' {
         unlink(path: string): void;
         writeFile(path: string, bytes: Uint8Array, options?: { canOwn: boolean }): void;
         readFile(path: string): Uint8Array;
-        lookupPath(path: string): { node: { contents: Uint8Array; usedBytes: number } };
+        lookupPath(path: string): { node: { contents: Uint8Array | null; usedBytes: number } };
         stat(path: string): { mode: number };
         isFile(mode: number): boolean;
     }

@@ -8,16 +8,28 @@ declare const self: {
     postMessage(message: Reply, transfer: Transferable[]): void;
 };
 
+const mostBytes = 512 * 1024 * 1024;
+
 let library: Promise<Library>;
 
 function tell(reply: Reply, transfer: Transferable[] = []): void {
     self.postMessage(reply, transfer);
 }
 
+/** A file that is gone, or a folder, is told as such; the worker goes on. */
+async function bytesOf({ name, data }: FileIn): Promise<Uint8Array> {
+    if (data.size > mostBytes) throw new Error(`${name}: is too large for a subtitle file`);
+    try {
+        return new Uint8Array(await data.arrayBuffer());
+    } catch (error) {
+        throw new Error(`${name}: cannot be read: ${error instanceof Error ? error.message : String(error)}`);
+    }
+}
+
 async function read(files: FileIn[]): Promise<Loaded[]> {
     tell({ kind: 'progress', stage: 'reading' });
     const loaded: Loaded[] = [];
-    for (const { name, data } of files) loaded.push({ name, bytes: new Uint8Array(await data.arrayBuffer()) });
+    for (const file of files) loaded.push({ name: file.name, bytes: await bytesOf(file) });
     return loaded;
 }
 

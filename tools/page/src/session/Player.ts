@@ -90,7 +90,7 @@ export class Player {
             const time = Math.floor(this.time.value);
             const moment = await this.session.ask(item, (engine, id) => engine.at(id, this.track.value, time));
             if (item === this.item) this.moment.value = moment;
-            if (!moment) break;
+            if (!moment && item === this.item) break;
         }
         this.isAsking = false;
     }

@@ -63,12 +63,15 @@ export class Session {
     async add(files: FileIn[]): Promise<void> {
         this.busy.value = true;
         this.openingCount += 1;
-        const batch = (await groupsOf(files)).map(({ files: group }) => ({ group, item: this.placeholder(group) }));
-        this.files.value = [...this.files.value, ...batch.map(({ item }) => item)];
-        for (const { group, item } of batch) this.opening = this.opening.then(() => this.openOne(group, item));
-        await this.opening;
-        this.openingCount -= 1;
-        this.busy.value = this.openingCount > 0;
+        try {
+            const batch = (await groupsOf(files)).map(({ files: group }) => ({ group, item: this.placeholder(group) }));
+            this.files.value = [...this.files.value, ...batch.map(({ item }) => item)];
+            for (const { group, item } of batch) this.opening = this.opening.then(() => this.openOne(group, item));
+            await this.opening;
+        } finally {
+            this.openingCount -= 1;
+            this.busy.value = this.openingCount > 0;
+        }
     }
 
     private placeholder(group: FileIn[]): FileItem {
@@ -98,12 +101,23 @@ export class Session {
             const results = await this.engine.open(group, this.settings.value, (progress) =>
                 this.change(item, { progress }),
             );
-            this.settle(item, results);
+            if (this.files.value.includes(item)) this.settle(item, results);
+            else this.letGo(results);
         } catch (error) {
             this.change(item, { state: 'broken', reason: message(error), progress: null });
         }
+        if (!this.files.value.includes(item)) return; // removed, or joined to its other half
         this.tellOf(item);
         if (!this.current.value || this.isWorthMore(item)) this.current.value = item;
+    }
+
+    /// Of a file that was removed meanwhile: halves that have a row go on, the rest is closed.
+    private letGo(results: OpenResult[]): void {
+        for (const result of results) {
+            const known = this.files.value.find((file) => file.result?.id === result.id);
+            if (known) this.take(known, result);
+            else void this.engine.close(result.id).catch(() => undefined);
+        }
     }
 
     /// The first result takes the placeholder's row; one that is known already, such as the half of a pair, its old row.
@@ -114,6 +128,7 @@ export class Session {
             if (known && known !== item) {
                 if (place === 0) this.forget(item);
                 this.take(known, result);
+                this.tellOf(known);
                 this.current.value = known;
                 this.current.tell();
             } else if (place === 0) {

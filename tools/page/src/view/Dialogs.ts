@@ -47,9 +47,9 @@ export class SettingsDialog {
     readonly element: HTMLDialogElement;
     private readonly language = h('select', {});
     private readonly codePage = h('select', {});
-    private readonly rate = h('input', { type: 'number', min: 1, max: 1000, step: 'any', inputmode: 'decimal' });
-    private readonly width = h('input', { type: 'number', min: 16, max: 7680, required: true });
-    private readonly height = h('input', { type: 'number', min: 16, max: 4320, required: true });
+    private readonly rate = h('input', { type: 'number', min: 1, max: 999.999, step: 0.001, inputmode: 'decimal' });
+    private readonly width = h('input', { type: 'number', min: 16, max: 4096, required: true });
+    private readonly height = h('input', { type: 'number', min: 16, max: 4096, required: true });
 
     constructor(private readonly session: Session) {
         const rates = h(

@@ -132,7 +132,7 @@ export class FindingsPanel {
     /// The entry, when the library has it; at any rate the moment at which it was meant.
     private goTo(finding: Finding): void {
         const file = this.file();
-        if (!file) return;
+        if (!file) return this.showLine(finding);
         const entry = entryOf(file, finding);
         if (entry >= 0) this.selection.showEntry(entry);
         else this.player.seek(finding.start ?? 0);

@@ -111,6 +111,7 @@ export class MendPanel {
 
     private offers({ name, bytes }: Mended): HTMLElement {
         const blob = new Blob([bytes as BlobPart], { type: 'application/octet-stream' });
+        if (this.address) URL.revokeObjectURL(this.address);
         this.address = URL.createObjectURL(blob);
         const download = h(
             'a',

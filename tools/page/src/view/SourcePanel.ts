@@ -11,7 +11,6 @@ import { pieces } from './unseen';
 import { VirtualList } from './VirtualList';
 
 const ROW_HEIGHT = 22;
-const MARK_BYTES: Record<string, number> = { 'UTF-8': 3, 'UTF-16LE': 2, 'UTF-16BE': 2 };
 
 type Range = Pick<EntryDetail, 'index' | 'offset' | 'length' | 'line'>;
 
@@ -53,8 +52,9 @@ export class SourcePanel {
         if (!this.isSeen || (item === this.item && item?.result === this.result)) return;
         this.item = item;
         this.result = item?.result ?? null;
-        this.about = item && (await this.session.ask(item, (engine, id) => engine.sourceFacts(id)));
+        const about = item && (await this.session.ask(item, (engine, id) => engine.sourceFacts(id)));
         if (item !== this.item) return;
+        this.about = about;
         this.showFacts();
         this.showLines(item);
         await this.markEntry(this.selection.entry.value);
@@ -123,9 +123,7 @@ export class SourcePanel {
         const { range, about } = this;
         if (!range || !about || range.offset >= line.offset + line.length || range.offset + range.length <= line.offset)
             return null;
-        const skipped = line.number === 1 ? (MARK_BYTES[about.mark] ?? 0) : 0;
-        const place = (offset: number): number =>
-            charAt(line.text, Math.max(0, offset - line.offset - skipped), about.encoding);
+        const place = (offset: number): number => charAt(line.text, Math.max(0, offset - line.offset), about.encoding);
         return [place(range.offset), place(range.offset + range.length)];
     }
 
@@ -134,7 +132,9 @@ export class SourcePanel {
         const item = this.session.current.value;
         const file = opened(item);
         const isKnown = this.isSeen && item && file && !file.isPictures && index >= 0 && index < file.count;
-        if (isKnown) this.range = await this.session.ask(item, (engine, id) => engine.entry(id, index));
+        const range = isKnown ? await this.session.ask(item, (engine, id) => engine.entry(id, index)) : null;
+        if (item !== this.session.current.value || index !== this.selection.entry.value) return;
+        this.range = range;
         this.list.refreshSoon();
         if (this.range && this.selection.line.value === 0) this.list.reveal(Math.max(0, this.range.line - 1));
     }
