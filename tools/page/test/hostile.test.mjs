@@ -16,15 +16,42 @@ let browser;
 before(async () => (browser = await launch()));
 after(() => browser.close());
 
-async function hostileFiles() {
+/** What is dropped at once: one file, or both halves of a pair under one name. */
+async function hostileDrops() {
     const chance = new Chance(14);
-    const films = (await allFilms()).flatMap(({ files }) => files);
-    const sources = [...seeds(), ...films].filter(({ bytes }) => bytes.length < 1 << 18);
+    const films = (await allFilms()).map(({ files }) => files);
+    const pairs = films.filter(({ length }) => length === 2);
+    const groups = [...seeds().map((seed) => [seed]), ...films].filter((files) =>
+        files.every(({ bytes }) => bytes.length < 1 << 18));
+    const sources = groups.flat();
     return Array.from({ length: count }, (_, number) => {
-        const source = sources[chance.below(sources.length)];
-        return { name: `${number}-${source.name}`, bytes: mutated(source.bytes, chance, sources) };
+        const from = number % 5 === 0 ? pairs : groups;
+        return from[chance.below(from.length)].map(({ name, bytes }) => ({
+            name: `${number}-${name}`,
+            bytes: chance.below(4) === 0 ? bytes : mutated(bytes, chance, sources),
+        }));
     });
 }
+
+/** Looks at the newest file from all sides: table, pictures, source, the screen at its end, a search. */
+const lookAt = (page) => page.evaluate(async () => {
+    const { session, selection, player } = window.vxsubPage;
+    const item = session.files.value.at(-1);
+    session.current.value = item;
+    const count = item.state === "opened" ? item.result.count : 0;
+    const isPictures = count > 0 && item.result.isPictures;
+    for (const tab of ["source", isPictures ? "pictures" : "entries"]) {
+        selection.tab.value = tab;
+        for (const index of [0, count >> 1, count - 1]) if (index >= 0 && index < count) selection.choose(index);
+    }
+    player.seek(player.length.value);
+    await session.ask(item, (engine, id) => engine.source(id, 1, 64));
+    if (count > 0) await session.ask(item, async (engine, id) => {
+        await engine.entry(id, 0);
+        return isPictures ? engine.picture(id, count - 1) : engine.search(id, "a");
+    });
+    return isPictures;
+});
 
 /** The texts of a file as the engine gives them now. */
 const textsOf = (page, name) => page.evaluate(async (name) => {
@@ -35,21 +62,27 @@ const textsOf = (page, name) => page.evaluate(async (name) => {
 
 const states = (page) => page.evaluate(() => window.vxsubPage.session.files.value.map(({ name, state }) => [name, state]));
 
-test(`${count} mutated files one after another`, (context) => withPage(browser, {}, async (page) => {
+test(`${count} times mutated files, one drop after another`, (context) => withPage(browser, {}, async (page) => {
     await drop(page, [good]);
     const before = await textsOf(page, "good.ass");
-    const files = await hostileFiles();
+    const drops = await hostileDrops();
     const start = Date.now();
-    for (let first = 0; first < files.length; first += batch) {
-        for (const file of files.slice(first, first + batch)) await drop(page, [file], 30_000);
-        assert.deepEqual(await textsOf(page, "good.ass"), before, `after ${files[first].name}`);
+    let drawn = 0;
+    for (let first = 0; first < drops.length; first += batch) {
+        for (const files of drops.slice(first, first + batch)) {
+            await drop(page, files, 30_000);
+            drawn += await lookAt(page);
+        }
+        assert.deepEqual(await textsOf(page, "good.ass"), before, `after ${drops[first][0].name}`);
     }
-    context.diagnostic(`${count} files in ${Math.round((Date.now() - start) / 1000)} s`);
+    context.diagnostic(`${drawn} of them pairs with pictures`);
+    assert.ok(drawn > count / 50, "pairs are opened, and their pictures asked for");
+    context.diagnostic(`${count} drops in ${Math.round((Date.now() - start) / 1000)} s`);
     const all = await states(page);
     const countOf = (kind) => all.filter(([, state]) => state === kind).length;
     context.diagnostic(["opened", "refused", "lonely", "broken"].map((kind) => `${kind}: ${countOf(kind)}`).join(", "));
     assert.equal(all.filter(([, state]) => ["waiting", "opening"].includes(state)).length, 0, "every file is settled");
-    assert.ok(all.length > count * 0.9, `${all.length} files are listed`); // halves of pairs find each other
+    assert.ok(all.length > count * 0.9, `${all.length} files are listed`);
     assert.equal(countOf("broken"), 0, "no file broke the worker");
 }));
 
