@@ -91,6 +91,7 @@ try_default() {
         unshare --map-root-user --mount bash -euo pipefail -c \
             'mount --bind "$work/staged/usr/local" /usr/local && try_package default /usr/local ""'
     else
+        echo "SKIPPED: no name space for /usr/local: the default prefix was tried in the folder that it was staged in"
         try_package default "$work/staged/usr/local" "$work/staged/usr/local"
     fi
 }
