@@ -55,14 +55,14 @@ help:
 	@echo 'make abi      the binary interface on both processors against the reviewed one in tests/package/abi'
 	@echo "              (RECORD=1 REASON='what changed': writes it anew)"
 	@echo 'make size     what the stripped ARM library takes against its budget, tests/package/budget.txt (RECORD=1 as above)'
-	@echo 'make reproducible  builds the library in two folders, and compares them to the byte'
+	@echo 'make reproducible  builds the library of both processors in two folders, and compares them to the byte'
 	@echo 'make android  builds and runs the host tests as Android.bp says'
 	@echo 'make docs     the reference of the public headers, into build/docs'
 	@echo 'make release  the library and vxsub as shipped, in build/release'
 	@echo 'make install  puts them into PREFIX=/usr/local, for CMake and pkg-config to find (DESTDIR is heeded)'
 	@echo 'make format   clang-format on every source; make check-format only looks'
 	@echo 'make tidy     clang-tidy on the library and the tools'
-	@echo 'make clean    removes build/'
+	@echo 'make clean    removes build/ and tools/page/node_modules'
 	@echo
 	@echo 'Each installs the Debian packages it needs (as root, or with sudo).'
 
@@ -233,8 +233,8 @@ size:
 
 .PHONY: reproducible
 reproducible:
-	@$(SETUP) arm
-	@tools/reproducible.sh abi-arm
+	@$(SETUP) build arm
+	@tools/reproducible.sh abi-arm abi
 
 .PHONY: android
 android:
