@@ -21,6 +21,7 @@ fi
 describe() {
     abidw --headers-dir "$headers" --drop-private-types --drop-undefined-syms --exported-interfaces-only --no-elf-needed \
         --no-show-locs --no-parameter-names --no-corpus-path --no-comp-dir-path --out-file "$2" "$1"
+    sed -i "s,^\( *<abi-instr .* path='\)[./]*,\1," "$2"  # with a compiler cache they are told in another way
     grep -q "<class-decl name='SubtitleParser' size-in-bits=" "$2" || {
         echo "abi: $1 does not tell its classes: it has no debug information, or the public headers are not its own" >&2
         exit 2
