@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A library as shipped has what the platform's build gives every library, and names no folder of the machine that built
-# it.
+# A library (or program) as shipped has what the platform's build gives every library, and names no folder of the machine
+# that built it.
 #
 # usage: hardening_test.sh LIBRARY FOLDER...
 set -euo pipefail

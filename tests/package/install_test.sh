@@ -18,7 +18,9 @@ cmake -DDOCUMENT="$source/docs/integrating.md" -DFOLDER="$work/samples" -P "$sou
     >"$work/samples.log"
 (cd "$source" && PREFIX=$work/installed sh -e "$work/samples/install.sh") || fail "make install"
 [ -d "$work/installed" ] || fail "nothing was installed into $work/installed"
-"$source/tests/package/hardening_test.sh" "$work/installed/lib/libvxsubtitle.so" "$source" "$work" || fail "the hardening"
+for built in lib/libvxsubtitle.so bin/vxsub; do
+    "$source/tests/package/hardening_test.sh" "$work/installed/$built" "$source" "$work" || fail "the hardening of $built"
+done
 mv "$work/installed" "$work/moved"
 cd "$work/moved"
 for path in lib/libvxsubtitle.so lib/libvxsubtitle_platform.so include/vxsubtitle/subtitle/SubtitleParser.h \
