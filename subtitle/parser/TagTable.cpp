@@ -6,14 +6,18 @@
 
 #include "subtitle/system/Log.h"
 #include "subtitle/system/StopRequest.h"
+#include "subtitle/system/ZeroPages.h"
 
 namespace vxsubtitle {
 
 bool TagTable::allocate() {
+    constexpr size_t kTagSize = sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG);
+    constexpr size_t kUsualTags = 1024;  // of a film
+    void* const tags = malloc(kTagStep * kTagSize);
     mParser.m_u32TagBufferNum = kTagStep;
-    mParser.m_pTagBuffer =
-        static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(calloc(kTagStep, sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG)));
-    return mParser.m_pTagBuffer != nullptr;
+    mParser.m_pTagBuffer = static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(tags);
+    if (tags != nullptr) zeroPages(static_cast<U8*>(tags), kTagStep * kTagSize, kUsualTags * kTagSize);
+    return tags != nullptr;
 }
 
 void TagTable::release() {

@@ -54,8 +54,9 @@ bool startWorker(WorkerSlot slot, void* (*main)(void*), void* argument) {
 void workerEnded(U8& state) {
     pthread_mutex_lock(&mutex);
     __atomic_store_n(&state, U8{kWorkerEnded}, __ATOMIC_RELEASE);
-    pthread_cond_broadcast(&someoneEnded);
     pthread_mutex_unlock(&mutex);
+    // behind the mutex: who wakes up finds it free
+    pthread_cond_broadcast(&someoneEnded);
 }
 
 bool hasWorker(WorkerSlot slot) { return stateOf(slot) == kWorkerRunning || stateOf(slot) == kWorkerEnded; }
