@@ -78,7 +78,7 @@ struct Scan {
 
 /// Whether the line break at `i` (see `atLineBreak`) stands in front of the next entry.
 template <class Enc>
-bool endsEntry(const WorkText<Enc>& in, U32 i) {
+bool endsEntry(WorkText<Enc> in, U32 i) {
     return atWord(in, i + 2, "<SYNC");  // kept(smi-trailing-break): in capitals alone, and nothing in front of it
 }
 
@@ -86,28 +86,28 @@ bool endsEntry(const WorkText<Enc>& in, U32 i) {
 U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 bound, U32 limit, U32 dataSize) {
     CloseFinder<Bytes> tags('>', Runs::kJoined, Zeros::kEndSearch);
     U32 at = 0;
-    const auto is = [&](char c) { return at < dataSize && in.at(at) == Bytes::lit(c); };
     while (copyPlain<Stops<'{', '&', '<'>>(in, at, bound, out, limit)) {
         if (atLineBreak(in, at)) {
             if (endsEntry(in, at)) break;
             ++at;
             continue;
         }
-        if (is('{')) {
+        const U8 opening = at < dataSize ? in.at(at) : U8{0};
+        if (opening == '{') {
             at = pastBlock(in, at, dataSize, out);
             continue;
         }
-        if (is('&') && atWord(in, at + 1, "nbsp")) {  // kept(smi-entity): the one entity that is read
+        if (opening == '&' && atWord(in, at + 1, "nbsp")) {  // kept(smi-entity): the one entity that is read
             // kept(smi-nbsp): the byte behind the entity goes with it, whatever it is
             if (at + 5 < in.kUnits) out.put(' ');
             at += 6;
             continue;
         }
         // kept(smi-br-at-line-end): in small letters alone; any other spelling is an element like others
-        if (is('<') && atWord(in, at, "<br>")) {
+        if (opening == '<' && atWord(in, at, "<br>")) {
             // kept(smi-br-inline): inside a line the element stays as written
             if (isLineEnd<Bytes>(in.at(at + 4))) at += 4;
-        } else if (is('<')) {
+        } else if (opening == '<') {
             const U32 close = tags.find(in, at, dataSize);
             if (close != kNone && isLineEnd<Bytes>(in.at(close + 1))) {
                 closeLineAt(in, close, out);  // kept(smi-element-at-line-end): it goes out as text, behind the 0

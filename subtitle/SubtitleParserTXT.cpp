@@ -207,10 +207,9 @@ U32 extract8(WorkText<Bytes> in, TextSink<U8> out, U32 size, U32 dataSize, bool 
         }
         return true;
     };
-    if (!line(size > 3 ? size - 3 : 0)) return out.count();
-    if (twoLines) {
-        at += Stamp::kLongWidth;
-        if (!line(outputLimit8(size))) return out.count();
+    for (int i = 0; i < (twoLines ? 2 : 1); ++i) {
+        if (i != 0) at += Stamp::kLongWidth;
+        if (!line(i != 0 ? outputLimit8(size) : size > 3 ? size - 3 : 0)) return out.count();
     }
     if (!endedAtZero) cutLineEnd(out);
     return out.finish();

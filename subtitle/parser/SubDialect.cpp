@@ -47,7 +47,7 @@ struct AtLineBreak {
     using Stops = Others;
 
     template <class Enc>
-    bool operator()(const WorkText<Enc>& in, U32 i) const {
+    bool operator()(WorkText<Enc> in, U32 i) const {
         // kept(sv1-lf): LF alone ends no text, so in LF files the next line is part of it
         // kept(dvb-utf16): a time stamp ends none, so in LF files that of the next entry is part of it
         return atLineBreak(in, i);
@@ -73,7 +73,7 @@ struct AtTimeStamp {
     using Stops = StopsWithin<'0', '9', Others>;
 
     template <class Enc>
-    bool operator()(const WorkText<Enc>& in, U32 i) const {
+    bool operator()(WorkText<Enc> in, U32 i) const {
         for (U32 k = 0; k < 11; ++k) {
             const auto unit = in.at(i + k);
             if (k % 3 == 2 ? unit != ':' : !isDigit(unit)) return false;

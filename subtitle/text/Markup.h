@@ -10,7 +10,7 @@ namespace vxsubtitle {
 
 /// A letter or '/' behind the bracket tells markup from a mere less-than sign or brace.
 template <class Enc>
-bool opensMarkup(const WorkText<Enc>& in, U32 i) {
+bool opensMarkup(WorkText<Enc> in, U32 i) {
     const auto next = Enc::native(in.at(i + 1));
     // kept(srt-braces-shown): so "{\an8}" is text, and "I <3 you"
     return isLetter(next) || next == '/';
@@ -18,7 +18,7 @@ bool opensMarkup(const WorkText<Enc>& in, U32 i) {
 
 /// The first `close` at or after `from` and below `bound`, across line ends; `kNone` when there is none.
 template <class Enc>
-U32 findUnit(const WorkText<Enc>& in, U32 from, U32 bound, char close) {
+U32 findUnit(WorkText<Enc> in, U32 from, U32 bound, char close) {
     for (U32 i = from; i < bound && i < in.units(); ++i) {
         if (in.at(i) == Enc::lit(close)) return i;
     }
@@ -38,7 +38,7 @@ public:
         : mClose(Enc::lit(close)), mJoined(runs == Runs::kJoined), mEndAtZero(zeros == Zeros::kEndSearch) {}
 
     /// Where the markup that opens at `open` closes; `kNone` gives the markup up.
-    U32 find(const WorkText<Enc>& in, U32 open, U32 bound) {
+    U32 find(WorkText<Enc> in, U32 open, U32 bound) {
         if (open < mFailedUpTo) return kNone;
         U32 i = open + 1;
         for (; i < bound && i < in.units() && !atBreakInMarkup(in, i); ++i) {
@@ -59,14 +59,14 @@ private:
 
 /// Whether CR LF CR LF stands right behind the markup that closes at `close`, all of it below `bound`.
 template <class Enc>
-bool blankLineBehind(const WorkText<Enc>& in, U32 close, U32 bound) {
+bool blankLineBehind(WorkText<Enc> in, U32 close, U32 bound) {
     return atBlankLine(in, close + 1) && U64{close} + 4 < bound;
 }
 
 /// Markup that closes its line ends the visible text: its closing bracket becomes 0 in the work buffer and a 0 goes
 /// out (and counts).
 template <class Enc, class Unit>
-void closeLineAt(WorkText<Enc>& in, U32 close, TextSink<Unit>& out) {
+inline void closeLineAt(WorkText<Enc> in, U32 close, TextSink<Unit>& out) {
     in.set(close, 0);  // kept(text-past-zero): the count runs past the 0 that a reader of the text stops at
     out.put(0);
 }
@@ -74,7 +74,7 @@ void closeLineAt(WorkText<Enc>& in, U32 close, TextSink<Unit>& out) {
 /// Behind the '}' at `close`: past the tag that directly follows it, if one does. `kNone` when that tag does not
 /// close below `bound`.
 template <class Enc>
-U32 pastBraceAndTag(const WorkText<Enc>& in, U32 close, U32 bound) {
+U32 pastBraceAndTag(WorkText<Enc> in, U32 close, U32 bound) {
     if (in.at(close + 1) != Enc::lit('<')) return close + 1;
     // kept(srt-behind-brace): up to the next '>', over lines too
     const U32 end = findUnit(in, close + 1, bound, '>');
@@ -84,7 +84,7 @@ U32 pastBraceAndTag(const WorkText<Enc>& in, U32 close, U32 bound) {
 /// Behind the override block that opens at `open`: past its '}' and a tag that directly follows it, or on the former
 /// '}' when the block closes its line. Without a '}', or with a tag left open, the block takes the rest of the text.
 template <class Enc, class Unit>
-U32 pastBlock(WorkText<Enc>& in, U32 open, U32 bound, TextSink<Unit>& out) {
+__attribute__((always_inline)) inline U32 pastBlock(WorkText<Enc> in, U32 open, U32 bound, TextSink<Unit>& out) {
     const U32 close = findUnit(in, open + 1, bound, '}');
     if (close == kNone) return in.kUnits;    // kept(text-brace-unclosed): takes the rest of the text
     if (isLineEnd<Enc>(in.at(close + 1))) {  // kept(text-block-at-line-end): ends the visible text
@@ -108,7 +108,7 @@ public:
     /// One step of a walk whose unit at `at` does not end the line: a block goes, or one unit is put out with the tag
     /// before it gone. False when the text ends here without a terminating 0.
     template <class Unit>
-    __attribute__((always_inline)) bool step(WorkText<Enc>& in, U32& at, TextSink<Unit>& out) {
+    __attribute__((always_inline)) bool step(WorkText<Enc> in, U32& at, TextSink<Unit>& out) {
         // kept(trail-byte-brace): byte by byte, so the second byte of a double-byte character counts, too
         if (at < mDataBound && in.at(at) == Enc::lit('{')) {
             at = pastBlock(in, at, mDataBound, out);

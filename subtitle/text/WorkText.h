@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <type_traits>
 
 #include "subtitle/text/TextView.h"
 #include "subtitle/text/Vector.h"
@@ -11,7 +12,8 @@ namespace vxsubtitle {
 
 constexpr U32 kWorkBufferSize = 8192;
 
-/// The work buffer in units of an encoding. Behind what it holds everything reads 0 and nothing is written.
+/// The work buffer in units of an encoding. Behind what it holds everything reads 0 and nothing is written. Handed on
+/// by value: nothing that a walk writes can change where it reads, and both stay in registers.
 template <class Enc>
 class WorkText {
 public:
@@ -24,6 +26,8 @@ public:
         : mBuffer(buffer), mUnits((bytes + U32{sizeof(Unit)} - 1) / U32{sizeof(Unit)}) {}
 
     U32 units() const { return mUnits; }
+    /// Whether the buffer holds the `count` units from `i` on.
+    bool holds(U32 i, U32 count) const { return i <= mUnits && mUnits - i >= count; }
     Unit at(U32 i) const { return i < mUnits ? Enc::load(bytesAt(i)) : Unit{0}; }
     void set(U32 i, Unit unit) {
         if (i < mUnits) Enc::store(mBuffer + i * sizeof(Unit), unit);
@@ -66,7 +70,7 @@ public:
 
     /// The units of `in` from `from` up to `to`, in little-endian order.
     template <class Enc>
-    void put(const WorkText<Enc>& in, U32 from, U32 to) {
+    void put(WorkText<Enc> in, U32 from, U32 to) {
         const U32 fit = mCount < mUnits ? std::min(mUnits - mCount, to - from) : 0;
         U8* const end = mBuffer + size_t{mCount} * sizeof(Unit);
         if constexpr (Enc::kBigEndian) {
@@ -112,25 +116,25 @@ constexpr U32 kNone = 0xFFFFFFFF;
 
 /// A CR or LF at `i` directly followed by LF.
 template <class Enc>
-bool atLineBreak(const WorkText<Enc>& in, U32 i) {
+bool atLineBreak(WorkText<Enc> in, U32 i) {
     return isLineEnd<Enc>(in.at(i)) && isLf<Enc>(in.at(i + 1));  // kept(cr-only): CR alone ends no text
 }
 
 /// CR LF or LF CR at `i`: markup that runs into one is not markup.
 template <class Enc>
-bool atBreakInMarkup(const WorkText<Enc>& in, U32 i) {
+bool atBreakInMarkup(WorkText<Enc> in, U32 i) {
     return (isLf<Enc>(in.at(i)) && isCr<Enc>(in.at(i + 1))) || (isCr<Enc>(in.at(i)) && isLf<Enc>(in.at(i + 1)));
 }
 
 /// CR LF CR LF at `i`.
 template <class Enc>
-bool atBlankLine(const WorkText<Enc>& in, U32 i) {
+bool atBlankLine(WorkText<Enc> in, U32 i) {
     return isCr<Enc>(in.at(i)) && isLf<Enc>(in.at(i + 1)) && isCr<Enc>(in.at(i + 2)) && isLf<Enc>(in.at(i + 3));
 }
 
 /// Whether the line break at `i` (see `atLineBreak`) ends the text: a blank line follows, or nothing does.
 template <class Enc>
-bool endsText(const WorkText<Enc>& in, U32 i) {
+bool endsText(WorkText<Enc> in, U32 i) {
     const bool lf = isLf<Enc>(in.at(i));
     const auto after = in.at(i + 2);
     // kept(srt-no-blank-line): a blank line ends the text, the next number does not
@@ -138,13 +142,27 @@ bool endsText(const WorkText<Enc>& in, U32 i) {
     return isCr<Enc>(after) ? lf || isLf<Enc>(in.at(i + 3)) : lf || after == 0;
 }
 
+/// Whether `kSize` bytes are the same, by two looks that may overlap.
+template <size_t kSize>
+bool sameBytes(const void* a, const void* b) {
+    using Look = std::conditional_t<(kSize > 2 * sizeof(U32)), U64, U32>;
+    static_assert(kSize >= sizeof(Look) && kSize <= 2 * sizeof(Look));
+    const auto differ = [&](size_t from) {
+        Look inA, inB;
+        memcpy(&inA, static_cast<const U8*>(a) + from, sizeof inA);
+        memcpy(&inB, static_cast<const U8*>(b) + from, sizeof inB);
+        return inA ^ inB;
+    };
+    return (differ(0) | differ(kSize - sizeof(Look))) == 0;
+}
+
 /// Whether `word` stands at `i`.
 template <class Enc, size_t N>
-bool atWord(const WorkText<Enc>& in, U32 i, const char (&word)[N]) {
-    for (U32 k = 0; k < N - 1; ++k) {
-        if (in.at(i + k) != Enc::lit(word[k])) return false;
-    }
-    return true;
+__attribute__((always_inline)) inline bool atWord(const WorkText<Enc>& in, U32 i, const char (&word)[N]) {
+    if (!in.holds(i, N - 1)) return false;
+    typename Enc::Unit units[N - 1];
+    for (size_t k = 0; k < N - 1; ++k) units[k] = Enc::lit(word[k]);
+    return sameBytes<sizeof units>(in.bytesAt(i), units);
 }
 
 // ---- Plain text ----
@@ -187,14 +205,14 @@ __attribute__((always_inline)) inline bool copyPlain(const WorkText<Enc>& in, U3
 
 /// CR LF at `i`.
 template <class Enc>
-bool atCrLf(const WorkText<Enc>& in, U32 i) {
+bool atCrLf(WorkText<Enc> in, U32 i) {
     return isCr<Enc>(in.at(i)) && isLf<Enc>(in.at(i + 1));
 }
 
 /// Puts the units from `at` on out in little-endian order until `ends(i)`, which only one of `Stops` does, a 0, `bound`
 /// or until the output holds `limit` units. Answers where it stopped.
 template <class Stops, class Enc, class Ends>
-U32 copyUntil(const WorkText<Enc>& in, U32 at, U32 bound, TextSink<typename Enc::Unit>& out, U32 limit, Ends ends) {
+U32 copyUntil(WorkText<Enc> in, U32 at, U32 bound, TextSink<typename Enc::Unit>& out, U32 limit, Ends ends) {
     while (copyPlain<Stops>(in, at, bound, out, limit) && !ends(at)) out.put(Enc::native(in.at(at++)));
     return at;
 }
