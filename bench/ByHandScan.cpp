@@ -1,5 +1,7 @@
 // The scans by hand. The comment above each shows how its film looks: it goes from column to column, makes sure that
-// what it reads is what it takes it for, and skips a line that is something else.
+// what it reads is what it takes it for, and skips a line that is something else. Where the log is due a line for each
+// entry, it gets one from here, too.
+#include <android/log.h>
 #include <string.h>
 
 #include "bench/ByHand.h"
@@ -11,6 +13,13 @@ namespace {
 const char* nextLine(const char* p, const char* end) {
     const void* const found = memchr(p, '\n', static_cast<size_t>(end - p));
     return found == nullptr ? end : static_cast<const char*>(found) + 1;
+}
+
+void logTable(const Tags& tags) {
+    for (const ST_MEDIA_SUBTITLE_PARSER_TAG& tag : tags) {
+        __android_log_print(ANDROID_LOG_DEBUG, "ByHand", "%u, %u, %llx", tag.u32TimeStart, tag.u32TimeEnd,
+                            static_cast<unsigned long long>(tag.s64Pos));
+    }
 }
 
 U32 digit(char c) { return static_cast<U32>(c - '0'); }
@@ -164,6 +173,7 @@ void txt(const char* text, const char* end, Tags* tags) {
         tags->add(start * 1000, last * 1000, entry - text);
         p = nextLine(nextLine(p, end), end);
     }
+    logTable(*tags);
 }
 
 // 00:00:05.00,00:00:07.50
@@ -215,6 +225,8 @@ void microDvd(const char* text, const char* end, Tags* tags) {
         if (*p++ != '{' || !readNumber(p, &start) || p[0] != '}' || p[1] != '{') continue;
         p += 2;
         if (!readNumber(p, &last) || *p++ != '}') continue;
+        __android_log_print(ANDROID_LOG_DEBUG, "ByHand", "%llu, %u, %u, %u, %u",
+                            static_cast<unsigned long long>(kNanosecondsPerFrame), start, last, ms(start), ms(last));
         tags->add(ms(start), ms(last), p - text);
     }
 }
@@ -229,6 +241,7 @@ void dvb(const char* text, const char* end, Tags* tags) {
             tags->add(start, last, p + kTimes - text);
         }
     }
+    logTable(*tags);
 }
 
 constexpr struct {
