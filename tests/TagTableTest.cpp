@@ -259,4 +259,22 @@ TEST(TagTable, IsListedOnlyWhereThereIsOne) {
     }
 }
 
+TEST(TagTable, IsNeitherSortedNorListedWhenItsWorkerIsAskedToStop) {
+    const std::vector<U32> starts{3, 2, 1};
+    for (const bool asked : {true, false}) {
+        SubtitleParser parser;
+        load(parser, "");
+        for (const Record& record : recordsOf(starts)) {
+            EXPECT_EQ(TRUE, parser.AddTag(record.u32TimeStart, record.u32TimeEnd, record.s64Pos, kWhole));
+        }
+        if (asked) parser.mWorkerState = vxsubtitle::StopRequest::kBit;
+        const LogCapture log;
+        vxsubtitle::logTags(parser, "any");
+        EXPECT_EQ(asked ? 2u : 2u + starts.size(), log.texts().size()) << "a rule in front and one behind";
+        vxsubtitle::TagTable(parser).sort();
+        EXPECT_EQ(asked ? (Tags{{3, 0}, {2, 1}, {1, 2}}) : (Tags{{1, 2}, {2, 1}, {3, 0}}),
+                  tagsOf(parser.m_pTagBuffer, starts.size()));
+    }
+}
+
 }  // namespace
