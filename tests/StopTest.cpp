@@ -222,6 +222,40 @@ TYPED_TEST(Stop, RaisesNoFlag) {
     EXPECT_EQ(TypeParam::entries(), entriesOf(parser));
 }
 
+/// Asked to stop in its first entry.
+template <class Parser>
+struct StopsItself : Parser {
+    using Parser::Parser;
+    BOOL AddTag(const U32 start, const U32 end, const S64 pos, const EN_MEDIA_SUBTITLE_PARSER_DATA_TYPE type) override {
+        const BOOL added = Parser::AddTag(start, end, pos, type);
+        __atomic_fetch_or(&this->mWorkerState, vxsubtitle::StopRequest::kBit, __ATOMIC_RELAXED);
+        return added;
+    }
+};
+
+TYPED_TEST(Stop, BehindTheEntryInWhichItIsAsked) {
+    StopsItself<typename TypeParam::Parser> parser(-1, 0, 0);
+    prepare<TypeParam>(parser, runOf(TypeParam::file(), 10 * TypeParam::file().size()));
+    parser.ParserThread();
+    EXPECT_EQ(FALSE, parser.bParseFinish);
+    EXPECT_EQ(1u, parser.GetTagNum());
+}
+
+// The first line is an entry twice over, and its braces are no longer looked for.
+TEST(StopMicroDvd, WithinALine) {
+    for (const bool asked : {true, false}) {
+        const std::string line = "{1}{2}{ 3}{4}x";
+        StopsItself<SubtitleParserSubMicroDVD> stopped(-1, 0, 0);
+        SubtitleParserSubMicroDVD whole(-1, 0, 0);
+        SubtitleParserSubMicroDVD& parser = asked ? stopped : whole;
+        prepare<SubMicroDVD>(parser, line + "\r\n{5}{6}y\r\n");
+        parser.ParserThread();
+        EXPECT_EQ(asked ? FALSE : TRUE, parser.bParseFinish);
+        ASSERT_EQ(asked ? 2u : 3u, parser.GetTagNum());
+        EXPECT_EQ(asked ? parser.m_s64DataTotalSize : static_cast<S64>(line.size() - 1), parser.m_pTagBuffer[1].s64Pos);
+    }
+}
+
 /// Destroys parsers of the file after times that differ, up to a little more than a scan takes. A machine that is slow
 /// or busy does fewer rounds.
 template <class Make>
