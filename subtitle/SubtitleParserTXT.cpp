@@ -57,7 +57,7 @@ struct Stamp {
     template <class Enc>
     bool isRange(const TextView<Enc>& in, size_t pos) const {
         U32 all[8];
-        return width == kLongWidth && !mShaped && readAll(Narrowed<kLongWidth>(in, pos), 0, SrtSpelling::kFormat, all);
+        return !mShaped && readAll(Narrowed<kLongWidth>(in, pos), 0, SrtSpelling::kFormat, all);
     }
 
     U32 time() const { return milliseconds(mNumbers.v[0], mNumbers.v[1], mNumbers.v[2]); }

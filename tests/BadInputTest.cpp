@@ -483,7 +483,7 @@ TYPED_TEST(BadFile, DestroyedAtAnyMomentOfItsWorker) {
         // The wait ends while the worker is held back, has just begun or is under way.
         clock.atSleep(1, [&] {
             if (i % 2 == 0) gate.open();
-            for (int k = 0; k < i * 10; ++k) sched_yield();
+            giveWay(static_cast<unsigned>(i) * 10);
             clock.advance(100000);
         });
         const BOOL result = parser->BeginParse();

@@ -398,6 +398,33 @@ TEST(FailingMachineVobSub, WithoutMemory) {
     EXPECT_GT(film.pictures, 2);
 }
 
+// What a picture larger than the parser's bitmap is drawn from is allocated for its drawing alone.
+TEST(FailingMachineVobSub, WithoutMemoryForALargePicture) {
+    if (!AllocationFails::supported()) GTEST_SKIP() << "allocations cannot be made to fail here";
+    samples::Subpicture picture;
+    picture.bitmap = samples::Bitmap(2000, 1100);
+    picture.spareLines = 1;
+    samples::VobSub film(160, 120, {0x000000, 0xFFFFFF, 0x202020, 0x808080});
+    film.track("en");
+    film.add(1000, picture);
+    VobSubInMemory files;
+    files.load(film.idx(), film.sub());
+    const sp<Producer> producer(new Producer);
+    files.parser.SetIGraphicBufferProducer(producer);
+    stSubDecoderInfo info{};
+    U32 undrawn = 0;
+    {
+        const AllocationFails fails(2000 * 1100, 2000 * 1100);
+        undrawn = files.parser.GetData(0, nullptr, 0, 0, &info);
+    }
+    EXPECT_NE(0u, undrawn);
+    EXPECT_EQ(2000, info.u16Width);
+    EXPECT_EQ(1100, info.u16Height);
+    EXPECT_TRUE(producer->queued().empty());
+    EXPECT_EQ(undrawn, files.parser.GetData(0, nullptr, 0, 0, nullptr));
+    EXPECT_EQ(1u, producer->queued().size());
+}
+
 TEST(FailingMachineVobSub, WithCallsThatFail) {
     VobSub film;
     for (const bool byPath : {true, false}) {

@@ -277,6 +277,21 @@ TYPED_TEST(LifeCycle, ParserTaskScansTheParserItIsGiven) {
     EXPECT_EQ(entries, entriesOf(parser));
 }
 
+TYPED_TEST(LifeCycle, ScansNothingBehindTheSizeOfTheData) {
+    using Parser = typename TypeParam::Parser;
+    const std::string sample = TypeParam::file();
+    Parser parser(-1, 0, 0);
+    prepare<TypeParam>(parser, sample + sample);
+    parser.m_s64DataTotalSize = static_cast<S64>(sample.size());
+    parser.ParserThread();
+    EXPECT_EQ(TRUE, parser.bParseFinish);
+    EXPECT_EQ(TypeParam::entries(), entriesOf(parser));
+    parser.m_u32TagNum = 0;
+    parser.m_s64DataTotalSize = 0x7FFFFFFFFFFFFFFF;  // nor behind the buffer
+    parser.ParserThread();
+    EXPECT_EQ(2u, parser.GetTagNum());
+}
+
 TYPED_TEST(LifeCycle, NeedsAFileSource) {
     using Parser = typename TypeParam::Parser;
     const auto parser = byPath<Parser>("/nowhere");

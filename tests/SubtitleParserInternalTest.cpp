@@ -729,7 +729,7 @@ TEST(SubtitleParserInternal, ClearingWaitsForTheOthers) {
         done = true;
     });
     while (!begun) std::this_thread::yield();
-    for (int looks = 0; looks < 20000 && !done; ++looks) std::this_thread::yield();
+    test::giveWay(20000);
     EXPECT_FALSE(done);
     EXPECT_EQ(Entries{"1000-2000 a"}, queue.entries());
     queue.mLock.unlock();

@@ -606,7 +606,7 @@ TEST(SsaEnd, TheFlagGoesUpBeforeCheckAndSortAndTrueComesBehindThem) {
         returned = true;
     });
     while (!parser.inCheck) sched_yield();
-    for (int i = 0; i < 1000; ++i) sched_yield();
+    giveWay(1000);
     EXPECT_FALSE(returned) << "not before its worker has been joined";
     parser.released = true;
     player.join();

@@ -163,6 +163,12 @@ TEST(SubtitleParserSUBIDX, RefusesWithoutOneOfItsBuffers) {
     delete parser.m_pDecoder;
     parser.m_pDecoder = nullptr;
     EXPECT_EQ(0U, parser.GetData(0, nullptr, 0, 0, nullptr)) << "without a decoder";
+    SubtitleParserSUBIDX scanned(pair.path());
+    ASSERT_EQ(TRUE, scanned.BeginParse());
+    ASSERT_NE(0U, scanned.GetData(0, nullptr, 0, 0, nullptr));
+    free(scanned.m_pTagBuffer);
+    scanned.m_pTagBuffer = nullptr;
+    EXPECT_EQ(0U, scanned.GetData(0, nullptr, 0, 0, nullptr)) << "without its table";
 }
 
 TEST(SubtitleParserSUBIDX, InitBringsBuffersOfItsOwnSizes) {
@@ -529,6 +535,18 @@ TEST(SubtitleParserSUBIDX, AFullTableEndsTheScanWithoutTheFlag) {
     EXPECT_TRUE(parser.m_vPrivateTrackInfo.empty());
     EXPECT_EQ(0U, parser.GetTag(0, 1));
     EXPECT_EQ(0U, parser.GetData(0, nullptr, 0, 0, nullptr));
+}
+
+TEST(SubtitleParserSUBIDX, ATaskWithoutAWindowEndsAtOnce) {
+    VobSubInMemory files;
+    files.load("id: en\n" + kFirst, "");
+    ASSERT_EQ(TRUE, files.parser.bParseFinish);
+    ASSERT_EQ(1U, files.parser.GetTagNum());
+    files.parser.Deinit();
+    files.parser.bParseFinish = FALSE;
+    EXPECT_EQ(nullptr, SubtitleParserSUBIDX::ParserTask(&files.parser));
+    EXPECT_EQ(FALSE, files.parser.bParseFinish);
+    EXPECT_EQ(1U, files.parser.GetTagNum()) << "nothing is read";
 }
 
 TEST(SubtitleParserSUBIDX, ATaskWithoutAFileEndsAtOnce) {

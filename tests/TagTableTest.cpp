@@ -1,4 +1,4 @@
-// The order that a table is put in.
+// The order that a table is put in, and what happens at its ends.
 #include "subtitle/parser/TagTable.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +10,7 @@
 
 #include "tests/support/Cuts.h"
 #include "tests/support/HeldMemory.h"
+#include "tests/support/Logs.h"
 #include "tests/support/Parsers.h"
 
 namespace {
@@ -202,6 +203,78 @@ TEST(TagTableSort, NeedsNoMemory) {
         vxsubtitle::TagTable(parser).sort();
     }
     EXPECT_EQ(stablySorted(starts), tagsOf(parser.m_pTagBuffer, starts.size()));
+}
+
+// The count is a field that anybody may write.
+TEST(TagTable, StoresNothingBehindItsEnd) {
+    for (const U32 count : {8192u, 8193u, 100000u, 0xFFFFFFF0u}) {
+        SCOPED_TRACE(count);
+        SubtitleParser parser;
+        load(parser, "");
+        parser.m_u32TagNum = count;
+        EXPECT_EQ(TRUE, parser.AddTag(1, 2, 3, kWhole));
+        EXPECT_EQ(count + 1, parser.GetTagNum());
+        EXPECT_EQ(16384u, parser.m_u32TagBufferNum) << "it has grown";
+        for (U32 i = 0; i < parser.m_u32TagBufferNum; ++i) {
+            const Record& tag = parser.m_pTagBuffer[i];
+            ASSERT_EQ(0, tag.u32TimeStart | tag.u32TimeEnd | tag.s64Pos) << i;
+        }
+        parser.m_u32TagNum = 16383;
+        EXPECT_EQ(TRUE, parser.AddTag(1, 2, 3, kWhole));
+        EXPECT_EQ(1u, parser.m_pTagBuffer[16383].u32TimeStart);
+    }
+}
+
+// A range of tags comes from a track's fields, which anybody may write, too: what lies outside the table reads 0.
+TEST(TagTable, IsLookedUpInAnyRange) {
+    SubtitleParser parser;
+    load(parser, "");
+    for (U32 i = 1; i <= 6; ++i) EXPECT_EQ(TRUE, parser.AddTag(1000 * i, 0, 0, kWhole));
+    const struct {
+        U32 first, last, ms, tag;
+    } kRows[] = {
+        {0, 5, 3999, 2},                    // as it should be
+        {5, 0, 4000, 3},                    // its end in front of its start: the middle of both
+        {5, 0, 3999, 2},                    // the one before it
+        {5, 0, 2999, 0},                    // and no more
+        {5, 3, 0xFFFFFFFF, 4},              //
+        {0, 0x7FFFFFFE, 5000, 0x7FFFFFFE},  // all behind the table begin at 0
+        {4, 8192, 0xFFFFFFFF, 8192},        //
+        {8191, 8192, 0, 8192},              //
+        {0xFFFFFFFF, 0xFFFFFFFF, 0, 0xFFFFFFFF},
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(row.tag, vxsubtitle::TagTable(parser).lookUp(row.ms, row.first, row.last))
+            << row.first << " to " << row.last << " at " << row.ms;
+    }
+}
+
+TEST(TagTable, IsListedOnlyWhereThereIsOne) {
+    SubtitleParser parser;
+    for (const U32 count : {0u, 5u}) {
+        parser.m_u32TagNum = count;
+        const LogCapture log;
+        vxsubtitle::logTags(parser, "any");
+        EXPECT_EQ((std::vector<std::string>{kRule, kRule}), log.texts()) << count;
+    }
+}
+
+TEST(TagTable, IsNeitherSortedNorListedWhenItsWorkerIsAskedToStop) {
+    const std::vector<U32> starts{3, 2, 1};
+    for (const bool asked : {true, false}) {
+        SubtitleParser parser;
+        load(parser, "");
+        for (const Record& record : recordsOf(starts)) {
+            EXPECT_EQ(TRUE, parser.AddTag(record.u32TimeStart, record.u32TimeEnd, record.s64Pos, kWhole));
+        }
+        if (asked) parser.mWorkerState = vxsubtitle::StopRequest::kBit;
+        const LogCapture log;
+        vxsubtitle::logTags(parser, "any");
+        EXPECT_EQ(asked ? 2u : 2u + starts.size(), log.texts().size()) << "a rule in front and one behind";
+        vxsubtitle::TagTable(parser).sort();
+        EXPECT_EQ(asked ? (Tags{{3, 0}, {2, 1}, {1, 2}}) : (Tags{{1, 2}, {2, 1}, {3, 0}}),
+                  tagsOf(parser.m_pTagBuffer, starts.size()));
+    }
 }
 
 }  // namespace

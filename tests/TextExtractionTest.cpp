@@ -485,6 +485,19 @@ TEST(GetData, TheNextEntryIsOutOfSight) {
     EXPECT_EQ("a \0"s, textOf(little, 0));
 }
 
+// The next position bounds a tag, be it that of no entry: a player may lower the count of entries.
+TEST(GetData, ATagOfLittleEndianTextBeginsBelowTheNextPosition) {
+    for (const U32 next : {2u, 3u}) {  // the '<' is unit 2
+        SubtitleParser parser;
+        load(parser, encode(kUtf16Le, "ab<i>c"));
+        parser.m_eCodeType = kUtf16Le;
+        parser.AddTag(0, 0, 0, kWhole);
+        parser.AddTag(0, 0, next, kWhole);
+        parser.m_u32TagNum = 1;
+        EXPECT_EQ("ab<i>c", textOf(parser, 0)) << next;
+    }
+}
+
 TEST(GetData, TheSameEntryReadsTheSameTwice) {
     for (const auto type : {kNative, kUtf16Le, kUtf16Be}) {
         Entries parser(type, {"A{y}\nB<i>C", "next"});

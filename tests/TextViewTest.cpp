@@ -250,6 +250,32 @@ TEST(TextView, LongLinesAreSearchedToTheirEnd) {
     expectLongLines<Utf16Le>([](std::string_view text) { return test::utf16le(text, false); });
 }
 
+/// Once a request to stop is made nothing is inside any more, and every way through the text ends soon.
+template <class Enc>
+void expectToEndEarly(std::string (*encoded)(std::string_view)) {
+    constexpr size_t kLength = 3 * kStopStretch;
+    for (const bool asked : {false, true}) {
+        SCOPED_TRACE(asked);
+        const U8 state = asked ? StopRequest::kBit : 0;
+        const std::string bytes = encoded(std::string(kLength, ' '));
+        const TextView<Enc> in(reinterpret_cast<const U8*>(bytes.data()), bytes.size(), StopRequest(state));
+        size_t looks = 0;
+        EXPECT_EQ(kLength, in.find(7, [&looks](auto) { return ++looks == 0; })) << "not below the end";
+        EXPECT_EQ(asked ? kStopStretch / sizeof(typename Enc::Unit) - 7 : kLength - 7, looks);
+        EXPECT_EQ(Enc::kBigEndian ? 0 : kLength, in.skipSpace(0));
+        EXPECT_EQ(kLength, in.toLineEnd(0));
+        EXPECT_EQ(!asked, in.inside(0));
+        EXPECT_EQ(kLength, in.end());
+        EXPECT_EQ(Enc::lit(' '), in.at(kLength - 1)) << "the data is there all the same";
+    }
+}
+
+TEST(TextView, EndsEarlyWhenAskedToStop) {
+    expectToEndEarly<Bytes>([](std::string_view text) { return std::string(text); });
+    expectToEndEarly<Utf16Le>([](std::string_view text) { return test::utf16le(text, false); });
+    expectToEndEarly<Utf16Be>([](std::string_view text) { return test::utf16be(text, false); });
+}
+
 TEST(CodeTypeOf, TellsTheEncodingByTheMark) {
     const struct {
         std::string_view in;
@@ -419,6 +445,33 @@ TEST(TextSink, CountsEverythingAndKeepsWhatFits) {
         const size_t kept = std::min(size / 2 * 2, 6u);
         EXPECT_EQ("A\0B\0\0\0"s.substr(0, kept), std::string(buffer.get(), buffer.get() + kept));
     }
+}
+
+/// Pieces of a text, copied as wholes, against the same unit by unit.
+template <class Enc>
+void expectPiecesThatFit(const std::string& text) {
+    std::vector<U8> source(kWorkBufferSize);
+    std::copy(text.begin(), text.end(), source.begin());
+    const WorkText<Enc> in(source.data());
+    const U32 length = static_cast<U32>(text.size() / sizeof(typename Enc::Unit));
+    for (U32 size = 0; size <= 40; ++size) {
+        for (U32 piece = 0; piece <= length; ++piece) {
+            std::vector<U8> whole(48, 'x'), single(48, 'x');
+            TextSink<typename Enc::Unit> out(whole.data(), size), expected(single.data(), size);
+            for (U32 from = 0, rounds = 0; rounds < 4; ++rounds, from = std::min(from + piece, length - piece)) {
+                out.put(in, from, from + piece);  // the last ones begin behind the buffer's end
+                for (U32 i = from; i < from + piece; ++i) expected.put(Enc::native(in.at(i)));
+                ASSERT_EQ(expected.count(), out.count());
+            }
+            ASSERT_EQ(single, whole) << size << " bytes, pieces of " << piece;
+        }
+    }
+}
+
+TEST(TextSink, KeepsOfAPieceWhatFits) {
+    expectPiecesThatFit<Bytes>("0123456789abcdefghij");
+    expectPiecesThatFit<Utf16Le>(test::utf16le("0123456789abcdefghij", false));
+    expectPiecesThatFit<Utf16Be>(test::utf16be("0123456789abcdefghij", false));
 }
 
 TEST(TextSink, LooksBackAndCuts) {

@@ -205,6 +205,16 @@ void VirtualClock::atSleep(size_t count, std::function<void()> action) {
     clock.actions.emplace(count, std::move(action));
 }
 
+void giveWay(unsigned times) {
+    constexpr long long kMostMs = 100;
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_MONOTONIC_RAW, &time);  // the machine's own, even while the other one is virtual
+        return static_cast<long long>(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
+    };
+    for (const long long end = now() + kMostMs; times > 0 && now() < end; --times) sched_yield();
+}
+
 // --------------------------------------------------------------------------------------------------- threads
 
 struct ThreadGate::State {

@@ -214,6 +214,10 @@ private:
     int mFd;
 };
 
+/// Yields so many times, so that other threads come to something; for a part of a second at the most, as each yield is
+/// a long one on a busy machine.
+void giveWay(unsigned times);
+
 /// Open descriptors of the process. Compare before and after: what the machine itself holds open counts too.
 unsigned openDescriptors();
 

@@ -222,7 +222,7 @@ extern "C" void* setFlag(void* flag) {
 }
 
 extern "C" void* setFlagSlowly(void* flag) {
-    for (int i = 0; i < 1000; ++i) sched_yield();
+    giveWay(1000);
     return setFlag(flag);
 }
 
@@ -337,7 +337,7 @@ TEST(ThreadGate, HoldsThreadsBackUntilItOpens) {
     pthread_t thread;
     ThreadGate gate;
     ASSERT_EQ(0, pthread_create(&thread, nullptr, setFlag, &ran));
-    for (int i = 0; i < 1000; ++i) sched_yield();
+    giveWay(1000);
     EXPECT_FALSE(ran);
     gate.open();
     pthread_join(thread, nullptr);
