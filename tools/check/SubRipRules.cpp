@@ -88,6 +88,13 @@ bool srtNoBlankLine(const Scene& scene, const Difference& difference) {
     return runsOn(difference) && std::count(gap.begin(), gap.end(), '\n') < 2;
 }
 
+/// LF and then CR LF.
+bool srtMixedEnds(const Scene& scene, const Difference& difference) {
+    const meant::LineEnds& ends = scene.meant.lineEnds;
+    return runsOn(difference) && ends.lf > 0 && ends.crLf > 0 &&
+           gapBehind(scene, difference).find("\n\n") != std::string::npos;
+}
+
 bool srtTagAtEndLf(const Scene& scene, const Difference& difference) {
     const std::string lines = linesOf(scene, *difference.entry);
     const size_t last = lines.find_last_not_of(" \t\n");
@@ -136,6 +143,7 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-tag-at-end-lf", kAltered, srtTagAtEndLf},
     {"srt-no-blank-line", kAltered, srtNoBlankLine},
     {"srt-blank-line-blanks", kAltered, srtBlankLineBlanks},
+    {"srt-mixed-ends", kAltered, srtMixedEnds},
     {"srt-brace-at-line-end", kAltered, srtBraceAtLineEnd},
     {"srt-braces-shown", kOdd | kAltered, bracesShown, true},
     {"srt-entity", kOdd | kAltered, srtEntity, true},

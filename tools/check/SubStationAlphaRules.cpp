@@ -75,6 +75,11 @@ bool ssaDrawing(const Scene& scene, const Difference& difference) {
     });
 }
 
+/// Beside words that are meant to be read.
+bool ssaDrawingInText(const Scene& scene, const Difference& difference) {
+    return lineAt(scene, difference.entry->place.offset).find("\\p1") != std::string::npos;
+}
+
 }  // namespace
 
 const std::vector<Rule> kSubStationAlphaRules = {
@@ -89,6 +94,7 @@ const std::vector<Rule> kSubStationAlphaRules = {
     {"ssa-few-commas", kAny, ssaFewCommasElsewhere},
     {"ssa-field-order", kAny, ssaFieldOrder},
     {"ssa-drawing", kFalse, ssaDrawing},
+    {"ssa-drawing", kAltered, ssaDrawingInText},
 };
 
 }  // namespace check
