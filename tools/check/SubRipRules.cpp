@@ -109,6 +109,14 @@ bool srtEmptyEntry(const Scene& scene, const Difference& difference) {
            });
 }
 
+/// Right before the lost one.
+bool srtEmptyEntryBefore(const Scene& scene, const Difference& difference) {
+    const std::vector<meant::Entry>& unseen = scene.meant.unseen;
+    return std::any_of(unseen.begin(), unseen.end(), [&](const meant::Entry& entry) {
+        return entry.place.offset < difference.entry->place.offset && entry.behind >= difference.entry->place.offset;
+    });
+}
+
 bool srtEntity(const Scene&, const Difference& difference) {
     const std::string& text = difference.shown->text;
     const size_t sign = text.find('&');
@@ -140,6 +148,7 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-no-fraction", kLost, srtNoFraction},
     {"srt-fraction-digits", kDisplaced | kAltered | kHidden, srtFractionDigits},
     {"srt-empty-entry", kFalse, srtEmptyEntry},
+    {"srt-empty-entry", kLost, srtEmptyEntryBefore},
     {"srt-tag-at-end-lf", kAltered, srtTagAtEndLf},
     {"srt-no-blank-line", kAltered, srtNoBlankLine},
     {"srt-blank-line-blanks", kAltered, srtBlankLineBlanks},
@@ -150,6 +159,7 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-blank-below-time", kAltered, srtBlankBelowTime},
     {"srt-text-as-time-line", kFalse, srtTextAsTimeLine},
     {"srt-utf16-markup", kOdd | kAltered, srtUtf16Markup},
+    {"srt-empty-entry", kAltered, srtEmptyEntry},
 };
 
 }  // namespace check
