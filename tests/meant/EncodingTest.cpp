@@ -120,7 +120,15 @@ TEST(MeantEncoding, GuessesBecomeTheWiderEncoding) {
         {"ISO-8859-2", "\xE9", "ISO-8859-2", EncodingFrom::Guessed},
         {"ISO-8859-2", "\xE9\x84", "WINDOWS-1250", EncodingFrom::Guessed},
         {"ISO-8859-7", "\xE9", "WINDOWS-1253", EncodingFrom::Guessed},
+        {"ISO-8859-7", "\xB6 \xE9", "WINDOWS-1253", EncodingFrom::Guessed},
+        {"ISO-8859-7", "\xB6\xE9", "ISO-8859-7", EncodingFrom::Guessed},
+        {"ISO-8859-7", "\xB6\xE9\x85", "WINDOWS-1253", EncodingFrom::Guessed},
+        {"WINDOWS-1250", "s\xB1", "ISO-8859-2", EncodingFrom::Guessed},
+        {"WINDOWS-1250", " \xB1 5 \xB6 a", "WINDOWS-1250", EncodingFrom::Guessed},
+        {"ISO-8859-15", "c\xBDur", "ISO-8859-15", EncodingFrom::Guessed},
+        {"ISO-8859-15", "1\xBDh", "WINDOWS-1252", EncodingFrom::Guessed},
         {"KOI8-R", "\xE9", "KOI8-R", EncodingFrom::Guessed},
+        {"", "\xC3\xC4\xC5 \xD2\xDB", "WINDOWS-1251", EncodingFrom::Guessed},
         {"", "\xE9", "WINDOWS-1252", EncodingFrom::Assumed},
         {"ASCII", "\xE9", "WINDOWS-1252", EncodingFrom::Assumed},
         {"VISCII", "\xE9", "WINDOWS-1252", EncodingFrom::Assumed},
@@ -165,6 +173,16 @@ TEST(MeantEncoding, TheSystemGuesses) {
         EXPECT_EQ(EncodingFrom::Guessed, file.encoding.from);
         EXPECT_EQ("1000-2000 " + std::string(row.utf8), listed(file));
     }
+}
+
+/// Chinese with a line of Japanese is guessed as Japanese, whose encoding has no comma there.
+TEST(MeantEncoding, AGuessThatDoesNotFitGivesWay) {
+    Encodings encodings = systemEncodings();
+    encodings.guess = [](std::string_view) { return "EUC-JP"; };
+    const File chinese = read(kTimes + "\xC9\xCF\xB3\xB5\xA3\xAC\xBF\xEC\xA3\xA1\n\xA4\xCF\xA4\xA4\n", {}, encodings);
+    EXPECT_EQ("GB18030", chinese.encoding.name);
+    EXPECT_EQ("1000-2000 \u4E0A\u8F66\uFF0C\u5FEB\uFF01/\u306F\u3044", listed(chinese));
+    EXPECT_EQ("EUC-JP", read(kTimes + "\xA4\xCF\xA4\xA4\xA1\xA3\n", {}, encodings).encoding.name);
 }
 
 TEST(MeantEncoding, TheCharactersOfHongKong) {

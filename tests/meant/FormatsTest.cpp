@@ -64,6 +64,15 @@ TEST(MeantFormats, UnsupportedOnesAreNamed) {
         {"//Font select\n00:00:01:00 , 00:00:02:00 , Hi\n", Format::SpruceStl, "Spruce STL"},
         {"FORMAT=TIME\n1 2\nHi\n", Format::MpSub, "MPSub"},
         {"-->> 000100\nHi\n", Format::Aqt, "AQTitle"},
+        {"2681,2735,0,Hi|there\n", Format::MPlayer, "MPlayer"},
+        {"/2681\nHi\n/2735\n", Format::MacSub, "MacSUB"},
+        {"{00:01:47}{00:01:49}Hi\n", Format::PowerDivX, "PowerDivX"},
+        {"00:01:47,250-00:01:49,416=Hi\n", Format::ViPlay, "ViPlay"},
+        {"00:01:47.06\\Hi\\00:01:49.10\n", Format::Sofni, "Sofni"},
+        {"/d 107 25\nHi\n/d 3 4\n", Format::Panimator, "Panimator"},
+        {"{QTtext} {font:Tahoma}\n[00:02:17.11]\nHi\n", Format::QuickTimeText, "QuickTime text"},
+        {"#TITLE x\n0:01:47.25 0:01:49.41 D Hi\n", Format::JacoSub, "JACOsub"},
+        {"# <HEAD>\n# </HEAD>\n{107250 Hi}\n", Format::Vkt, "karaoke lyrics VKT"},
         {"<window type=\"generic\">\n<time begin=\"1\"/>Hi\n", Format::RealText, "RealText"},
     };
     for (const auto& row : kRows) {

@@ -27,6 +27,8 @@ TEST(MeantMarkup, KnownTags) {
                      {"<and> <large> <i am>", "<and> <large> <i am>"},
                      {"a < b > c <> <", "a < b > c <> <"},
                      {"<i", "<i"},
+                     {"< i >a</ i ><i>b<\\i><i>c</i\nd</I", "abc\nd"},
+                     {"a</it\n</i am\n</", "a</it\n</i am\n</"},
                      {"<font\ncolor=red>", "<font\ncolor=red>"},
                      {"<<i>a", "<a"},
                      {"a<br>b<BR/>c<br />d", "a\nb\nc\nd"}});

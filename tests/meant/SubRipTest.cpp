@@ -32,6 +32,14 @@ TEST(MeantSubRip, TimesInAnySpelling) {
             {"a broken arrow", entry("00:00:01,500 - -> 00:00:03,250"), "1500-3250 x"},
             {"a long dash", entry("00:00:01,500 \xE2\x80\x94> 00:00:03,250"), "1500-3250 x"},
             {"an arrow's own sign", entry("00:00:01,500 \xE2\x86\x92 00:00:03,250"), "1500-3250 x"},
+            {"the number in front", "00:00:00,000 --> 00:00:01,000\nw\n\n2 00:00:01,500 --> 00:00:03,250\nx\n",
+             "0-1000 w; 1500-3250 x"},
+            {"full width", entry("00\uFF1A00\uFF1A01\uFF0C500 --\uFF1E 00\uFF1A00\uFF1A03\uFF0C250"), "1500-3250 x"},
+            {"Arabic", entry("\u0660\u0660:\u0660\u0660:\u0660\u0661\u060C\u0665\u0660\u0660 --> 0:0:\u06F3,250"),
+             "1500-3250 x"},
+            {"marks and blanks that are not seen", entry("\u200E00:00:01,500\u00A0--> 00:00:03,250\u202C"),
+             "1500-3250 x"},
+            {"no end", "00:00:01,500 -->\na\n\n00:00:03,250 --> 00:00:04,000\nb\n", "1500-3250n a; 3250-4000 b"},
             {"an arrow of HTML", entry("00:00:01,500 --&gt; 00:00:03,250"), "1500-3250 x"},
             {"negative", entry("-00:00:01,500 --> 00:00:03,250"), "-1500-3250 x"},
             {"beyond what 32 bits hold", entry("1234:00:00,456 --> 9999:59:59,999"), "4442400456-35999999999 x"},
@@ -80,6 +88,42 @@ TEST(MeantSubRip, EntriesWithAndWithoutNumbers) {
             {"four numbers in a text", "1\n" + first + "a\n20h30, 21h00.\n\n2\n" + second + "c\n",
              "1000-2000 a/20h30, 21h00.; 3000-4000 c"},
         });
+}
+
+TEST(MeantSubRip, NumbersAreWrittenInSeveralWays) {
+    const std::string first = "00:00:01,000 --> 00:00:02,000\na\n", second = "00:00:03,000 --> 00:00:04,000\nb\n";
+    for (const char* form : {"#%", "%.", "%)", "%:", " % "}) {
+        std::string file;
+        for (const auto& [number, entry] : {std::pair("1", first), std::pair("2", second)})
+            file += std::string(form).replace(std::string(form).find('%'), 1, number) + "\n" + entry + "\n";
+        EXPECT_EQ("1000-2000 a; 3000-4000 b", listed(readAs("srt", file))) << form;
+    }
+}
+
+/// What cannot be placed in time is no part of the text before it.
+TEST(MeantSubRip, EntriesWithoutTimes) {
+    const std::string first = "1\n00:00:01,000 --> 00:00:02,000\na\n\n",
+                      third = "3\n00:00:05,000 --> 00:00:06,000\nc\n";
+    const struct {
+        const char* name;
+        std::string file;
+        const char* expected;
+        std::vector<size_t> lines;
+    } kRows[] = {
+        {"damaged", first + "2\n00:00:0x,000 --> 00:00:04,000\nb\n\n" + third, "1000-2000 a; 5000-6000 c", {6}},
+        {"none", first + "2\nb\nbb\n\n" + third, "1000-2000 a; 5000-6000 c", {5}},
+        {"none, and none behind it", first + "2\nb\n", "1000-2000 a", {5}},
+        {"a number at the end", first + "2\n", "1000-2000 a", {}},
+        {"another number is text", first + "7\nb\n\n" + third, "1000-2000 a//7/b; 5000-6000 c", {}},
+        {"one that is not missing, too", first + "2\nb\n\n2\n" + third.substr(2), "1000-2000 a//2/b; 5000-6000 c", {}},
+    };
+    for (const auto& row : kRows) {
+        const File file = readAs("srt", row.file);
+        EXPECT_EQ(row.expected, listed(file)) << row.name;
+        std::vector<size_t> lines;
+        for (const Place& place : file.strayLines) lines.push_back(place.line);
+        EXPECT_EQ(row.lines, lines) << row.name;
+    }
 }
 
 TEST(MeantSubRip, EmptyEntriesAreKeptApart) {

@@ -22,6 +22,13 @@ TEST(MeantSubStationAlpha, FieldsByTheFormatLine) {
              "[V4+ Styles]\nFormat: Name, Bold\nStyle: Default,0\n" +
                  event("0,0:00:01.50,0:00:03.00,Default,,0,0,0,,Hi"),
              "1500-3000 Hi"},
+            {"fewer, untold",
+             "Dialogue: 0,0:00:01.50,0:00:03.00,D,Joe,Hi, there\nDialogue: 0,0:00:05.00,0:00:06.00,D,Joe,x\n",
+             "1500-3000 Hi, there; 5000-6000 x"},
+            {"three, untold", "Dialogue: 0:00:01.50,0:00:03.00,Hi\n", "1500-3000 Hi"},
+            {"the usual ones, untold, and one that is cut",
+             event("0,0:00:01.50,0:00:03.00,D,,0,0,0,,Hi, there") + "Dialogue: 0,0:00:05.00,0:00:06.00,D",
+             "1500-3000 Hi, there; 5000-6000 D"},
             {"a Format line that does not fit",
              "[Events]\nFormat: Text\nDialogue: 0,0:00:01.50,0:00:03.00,Default,,0,0,0,,Hi\n", "1500-3000 Hi"},
         });

@@ -28,6 +28,9 @@ TEST(MeantSubViewer20, Entries) {
     expectReadings(
         "sub", Format::SubViewer20,
         {
+            {"looks of what follows",
+             "00:00:01.50,00:00:04.00\na\n\n[COLF]&HFFFFFF,[SIZE]9\n00:00:05.00,00:00:06.00\nb\n",
+             "1500-4000 a; 5000-6000 b"},
             {"as usual", "00:00:01.50,00:00:04.00\na[br]b\n\n00:00:05.00,00:00:06.00\nc\n",
              "1500-4000 a/b; 5000-6000 c"},
             {"commas", "00:00:01,50,00:00:04,00\na\n", "1500-4000 a"},

@@ -14,6 +14,7 @@ TEST(MeantTimedText, OneLine) {
             {"equals signs", "0:00:01=a\n0:00:02=\n", "1000-2000 a"},
             {"blanks", "0:00:01 a\n0:00:02\n", "1000-2000 a"},
             {"tenths", "00:00:01.5:a\n00:00:02.0:\n", "1500-2000 a"},
+            {"more digits", "00:00:01.50:a\n00:00:02.250=\n", "1500-2250 a"},
             {"tenths that count lines do not count", "00:00:01.1:a\n00:00:01.4:b\n", "1100-1400n a; 1400- b"},
             {"bars", "0:00:01:a|b[br]c\n", "1000- a/b/c"},
             {"a text that begins with a number", "0:00:01:5 apples\n", "1000- 5 apples"},

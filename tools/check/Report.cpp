@@ -134,6 +134,19 @@ private:
     Finder mFinder;
 };
 
+/// Entries of SubRip whose times cannot be read are among none of those that were meant, and are lost all the same.
+void addUntimed(const meant::File& meant, Report* report) {
+    if (meant.format != meant::Format::SubRip) return;
+    for (const meant::Place& place : meant.strayLines) {
+        Remark remark;
+        remark.cause = findCause("srt-damaged-times");
+        remark.cost = remark.cause->cost;
+        remark.what = "an entry is not shown";
+        remark.place = place;
+        report->remarks.push_back(remark);
+    }
+}
+
 std::string headOf(const Remark& remark, const std::string& name) {
     const std::string place = remark.place.line == 0 ? name : name + ":" + std::to_string(remark.place.line);
     return place + ": " + (remark.what.empty() ? "" : remark.what + ": ") + "[" + nameOf(remark) + "]";
@@ -153,6 +166,7 @@ Report reportOf(const Scene& scene) {
     report.right = comparison.right;
     Reporter reporter(scene);
     for (const Finding& finding : explain(scene, comparison)) report.remarks.push_back(reporter.remark(finding));
+    addUntimed(scene.meant, &report);
     return report;
 }
 

@@ -151,6 +151,19 @@ bool textAngleBrackets(const Scene&, const Difference& difference) {
            difference.shown->text.find(text.substr(open, close + 1 - open)) == std::string::npos;
 }
 
+/// `< i >`, `<\i>`
+bool textDamagedTag(const Scene&, const Difference& difference) {
+    const auto count = [](const std::string& text) {
+        size_t tags = 0;
+        for (size_t at = text.find('<'); at != text.npos && at + 2 < text.size(); at = text.find('<', at + 1)) {
+            const char next = text[at + 1];
+            tags += (next == ' ' || next == '\\') && (meant::isLetter(text[at + 2]) || text[at + 2] == '/');
+        }
+        return tags;
+    };
+    return count(difference.shown->text) > count(difference.entry->text);
+}
+
 /// "{so}" likewise.
 bool textBraces(const Scene&, const Difference& difference) {
     const std::string& text = difference.entry->text;
@@ -289,6 +302,7 @@ const std::vector<Rule> kCommonRules = {
     {"break-N", kOdd | kAltered, breakN, true},
     {"break-bar", kOdd | kAltered, breakBar, true},
     {"break-br", kOdd | kAltered, breakBr, true},
+    {"text-damaged-tag", kOdd | kAltered, textDamagedTag, true},
 };
 
 const std::vector<Rule> kLastRules = {

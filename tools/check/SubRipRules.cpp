@@ -88,6 +88,13 @@ bool srtNoBlankLine(const Scene& scene, const Difference& difference) {
     return runsOn(difference) && std::count(gap.begin(), gap.end(), '\n') < 2;
 }
 
+/// LF and then CR LF.
+bool srtMixedEnds(const Scene& scene, const Difference& difference) {
+    const meant::LineEnds& ends = scene.meant.lineEnds;
+    return runsOn(difference) && ends.lf > 0 && ends.crLf > 0 &&
+           gapBehind(scene, difference).find("\n\n") != std::string::npos;
+}
+
 bool srtTagAtEndLf(const Scene& scene, const Difference& difference) {
     const std::string lines = linesOf(scene, *difference.entry);
     const size_t last = lines.find_last_not_of(" \t\n");
@@ -100,6 +107,14 @@ bool srtEmptyEntry(const Scene& scene, const Difference& difference) {
     return difference.shown != nullptr && std::any_of(unseen.begin(), unseen.end(), [&](const meant::Entry& entry) {
                return entry.start == difference.shown->start;
            });
+}
+
+/// Right before the lost one.
+bool srtEmptyEntryBefore(const Scene& scene, const Difference& difference) {
+    const std::vector<meant::Entry>& unseen = scene.meant.unseen;
+    return std::any_of(unseen.begin(), unseen.end(), [&](const meant::Entry& entry) {
+        return entry.place.offset < difference.entry->place.offset && entry.behind >= difference.entry->place.offset;
+    });
 }
 
 bool srtEntity(const Scene&, const Difference& difference) {
@@ -133,15 +148,18 @@ const std::vector<Rule> kSubRipRules = {
     {"srt-no-fraction", kLost, srtNoFraction},
     {"srt-fraction-digits", kDisplaced | kAltered | kHidden, srtFractionDigits},
     {"srt-empty-entry", kFalse, srtEmptyEntry},
+    {"srt-empty-entry", kLost, srtEmptyEntryBefore},
     {"srt-tag-at-end-lf", kAltered, srtTagAtEndLf},
     {"srt-no-blank-line", kAltered, srtNoBlankLine},
     {"srt-blank-line-blanks", kAltered, srtBlankLineBlanks},
+    {"srt-mixed-ends", kAltered, srtMixedEnds},
     {"srt-brace-at-line-end", kAltered, srtBraceAtLineEnd},
     {"srt-braces-shown", kOdd | kAltered, bracesShown, true},
     {"srt-entity", kOdd | kAltered, srtEntity, true},
     {"srt-blank-below-time", kAltered, srtBlankBelowTime},
     {"srt-text-as-time-line", kFalse, srtTextAsTimeLine},
     {"srt-utf16-markup", kOdd | kAltered, srtUtf16Markup},
+    {"srt-empty-entry", kAltered, srtEmptyEntry},
 };
 
 }  // namespace check

@@ -69,10 +69,22 @@ bool ssaFieldOrder(const Scene& scene, const Difference&) { return scene.facts->
 
 bool ssaTimeWidth(const Scene& scene, const Difference& difference) { return hasOtherWidth(scene, difference); }
 
+/// What is shown at the time of a drawing, be it instead of words that begin then, too.
 bool ssaDrawing(const Scene& scene, const Difference& difference) {
     return std::any_of(scene.meant.unseen.begin(), scene.meant.unseen.end(), [&](const meant::Entry& entry) {
         return entry.unseen == meant::Unseen::Drawing && entry.start == difference.shown->start;
     });
+}
+
+/// An event with damaged times is read as one at another time: those behind it, which begin earlier, are dropped.
+bool ssaEventFormBefore(const Scene& scene, const Difference& difference) {
+    const std::vector<meant::Place>& stray = scene.meant.strayLines;
+    return !stray.empty() && stray.front().offset < difference.entry->place.offset;
+}
+
+/// Beside words that are meant to be read.
+bool ssaDrawingInText(const Scene& scene, const Difference& difference) {
+    return lineAt(scene, difference.entry->place.offset).find("\\p1") != std::string::npos;
 }
 
 }  // namespace
@@ -88,7 +100,9 @@ const std::vector<Rule> kSubStationAlphaRules = {
     {"ssa-utf16be-markup", kOdd | kAltered, ssaUtf16beMarkup},
     {"ssa-few-commas", kAny, ssaFewCommasElsewhere},
     {"ssa-field-order", kAny, ssaFieldOrder},
-    {"ssa-drawing", kFalse, ssaDrawing},
+    {"ssa-drawing", kFalse | kAltered, ssaDrawing},
+    {"ssa-drawing", kAltered, ssaDrawingInText},
+    {"ssa-event-form", kLost, ssaEventFormBefore},
 };
 
 }  // namespace check

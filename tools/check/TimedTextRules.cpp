@@ -10,12 +10,13 @@ bool txtUtf8Mark(const Scene& scene, const Difference&) {
     return scene.meant.encoding.name == "UTF-8" && scene.meant.encoding.from == meant::EncodingFrom::Mark;
 }
 
-/// `0:00:01.5:`
+/// `0:00:01.5:`, or more digits
 bool txtTenths(const Scene& scene, const Difference& difference) {
     if (difference.entry == nullptr) return false;
     const std::string line = lineAt(scene, difference.entry->place.offset);
     const size_t point = line.find('.');
-    return point != line.npos && point < 12 && line.find(':', point) == point + 2;
+    const size_t behind = point < 12 ? line.find_first_not_of("0123456789", point + 1) : line.npos;
+    return behind != line.npos && (line[behind] == ':' || line[behind] == '=');
 }
 
 /// The entry, or one before it, has a first line and no second one.

@@ -139,6 +139,10 @@ private:
                          {});
         if (!mFile.delay.empty())
             mRemarks.add(Kind::Changed, "", "The header speaks of a delay, which is not applied.", {});
+        if (mFile.format == meant::Format::SubRip)
+            for (const meant::Place& place : mFile.strayLines)
+                mRemarks.add(Kind::NotMended, "srt-damaged-times",
+                             "The times of an entry are missing or damaged: it is left out.", place);
         for (const meant::Entry& entry : mFile.unseen) {
             if (entry.unseen == meant::Unseen::Drawing)
                 mRemarks.add(Kind::Changed, "ssa-drawing", "It holds nothing but a drawing: it is left out.",

@@ -139,13 +139,70 @@ bool isDense(std::string_view lines) {
     return high > std::count_if(lines.begin(), lines.end(), [](char c) { return isLetter(c); });
 }
 
-/// The characters of Hong Kong are not among those by which Big5 is guessed.
-bool isHongKong(std::string_view lines, const Encodings& encodings) {
-    const Encodings::Decode decode = encodings.open ? encodings.open("BIG5-HKSCS") : nullptr;
-    if (!decode || !isDense(lines)) return false;
+bool isOfWord(char c) { return isLetter(c) || static_cast<unsigned char>(c) >= 0xC0; }
+bool isInWord(char before, char after) { return isOfWord(before) && isOfWord(after); }
+bool isBehindLetter(char before, char) { return isOfWord(before); }
+bool isBeforeSmallGreek(char, char after) { return static_cast<unsigned char>(after) >= 0xDC; }
+
+/// Bytes that are signs in what was guessed, and letters in an ISO encoding that is the same otherwise: where they
+/// stand as letters do, and nothing occurs that only the wider one has, it is that one.
+const struct {
+    const char* name;
+    const char* iso;
+    std::string_view letters;
+    bool (*areLetters)(char before, char after);
+} kIso[] = {
+    {"WINDOWS-1250", "ISO-8859-2", "\xB1\xB6", isBehindLetter},
+    {"WINDOWS-1252", "ISO-8859-15", "\xBD", isInWord},
+    {"WINDOWS-1253", "ISO-8859-7", "\xB6", isBeforeSmallGreek},
+};
+
+std::string withIsoLetters(const std::string& name, std::string_view lines) {
+    for (const auto& row : kIso) {
+        if (name != row.name) continue;
+        for (size_t at = lines.find_first_of(row.letters); at != lines.npos;
+             at = lines.find_first_of(row.letters, at + 1)) {
+            const char before = at > 0 ? lines[at - 1] : '\0', after = at + 1 < lines.size() ? lines[at + 1] : '\0';
+            if (row.areLetters(before, after)) return row.iso;
+        }
+    }
+    return name;
+}
+
+size_t countDamaged(std::string_view lines, const std::string& name, const Encodings& encodings) {
+    const Encodings::Decode decode = encodings.open ? encodings.open(name) : nullptr;
+    if (!decode) return SIZE_MAX;
     std::string text;
     decode(lines, &text);
-    return text.find("\xEF\xBF\xBD") == text.npos;
+    return countReplacements(text);
+}
+
+/// Double-byte encodings share most of their codes: text in one with some words in the language of another, as where
+/// Chinese and Japanese stand below each other, gets taken for that.
+std::string withoutDamage(const std::string& name, std::string_view lines, const Encodings& encodings) {
+    static const char* const kDoubleByte[] = {"EUC-JP", "CP932", "UHC", "BIG5-HKSCS", "GB18030"};
+    const auto isName = [&name](const char* row) { return name == row; };
+    if (std::none_of(std::begin(kDoubleByte), std::end(kDoubleByte), isName)) return name;
+    constexpr size_t kCharactersForOneDamaged = 50;
+    if (countDamaged(lines, name, encodings) <= lines.size() / 2 / kCharactersForOneDamaged) return name;
+    for (const char* other : {"GB18030", "BIG5-HKSCS", "UHC", "CP932"})
+        if (countDamaged(lines, other, encodings) == 0) return other;
+    return name;
+}
+
+/// Nothing but capitals of Cyrillic gets taken for Western text, which never has so many accents.
+bool isCapitals(std::string_view lines) {
+    const auto isCapital = [](char c) {
+        return static_cast<unsigned char>(c) >= 0xC0 && static_cast<unsigned char>(c) <= 0xDF;
+    };
+    const auto isHigh = [](char c) { return !isAscii(c); };
+    const auto high = std::count_if(lines.begin(), lines.end(), isHigh);
+    return isDense(lines) && std::count_if(lines.begin(), lines.end(), isCapital) * 10 >= high * 9;
+}
+
+/// The characters of Hong Kong are not among those by which Big5 is guessed.
+bool isHongKong(std::string_view lines, const Encodings& encodings) {
+    return isDense(lines) && countDamaged(lines, "BIG5-HKSCS", encodings) == 0;
 }
 
 Encoding guessed(std::string_view bytes, const Encodings& encodings) {
@@ -156,9 +213,12 @@ Encoding guessed(std::string_view bytes, const Encodings& encodings) {
     constexpr long kLettersForARareOne = 64;
     const bool isWeak = isRare(name) && std::count_if(lines.begin(), lines.end(), isHigh) < kLettersForARareOne;
     const bool isNone = name.empty() || name == "ASCII" || isWeak;
-    const std::string wide = isNone ? kWestern : widened(name, true, std::any_of(lines.begin(), lines.end(), isC1));
+    const bool hasC1 = std::any_of(lines.begin(), lines.end(), isC1);
+    std::string wide = isNone ? kWestern : widened(name, true, hasC1);
     if (wide == kWestern && isHongKong(lines, encodings)) return {"BIG5-HKSCS", EncodingFrom::Guessed};
-    return {wide, isNone ? EncodingFrom::Assumed : EncodingFrom::Guessed};
+    if (wide == kWestern && isCapitals(lines)) return {"WINDOWS-1251", EncodingFrom::Guessed};
+    if (!hasC1) wide = withIsoLetters(wide, lines);
+    return {withoutDamage(wide, lines, encodings), isNone ? EncodingFrom::Assumed : EncodingFrom::Guessed};
 }
 
 }  // namespace

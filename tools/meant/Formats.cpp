@@ -32,6 +32,15 @@ constexpr FormatName kNames[] = {
     {Format::MpSub, "mpsub", "MPSub", ""},
     {Format::Aqt, "aqt", "AQTitle", ""},
     {Format::RealText, "realtext", "RealText", ""},
+    {Format::MPlayer, "mplayer", "MPlayer", ""},
+    {Format::MacSub, "macsub", "MacSUB", ""},
+    {Format::PowerDivX, "powerdivx", "PowerDivX", ""},
+    {Format::ViPlay, "viplay", "ViPlay", ""},
+    {Format::Sofni, "sofni", "Sofni", ""},
+    {Format::Panimator, "panimator", "Panimator", ""},
+    {Format::QuickTimeText, "qttext", "QuickTime text", ""},
+    {Format::JacoSub, "jacosub", "JACOsub", ""},
+    {Format::Vkt, "vkt", "karaoke lyrics VKT", ""},
 };
 
 }  // namespace

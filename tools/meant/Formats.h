@@ -31,6 +31,15 @@ enum class Format {
     MpSub,
     Aqt,
     RealText,
+    MPlayer,
+    MacSub,
+    PowerDivX,
+    ViPlay,
+    Sofni,
+    Panimator,
+    QuickTimeText,
+    JacoSub,
+    Vkt,
 };
 
 struct FormatName {

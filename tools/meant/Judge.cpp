@@ -61,53 +61,40 @@ bool isSure(std::string_view signature) {
 
 // ------------------------------------------------------------------------------------------------------ lines
 
-bool isMpl2(std::string_view line) {
-    Scan in(line);
-    in.skipBlanks();
-    if (!in.eat('[') || !in.eatDigits() || !in.eat(']')) return false;
-    in.skipBlanks();
-    if (!in.eat('[')) return false;
-    in.eatDigits();
-    return in.eat(']');
-}
-
 bool isDks(std::string_view line) {
     Scan in(line);
     in.skipBlanks();
     return in.eat('[') && in.eatHms() && in.eat(']') && !isEmptyLine(in.rest());
 }
 
-bool isLrc(std::string_view line) {
+/// Whether a line begins as the form says: `#` stands for digits, a blank for any number of blanks, `$` for the end.
+bool begins(std::string_view line, std::string_view form) {
     Scan in(line);
-    return in.eat('[') && in.eatDigits() && in.eat(':') && in.eatDigits() && in.eatAny(".:") != 0 && in.eatDigits() &&
-           in.eat(']');
+    for (const char c : form) {
+        if (c == '$') return isEmptyLine(in.rest());
+        if (c == ' ') {
+            in.skipBlanks();
+        } else if (c == '#' ? !in.eatDigits() : !in.eat(c)) {
+            return false;
+        }
+    }
+    return true;
 }
 
-bool isPjs(std::string_view line) {
-    Scan in(line);
-    in.skipBlanks();
-    if (!in.eatDigits() || !in.eat(',')) return false;
-    in.skipBlanks();
-    return in.eatDigits() && in.eat(',') && in.eat('"');
-}
-
+bool isMpl2(std::string_view line) { return begins(line, " [#] [#]") || begins(line, " [#] []"); }
+bool isLrc(std::string_view line) { return begins(line, "[#:#.#]") || begins(line, "[#:#:#]"); }
+bool isPjs(std::string_view line) { return begins(line, " #, #,\""); }
 bool isSpruceStl(std::string_view line) {
-    Scan in(line);
-    if (!in.eatHms() || in.eatAny(":;.") == 0 || !in.eatDigits()) return false;
-    in.skipBlanks();
-    if (!in.eat(',')) return false;
-    in.skipBlanks();
-    if (!in.eatHms() || in.eatAny(":;.") == 0 || !in.eatDigits()) return false;
-    in.skipBlanks();
-    return in.eat(',');
+    return begins(line, "#:#:#:# , #:#:#:# ,") || begins(line, "#:#:#;# , #:#:#;# ,") ||
+           begins(line, "#:#:#.# , #:#:#.# ,");
 }
-
-bool isAqt(std::string_view line) {
-    Scan in(line);
-    if (!in.eat("-->>")) return false;
-    in.skipBlanks();
-    return in.eatDigits() && isEmptyLine(in.rest());
-}
+bool isAqt(std::string_view line) { return begins(line, "-->> #$"); }
+bool isMPlayer(std::string_view line) { return begins(line, "#,#,0,"); }
+bool isMacSub(std::string_view line) { return begins(line, "/#$"); }
+bool isPowerDivX(std::string_view line) { return begins(line, "{#:#:#}{#:#:#}"); }
+bool isViPlay(std::string_view line) { return begins(line, "#:#:#,#-#:#:#,#="); }
+bool isSofni(std::string_view line) { return begins(line, "#:#:#.#\\"); }
+bool isPanimator(std::string_view line) { return begins(line, "/d # #$"); }
 
 bool isIndexLine(std::string_view line) {
     return Scan(trimmed(line)).eat("timestamp:") && line.find("filepos:") != line.npos;
@@ -147,6 +134,12 @@ const struct Judge {
     {Format::Dks, isDks},
     {Format::Lrc, isLrc},
     {Format::Pjs, isPjs},
+    {Format::MPlayer, isMPlayer},
+    {Format::MacSub, isMacSub},
+    {Format::PowerDivX, isPowerDivX},
+    {Format::ViPlay, isViPlay},
+    {Format::Sofni, isSofni},
+    {Format::Panimator, isPanimator},
     {Format::TimedText, is::timedTextLine},
 };
 
@@ -161,6 +154,10 @@ const Head kHeads[] = {
     {"FORMAT=", Format::MpSub},
     {"TITLE=", Format::MpSub},
     {"# VobSub index file", Format::VobSubIndex},
+    {"{QTtext}", Format::QuickTimeText},
+    {"#TITLE", Format::JacoSub},
+    {"#TIMERES", Format::JacoSub},
+    {"# <HEAD>", Format::Vkt},
 };
 
 /// First words that say what the lines may as well not say, because there are no entries.

@@ -13,6 +13,7 @@ namespace {
 /// An element's name, and what stands behind that.
 struct Element {
     std::string_view name, rest;
+    bool isIndented = false;  ///< a blank stands in front of the name
 };
 
 /// Finds where groups end, or that they do not. What was found serves for all that begins before it, so a text takes
@@ -36,12 +37,13 @@ private:
 };
 
 Element elementOf(std::string_view tag) {
-    std::string_view inner = tag.substr(1, tag.size() - 2);
-    const std::string_view unindented = trimmed(inner);
-    if (!unindented.empty() && unindented.front() == '/') inner = trimmed(unindented.substr(1));
+    const bool isIndented = isBlank(tag[1]);
+    std::string_view inner = trimmed(tag.substr(1, tag.size() - 2));
+    const bool isClosing = !inner.empty() && (inner.front() == '/' || inner.front() == '\\');
+    if (isClosing) inner = trimmed(inner.substr(1));
     size_t end = 0;
     while (end < inner.size() && (isLetter(inner[end]) || isDigit(inner[end]))) ++end;
-    return {inner.substr(0, end), trimmed(inner.substr(end))};
+    return {inner.substr(0, end), trimmed(inner.substr(end)), isIndented && !isClosing};
 }
 
 template <class Names>
@@ -55,6 +57,8 @@ bool isKnown(const Element& element) {
                                         "rt", "rp", "tt", "big", "small", "sub",    "sup",    "a"};
     static const char* const kWithValues[] = {"font", "span", "p", "div", "ruby", "center", "c", "v"};
     const bool hasWords = !element.rest.empty() && element.rest != "/" && element.rest.find('=') == element.rest.npos;
+    static const char* const kIndented[] = {"i", "font"};  // "a < b > c" may be anything
+    if (element.isIndented && !isAmong(element.name, kIndented)) return false;
     if (!hasWords && isAmong(element.name, kBare)) return true;
     return isAmong(element.name, kWithValues);
 }
@@ -105,12 +109,22 @@ private:
         if (mRest.substr(0, 4) == "<!--" && mMarkup.tags == Markup::Tags::All) return takeComment();
         const bool takesAll = mMarkup.tags == Markup::Tags::All;
         const size_t size = mTags.sizeOfGroup(mRest);
-        if (size < 3) return false;
+        if (size < 3) return takeUnclosed();
         const Element element = elementOf(mRest.substr(0, size));
         const char first = mRest[1];
         if (takesAll ? !isLetter(first) && first != '/' && first != '!' : !isKnown(element)) return false;
         mRest.remove_prefix(size);
         if (sameWord(element.name, "br")) endLine();
+        return true;
+    }
+
+    /// `</i`, where the line ends before the element does.
+    bool takeUnclosed() {
+        constexpr size_t kLongest = 10;
+        if (mMarkup.tags == Markup::Tags::All || mRest.substr(0, 2) != "</") return false;
+        const std::string_view tag = mRest.substr(0, std::min(mRest.substr(0, kLongest + 1).find('\n'), mRest.size()));
+        if (tag.size() > kLongest || !isKnown({trimmed(tag.substr(2)), {}, false})) return false;
+        mRest.remove_prefix(tag.size());
         return true;
     }
 

@@ -55,13 +55,6 @@ char32_t takeWide(const Wide& in, size_t* at) {
     return 0x10000 + ((c - 0xD800) << 10) + (in[(*at)++] - 0xDC00);
 }
 
-size_t countReplacements(std::string_view text) {
-    constexpr std::string_view kEncoded = "\xEF\xBF\xBD";
-    size_t count = 0;
-    for (size_t at = text.find(kEncoded); at != text.npos; at = text.find(kEncoded, at + kEncoded.size())) ++count;
-    return count;
-}
-
 }  // namespace
 
 Source::Source(std::string_view bytes, const Options& options, const Encodings& encodings) {

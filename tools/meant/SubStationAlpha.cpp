@@ -1,4 +1,6 @@
 // SubStation Alpha: lines of fields, whose order a Format line gives.
+#include <algorithm>
+
 #include "tools/meant/Markup.h"
 #include "tools/meant/Readers.h"
 #include "tools/meant/Scan.h"
@@ -51,6 +53,28 @@ std::optional<Ms> timeOf(std::string_view field) {
     return *whole < 0 ? *whole - fraction : *whole + fraction;
 }
 
+/// Where no Format line is: the usual fields, or, where most events have fewer, as many before the text as all of them
+/// have; the times are the first two.
+Fields fieldsOfEvents(const std::vector<std::string_view>& lines) {
+    const Fields usual;
+    Fields fields;
+    size_t events = 0, shortOnes = 0;
+    for (const std::string_view line : lines) {
+        Scan in(line);
+        bool isDialogue = false;
+        if (!eatKind(&in, &isDialogue) || !isDialogue) continue;
+        const auto commas = static_cast<size_t>(std::count(line.begin(), line.end(), ','));
+        const bool beginsWithTime = timeOf(in.rest().substr(0, in.rest().find(','))).has_value();
+        ++events;
+        if (commas >= usual.text || commas < (beginsWithTime ? 2u : 3u)) continue;
+        ++shortOnes;
+        fields.text = std::min(fields.text, commas);
+        fields.start = beginsWithTime ? 0 : 1;
+        fields.end = fields.start + 1;
+    }
+    return shortOnes * 2 > events ? fields : usual;
+}
+
 struct Event {
     Ms start, end;
     std::string_view text;
@@ -101,7 +125,9 @@ bool is::subStationEvent(std::string_view line) {
 
 void readSubStationAlpha(const Source& source, const Options&, File* file) {
     const std::vector<std::string_view>& lines = source.lines();
-    Fields fields;
+    const bool hasFormat =
+        std::any_of(lines.begin(), lines.end(), [](auto line) { return fieldsOf(line).has_value(); });
+    Fields fields = hasFormat ? Fields() : fieldsOfEvents(lines);
     for (size_t i = 0; i < lines.size(); ++i) {
         if (const std::optional<Fields> given = fieldsOf(lines[i])) fields = *given;
         Scan in(lines[i]);

@@ -36,6 +36,17 @@ std::optional<Times> timesOf(std::string_view line) {
     return Times{*start, *end};
 }
 
+/// `[COLF]&HFFFFFF,[STYLE]bd,[SIZE]18,[FONT]Arial`: how the entries that follow look.
+bool isStyle(std::string_view line) {
+    Scan in(trimmed(line));
+    return in.eat("[COLF]") || in.eat("[STYLE]") || in.eat("[SIZE]") || in.eat("[FONT]");
+}
+
+size_t endOfText(const std::vector<std::string_view>& lines, size_t first, size_t last) {
+    while (first < last && !isStyle(lines[first])) ++first;
+    return first;
+}
+
 }  // namespace
 
 bool is::subViewer20Time(std::string_view line) { return timesOf(line).has_value(); }
@@ -51,7 +62,7 @@ void readSubViewer20(const Source& source, const Options&, File* file) {
         isFirst = false;
         while (i < lines.size() && !timesOf(lines[i])) ++i;
         Entry entry = entryAt(source, first, i, times->start, times->end);
-        entry.text = plainText(textOf(source, first + 1, i), markupWithBars());
+        entry.text = plainText(textOf(source, first + 1, endOfText(lines, first + 1, i)), markupWithBars());
         add(std::move(entry), file);
     }
 }

@@ -8,7 +8,7 @@
 namespace meant {
 namespace {
 
-/// `0:00:01:text`, `0:00:01=text`, `00:00:01,1=text`, `00:00:01.5:text`
+/// `0:00:01:text`, `0:00:01=text`, `00:00:01,1=text`, `00:00:01.5:text`, `00:00:01.50:text`
 struct Line {
     Ms time;
     int64_t digit = -1;  ///< between time and text: the number of a line, or tenths
@@ -27,10 +27,15 @@ std::optional<Line> lineOf(std::string_view line) {
     Scan next = in;
     const bool isPoint = next.peek() == '.';
     if (next.eatAny(",.") != 0) {
+        Scan fraction = next;
         const Scan::Digits digits = next.eatDigits();
-        if (digits.count != 1 || next.eatAny("=:") == 0) return std::nullopt;
-        result.digit = digits.value;
-        result.isTenths = isPoint;
+        if (!digits || digits.count > 3 || next.eatAny("=:") == 0) return std::nullopt;
+        if (digits.count == 1) {
+            result.digit = digits.value;
+            result.isTenths = isPoint;
+        } else {
+            result.time += fraction.eatFraction().value_or(0);
+        }
         result.text = next.rest();
     } else {
         if (!in.atEnd() && in.eatAny(":= \t") == 0) return std::nullopt;

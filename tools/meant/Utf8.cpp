@@ -72,6 +72,13 @@ void appendUtf8(std::string* out, char32_t c) {
     }
 }
 
+size_t countReplacements(std::string_view utf8) {
+    constexpr std::string_view kEncoded = "\xEF\xBF\xBD";
+    size_t count = 0;
+    for (size_t at = utf8.find(kEncoded); at != utf8.npos; at = utf8.find(kEncoded, at + kEncoded.size())) ++count;
+    return count;
+}
+
 size_t utf16Length(std::string_view utf8) {
     size_t units = 0;
     while (!utf8.empty()) units += takeUtf8(&utf8) >= 0x10000 ? 2 : 1;

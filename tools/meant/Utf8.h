@@ -19,6 +19,9 @@ char32_t takeUtf8(std::string_view* in);
 /// What is no character is appended as `kReplacement`.
 void appendUtf8(std::string* out, char32_t c);
 
+/// How many of those a text has.
+size_t countReplacements(std::string_view utf8);
+
 /// How many UTF-16 units the text has.
 size_t utf16Length(std::string_view utf8);
 
