@@ -3,14 +3,20 @@
 #include <stdarg.h>
 #include <stdio.h>
 
+#include "web/Log.h"
+
 namespace {
 
+constexpr char kProgram[] = "vxsub";  // stands where no tag is given
 constexpr int kAtFirst = ANDROID_LOG_INFO;
 
 int lowest = ANDROID_LOG_DEFAULT;
 __android_logger_function logger = nullptr;
+unsigned long long passedOver = 0;
 
 }  // namespace
+
+unsigned long long web::messagesPassedOver() { return passedOver; }
 
 extern "C" {
 
@@ -32,13 +38,17 @@ int __android_log_is_loggable(int priority, const char*, int) {
 }
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
-    if (__android_log_is_loggable(priority, tag, ANDROID_LOG_VERBOSE) == 0) return 0;
+    if (__android_log_is_loggable(priority, tag, ANDROID_LOG_VERBOSE) == 0) {
+        ++passedOver;
+        return 0;
+    }
     char text[1024];
     va_list arguments;
     va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-    const __android_logger_data line = {sizeof line, LOG_ID_MAIN, priority, tag, nullptr, 0};
+    const __android_logger_data line = {
+        sizeof line, LOG_ID_MAIN, priority, tag == nullptr ? kProgram : tag, nullptr, 0};
     logger(&line, text);
     return 1;
 }

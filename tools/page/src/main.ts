@@ -7,6 +7,7 @@ import { createEngine } from './engine/client';
 import type { FileIn } from './engine/types';
 import { DeepLinks } from './session/DeepLinks';
 import { embeddedFiles } from './session/embeddedFiles';
+import { texts } from './texts';
 import { App } from './view/App';
 
 const engine = createEngine({ wasm: wasmModule, startWorker });
@@ -19,8 +20,9 @@ Object.assign(window, { vxsubPage: { engine, session, player, selection, open } 
 
 async function openEmbedded(): Promise<void> {
     const links = new DeepLinks(session, player, selection);
-    const files = await embeddedFiles();
+    const { files, damaged } = await embeddedFiles();
     if (files.length > 0) await session.add(files);
+    for (const name of damaged) session.addUnreadable(name, texts.files.damaged);
     links.start();
 }
 
