@@ -1,7 +1,5 @@
 #include "LogLines.h"
 
-#include <android/log.h>
-
 #include "tools/vxsub/Log.h"
 #include "web/Log.h"
 
@@ -10,25 +8,18 @@ namespace {
 
 LogLines* taking = nullptr;
 
-void setPriority() { __android_log_set_minimum_priority(taking->isFull() ? ANDROID_LOG_SILENT : ANDROID_LOG_VERBOSE); }
-
-void take(const __android_logger_data* data, const char* message) {
-    taking->add(vxsub::logLine(*data, message));
-    if (taking->isFull()) setPriority();
-}
+void take(const __android_logger_data* data, const char* message) { taking->add(vxsub::logLine(*data, message)); }
 
 }  // namespace
 
-LogTaker::LogTaker(LogLines& lines) : mLines(lines), mPassedOver(web::messagesPassedOver()) {
+LogTaker::LogTaker(LogLines& lines) {
     taking = &lines;
-    __android_log_set_logger(take);
-    setPriority();
+    web::takeFirst(lines.room(), take);
 }
 
 LogTaker::~LogTaker() {
-    __android_log_set_logger(nullptr);
-    __android_log_set_minimum_priority(ANDROID_LOG_DEFAULT);
-    mLines.addUnread(size_t(web::messagesPassedOver() - mPassedOver));
+    taking->addUnread(web::messagesCounted());
+    web::takeFirst(0, nullptr);
 }
 
 }  // namespace page

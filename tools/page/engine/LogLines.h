@@ -12,7 +12,7 @@ class LogLines {
 public:
     void add(std::string line) { mLines.push_back(std::move(line)); }
     void addUnread(size_t number) { mUnread += number; }
-    bool isFull() const { return mLines.size() >= kMost; }
+    size_t room() const { return kMost - mLines.size(); }
 
     Json json() const { return {{"lines", mLines}, {"more", mUnread}}; }
 
@@ -23,18 +23,14 @@ private:
     size_t mUnread = 0;
 };
 
-/// For as long as it lives, what is logged goes to `lines`; one lives at a time. When they are full, messages are
-/// counted and not put together any more: some formats log one for each entry.
+/// For as long as it lives, what is logged goes to `lines`; one lives at a time. Messages that they have no room for
+/// are only counted: some formats log one for each entry.
 class LogTaker {
 public:
     explicit LogTaker(LogLines& lines);
     ~LogTaker();
     LogTaker(const LogTaker&) = delete;
     LogTaker& operator=(const LogTaker&) = delete;
-
-private:
-    LogLines& mLines;
-    unsigned long long mPassedOver;
 };
 
 }  // namespace page

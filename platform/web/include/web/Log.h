@@ -1,9 +1,17 @@
-/// What a browser's platform log tells besides.
+/// What a browser's platform log does besides.
 #pragma once
+
+#include <android/log.h>
+#include <stddef.h>
 
 namespace web {
 
-/// How many messages nobody took so far: there was no logger, or their priority was too low for it.
-unsigned long long messagesPassedOver();
+/// Gives the next `most` messages to `logger`, of whatever priority, and counts the others without putting them
+/// together; a null `logger` ends that. Until then the log says that nothing is loggable, so that whoever has thousands
+/// of messages does not put them together, either.
+void takeFirst(size_t most, __android_logger_function logger);
+
+/// How many messages were only counted since `takeFirst`.
+size_t messagesCounted();
 
 }  // namespace web
