@@ -1,9 +1,10 @@
 // How fast the page is. A machine with other work to do gets several tries.
 import assert from "node:assert/strict";
-import { mkdirSync, rmSync, writeFileSync } from "node:fs";
+import { mkdirSync, rmSync } from "node:fs";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
-import { launch, until, withPage } from "./support/browser.mjs";
+import { dropFromDisk, launch, until, withPage } from "./support/browser.mjs";
+import { writeLong } from "./support/longFilm.mjs";
 import { results } from "./support/places.mjs";
 
 const tries = 3;
@@ -13,7 +14,7 @@ let browser;
 let entries;
 before(async () => {
     mkdirSync(results, { recursive: true });
-    entries = writeLong();
+    entries = writeLong(long);
     browser = await launch();
 });
 after(() => {
@@ -41,21 +42,6 @@ test("the empty page is painted within 500 ms", async (context) => {
     assert.ok(time < 500, `${time} ms`);
 });
 
-/** Writes 32 MiB of SubRip; gives the number of its entries. */
-function writeLong() {
-    const pad = (number, digits) => String(number).padStart(digits, "0");
-    const part = (ms, unit, most) => pad(Math.floor(ms / unit) % most, 2);
-    const clock = (ms) => `${part(ms, 3600000, 100)}:${part(ms, 60000, 60)}:${part(ms, 1000, 60)},${pad(ms % 1000, 3)}`;
-    const entries = [];
-    for (let size = 0; size < 32 << 20; size += entries.at(-1).length) {
-        const [number, start] = [entries.length, entries.length * 700];
-        const times = `${clock(start)} --> ${clock(start + 600)}`;
-        entries.push(`${number + 1}\r\n${times}\r\nLine ${number} of a very long film\r\n\r\n`);
-    }
-    writeFileSync(long, entries.join(""));
-    return entries.length;
-}
-
 /** Lets go of a file over the page as a hand does, and gives the milliseconds until its table is shown. */
 async function dropLong(page) {
     await page.evaluate(() => {
@@ -70,11 +56,7 @@ async function dropLong(page) {
         };
         document.addEventListener("drop", () => void drop(), { capture: true });
     });
-    const devtools = await page.context().newCDPSession(page);
-    const data = { items: [], files: [long], dragOperationsMask: 1 };
-    for (const type of ["dragEnter", "dragOver", "drop"]) {
-        await devtools.send("Input.dispatchDragEvent", { type, x: 400, y: 300, data });
-    }
+    await dropFromDisk(page, long);
     return until(page, () => window.shownAfter, undefined, 60_000);
 }
 
