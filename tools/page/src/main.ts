@@ -16,7 +16,8 @@ const app = new App(engine, notices());
 /// For tests, and for whoever likes to look behind the page.
 const { session, player, selection } = app;
 const open = (files: FileIn[]): Promise<void> => session.add(files);
-Object.assign(window, { vxsubPage: { engine, session, player, selection, open } });
+const face = { engine, session, player, selection, open, isComplete: false };
+Object.assign(window, { vxsubPage: face });
 
 async function openEmbedded(): Promise<void> {
     const links = new DeepLinks(session, player, selection);
@@ -24,6 +25,7 @@ async function openEmbedded(): Promise<void> {
     if (files.length > 0) await session.add(files);
     for (const name of damaged) session.addUnreadable(name, texts.files.damaged);
     links.start();
+    face.isComplete = true; // all that the page holds is listed
 }
 
 void openEmbedded();

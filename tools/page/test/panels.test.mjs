@@ -21,29 +21,37 @@ after(() => {
     return browser.close();
 });
 
-/** Notes what the bar of the first file shows, frame by frame, and beside it what is said. */
+/** Notes how far the first file is said to be, and what its bar shows, frame by frame. */
 const watchBar = (page) => page.evaluate(() => {
-    window.seen = [];
+    window.watched = { told: [], shown: [] };
+    window.vxsubPage.session.files.follow(([item]) => {
+        const { told } = window.watched;
+        if (item?.progress && item.progress !== told.at(-1)) told.push(item.progress);
+    });
     const look = () => {
         const bar = document.querySelector("#files progress");
-        const last = window.seen.at(-1);
-        if (bar && (last?.value !== bar.value || last.words !== bar.getAttribute("aria-valuetext"))) {
-            window.seen.push({ value: bar.value, words: bar.getAttribute("aria-valuetext"), label: bar.ariaLabel });
-        }
+        if (bar) window.watched.shown.push([bar.value, bar.getAttribute("aria-valuetext"), bar.ariaLabel]);
         requestAnimationFrame(look);
     };
     look();
 });
 
-/** What the bar showed since it was asked last. */
-const shownBar = (page) => page.evaluate(() => window.seen.splice(0));
+/** What was noted since it was asked last. */
+const watched = (page) => page.evaluate(() => {
+    const noted = window.watched;
+    window.watched = { told: [], shown: [] };
+    return noted;
+});
 
-function assertAscends(seen, words) {
-    const values = seen.map(({ value }) => value);
-    assert.deepEqual(values, [...values].sort((one, other) => one - other), "the bar never goes back");
-    assert.ok(new Set(values).size >= 3, `several values: ${values}`);
-    assert.ok(values.every((value) => value >= 0 && value <= 1), `${values}`);
-    for (const word of words) assert.ok(seen.some((each) => each.words.includes(word)), `${word} is said`);
+function assertAscends({ told, shown }, stages) {
+    for (const values of [told.map(({ done }) => done), shown.map(([value]) => value)]) {
+        assert.deepEqual(values, [...values].sort((one, other) => one - other), "the bar never goes back");
+        assert.ok(values.every((value) => value >= 0 && value <= 1), `${values}`);
+    }
+    assert.ok(new Set(told.map(({ done }) => done)).size >= 3, `several values: ${JSON.stringify(told)}`);
+    assert.deepEqual([...new Set(told.map(({ stage }) => stage))], stages);
+    assert.ok(shown.some(([value, words, label]) => value > 0 && /…$/.test(words) && label.startsWith("Progress of")));
+    return new Set(shown.map(([value]) => value)).size;
 }
 
 test("the bar of a large file says how far it is", (context) => withPage(browser, {}, async (page) => {
@@ -53,16 +61,14 @@ test("the bar of a large file says how far it is", (context) => withPage(browser
     const isThere = () => window.vxsubPage.session.files.value[0]?.state === "opened";
     await until(page, isThere, undefined, 60_000);
     await until(page, () => document.querySelector("#files progress") === null);
-    const opening = await shownBar(page);
-    assertAscends(opening, ["reading", "opens it"]);
-    assert.equal(opening[0].label, "Progress of panels-long.srt");
+    const whileOpened = assertAscends(await watched(page), ["reading", "scanning", "tables"]);
     await until(page, () => window.vxsubPage.session.files.value[0].report, undefined, 120_000);
-    const checking = await shownBar(page);
-    assertAscends(checking, ["reading", "what was meant", "comparing"]);
-    context.diagnostic(`${opening.length} states of the bar while it is opened, ${checking.length} while it is checked`);
+    const checked = ["reading", "meaning", "scanning", "texts", "comparing"];
+    const whileChecked = assertAscends(await watched(page), checked);
+    context.diagnostic(`${whileOpened} states of the bar while it is opened, ${whileChecked} while it is checked`);
     await page.fill("#search", "line 77777 ");
     await until(page, () => document.querySelector("[role=grid]").getAttribute("aria-rowcount") === "2", undefined, 60_000);
-    assertAscends(await shownBar(page), ["searching"]);
+    assertAscends(await watched(page), ["searching"]);
     await until(page, () => document.querySelector("#files progress") === null);
 }));
 
