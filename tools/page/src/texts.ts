@@ -19,6 +19,22 @@ export const engineTexts = {
     cannotBeRead: (name: string, why: string): string => `${name}: cannot be read: ${why}`,
 };
 
+/// The inspector's words for a terminal, and what the page says in their place.
+const terminalWords: [string, string][] = [
+    ['--native overrules', 'the television settings overrule'],
+    ['choose another with --native', 'choose another in the television settings'],
+    ['see --fps', 'see the television settings'],
+    ['from --fps', 'from the television settings'],
+    ['vxsub check says why, --log shows what it says', 'see the findings, and what the library logged'],
+    ['--log shows what it says', 'see what the library logged'],
+    ['; choose the format with --type (see vxsub --help)', '; a format is known by the ending of its name'],
+    ['--class writes one alone', 'a class writes one alone'],
+    ['--fps', 'the rate in the television settings'],
+];
+
+export const inPage = (said: string): string =>
+    terminalWords.reduce((words, [terminal, page]) => words.replaceAll(terminal, page), said);
+
 /// Short forms of numbers with units.
 export const unitTexts = {
     bytes: (bytes: number): string => count(bytes, 'byte', 'bytes'),

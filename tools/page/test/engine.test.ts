@@ -7,6 +7,7 @@ import { isDeepStrictEqual } from 'node:util';
 import type { Facts, Library, Loaded } from '../src/engine/library';
 import { argument } from '../src/engine/names';
 import { usualSettings, type CheckReport, type Opened } from '../src/engine/types';
+import { inPage } from '../src/texts';
 import { eachSample, inFolder, load, startLibrary, vxsub } from './native';
 import { readPng } from './support/png.mjs';
 
@@ -305,4 +306,22 @@ test('the browser is asked once about an encoding that it alone knows', async ()
         globalThis.TextDecoder = Plain;
     }
     assert.ok(asked <= 1, `${asked} times`);
+});
+
+test('what is said of a file is said for a page, not for a terminal', async () => {
+    const library = await startLibrary();
+    const said = new Set<string>();
+    const note = (facts: Facts): void => {
+        const words = 'refused' in facts ? [facts.refused] : [facts.encoding, facts.reading, facts.frameRate];
+        for (const each of words) said.add(each);
+    };
+    eachSample((path) => {
+        for (const framesPerSecond of [null, 23.976])
+            note(library.open(1, load(path), { ...usualSettings, framesPerSecond }));
+    });
+    note(library.open(1, named('a.sub', '{1}{1}25\n{1}{2}a\n'), { ...usualSettings, framesPerSecond: 24 }));
+    for (const name of ['a.xyz', 'a', 'a.sub', 'a.idx']) note(library.open(1, named(name, 'Dear reader\n'), usualSettings));
+    const isForTerminals = (words: string): boolean => /(^|[ (])--[a-z]|\bvxsub\b/.test(words);
+    assert.ok([...said].some(isForTerminals));
+    assert.deepEqual([...said].map(inPage).filter(isForTerminals), []);
 });

@@ -1,4 +1,4 @@
-import { engineTexts } from '../texts';
+import { engineTexts, inPage } from '../texts';
 import type { Facts } from './library';
 import { argument, picturesOf } from './names';
 import { groupsOf, type Group } from './pairs';
@@ -155,8 +155,10 @@ class Client implements Engine {
         const words = ['check', '--json', ...optionsFor(settings), ...surface, argument(name)];
         const { output, errors, status } = await this.command(group.files, words, progress);
         const text = new TextDecoder().decode(output);
-        if (text === '') return { file: name, status, error: errors.trim() };
-        return { ...(JSON.parse(text) as CheckReport), file: name };
+        if (text === '') return { file: name, status, error: inPage(errors.trim()) };
+        const report = JSON.parse(text) as CheckReport;
+        if (report.error !== undefined) report.error = inPage(report.error);
+        return { ...report, file: name };
     }
 
     async mend(id: number, options: MendOptions, progress?: (step: Progress) => void): Promise<Mended> {
@@ -170,7 +172,7 @@ class Client implements Engine {
             argument(group.files[0]!.name),
         ];
         const { status, output, errors, files } = await this.command(group.files, words, progress);
-        const lines = [...linesOf(new TextDecoder().decode(output)), ...linesOf(errors)];
+        const lines = [...linesOf(new TextDecoder().decode(output)), ...linesOf(errors)].map(inPage);
         const [copy] = files;
         const name = copy?.name ?? '';
         const [, stream] = group.files;
@@ -215,10 +217,11 @@ class Client implements Engine {
         const about = { id: film.id, name, size: data.size };
         try {
             const facts = await this.hold(film, progress);
-            if (!('refused' in facts))
-                return { kind: 'opened', ...about, pictureBytes: files[1]?.data.size ?? 0, ...facts };
-            const reason = facts.refused;
-            return { kind: lacks === null ? 'refused' : 'lonely', ...about, reason };
+            if ('refused' in facts)
+                return { kind: lacks === null ? 'refused' : 'lonely', ...about, reason: inPage(facts.refused) };
+            const { encoding, reading, frameRate } = facts;
+            const words = { encoding: inPage(encoding), reading: inPage(reading), frameRate: inPage(frameRate) };
+            return { kind: 'opened', ...about, pictureBytes: files[1]?.data.size ?? 0, ...facts, ...words };
         } catch (error) {
             const reason = error instanceof Error ? error.message : String(error);
             return { kind: error instanceof EngineBroken ? 'broken' : 'refused', ...about, reason };

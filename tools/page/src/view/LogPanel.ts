@@ -39,7 +39,7 @@ export class LogPanel {
     }
 
     private partOfShowing({ state }: FileItem, showing: LogLines): HTMLElement[] {
-        return state === 'opened' ? part(texts.log.showing, showing) : [];
+        return state === 'opened' && showing.lines.length > 0 ? part(texts.log.showing, showing) : [];
     }
 }
 
