@@ -123,8 +123,7 @@ async function compareMoments(page, name, folder, listed) {
     }
 }
 
-async function comparePictures(page, name, folder, count) {
-    const drawn = await native.pictures(name, folder);
+async function comparePictures(page, drawn, count) {
     for (let index = 0; index < count; ++index) {
         const ours = await surface(page, index);
         const theirs = drawn.get(index);
@@ -166,9 +165,8 @@ function sameOnCanvas(canvas, drawn) {
     return canvas.length === drawn.length;
 }
 
-/** The screen shows what vxsub shows at that time. */
-async function compareStage(page, name, folder, { entries }, told) {
-    const pictures = entries[0].units ? null : await native.pictures(name, folder);
+/** The screen shows what vxsub shows at that time; `pictures` are those that vxsub draws. */
+async function compareStage(page, name, folder, { entries }, told, pictures) {
     for (const { start } of new Set([entries[0], entries[entries.length >> 1], entries.at(-1)])) {
         const length = await page.evaluate(() => window.vxsubPage.player.length.value);
         if (start > length) continue; // as with an end before the start
@@ -219,8 +217,9 @@ async function compareFilm(page, film, folder) {
     const listed = JSON.parse(listing);
     if (listed.entries.length === 0) return "no entries";
     if (listed.entries[0].units) await compareTexts(page, listed);
-    else await comparePictures(page, name, folder, listed.entries.length);
-    await compareStage(page, name, folder, listed, told);
+    const pictures = listed.entries[0].units ? null : await native.pictures(name, folder);
+    if (pictures) await comparePictures(page, pictures, listed.entries.length);
+    await compareStage(page, name, folder, listed, told, pictures);
     await compareMoments(page, name, folder, listed);
     return told.length > 0 ? `both are told ${told[1]}` : "";
 }

@@ -102,6 +102,7 @@ async function everyState(page, look) {
     const letter = { name: "letter.srt", bytes: Buffer.from("Dear reader,\n") };
     await drop(page, [example("episode.srt"), ...(await demoPair()), letter]);
     await until(page, () => window.vxsubPage.session.files.value.every((item) => item.report));
+    await page.evaluate(() => (document.querySelector("#log").open = true));
     for (const name of ["episode.srt", "movie.idx", "letter.srt"]) {
         await page.evaluate((name) => {
             const { session } = window.vxsubPage;
