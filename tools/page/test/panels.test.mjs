@@ -21,26 +21,22 @@ after(() => {
     return browser.close();
 });
 
-/** Notes how far the first file is said to be, and what its bar shows, frame by frame. */
+/** Notes how far the first file is said to be, and what its bar shows of that, frame by frame; by what is done to it. */
 const watchBar = (page) => page.evaluate(() => {
-    window.watched = { told: [], shown: [] };
+    const watched = { opening: { told: [], shown: [] }, checking: { told: [], shown: [] }, searching: { told: [], shown: [] } };
+    const noted = ({ state, report }) => watched[state !== "opened" ? "opening" : report ? "searching" : "checking"];
     window.vxsubPage.session.files.follow(([item]) => {
-        const { told } = window.watched;
-        if (item?.progress && item.progress !== told.at(-1)) told.push(item.progress);
+        if (item?.progress && item.progress !== noted(item).told.at(-1)) noted(item).told.push(item.progress);
     });
     const look = () => {
+        const [item] = window.vxsubPage.session.files.value;
         const bar = document.querySelector("#files progress");
-        if (bar) window.watched.shown.push([bar.value, bar.getAttribute("aria-valuetext"), bar.ariaLabel]);
+        const isNow = bar && item?.progress && Math.abs(bar.value - item.progress.done) < 1e-6;
+        if (isNow) noted(item).shown.push([bar.value, bar.getAttribute("aria-valuetext"), bar.ariaLabel]);
         requestAnimationFrame(look);
     };
     look();
-});
-
-/** What was noted since it was asked last. */
-const watched = (page) => page.evaluate(() => {
-    const noted = window.watched;
-    window.watched = { told: [], shown: [] };
-    return noted;
+    window.watched = watched;
 });
 
 function assertAscends({ told, shown }, stages) {
@@ -58,17 +54,16 @@ test("the bar of a large file says how far it is", (context) => withPage(browser
     writeLong(long);
     await watchBar(page);
     await dropFromDisk(page, long);
-    const isThere = () => window.vxsubPage.session.files.value[0]?.state === "opened";
-    await until(page, isThere, undefined, 60_000);
-    await until(page, () => document.querySelector("#files progress") === null);
-    const whileOpened = assertAscends(await watched(page), ["reading", "scanning", "tables"]);
-    await until(page, () => window.vxsubPage.session.files.value[0].report, undefined, 120_000);
-    const checked = ["reading", "meaning", "scanning", "texts", "comparing"];
-    const whileChecked = assertAscends(await watched(page), checked);
-    context.diagnostic(`${whileOpened} states of the bar while it is opened, ${whileChecked} while it is checked`);
+    await until(page, () => window.vxsubPage.session.files.value[0]?.report, undefined, 180_000);
     await page.fill("#search", "line 77777 ");
     await until(page, () => document.querySelector("[role=grid]").getAttribute("aria-rowcount") === "2", undefined, 60_000);
-    assertAscends(await watched(page), ["searching"]);
+    const { opening, checking, searching } = await page.evaluate(() => window.watched);
+    const states = [
+        assertAscends(opening, ["reading", "scanning", "tables"]),
+        assertAscends(checking, ["reading", "meaning", "scanning", "texts", "comparing"]),
+        assertAscends(searching, ["searching"]),
+    ];
+    context.diagnostic(`states of the bar while the file is opened, checked, searched: ${states.join(", ")}`);
     await until(page, () => document.querySelector("#files progress") === null);
 }));
 
