@@ -82,6 +82,22 @@ test('another file pauses, and brings its own time', async () => {
     equal(player.isPlaying.value, false);
 });
 
+test('a film that is chosen while it waits begins once it is open', async () => {
+    const { session, player, engine } = await start();
+    let open = (): void => undefined;
+    engine.gate = new Promise((wake) => (open = wake));
+    const opening = session.add([file('b.srt')]);
+    while (engine.calls.at(-1) !== 'open b.srt') await settled();
+    session.current.value = session.files.value[1]!;
+    equal(player.length.value, 0);
+    open();
+    await opening;
+    await settled();
+    equal(player.length.value, 6000);
+    equal(player.time.value, 1000);
+    equal(player.moment.value?.shown, 0);
+});
+
 test('a file that breaks the library while it plays is asked no more', async () => {
     const { session, player, engine } = await start('bad.srt');
     equal(session.files.value[0]!.state, 'broken');

@@ -110,7 +110,8 @@ export class Session {
         }
         if (!this.files.value.includes(item)) return; // removed, or joined to its other half
         this.tellOf(item);
-        if (!this.current.value || this.isWorthMore(item)) this.current.value = item;
+        if (this.current.value === item) this.current.tell(); // it was chosen while it waited
+        else if (!this.current.value || this.isWorthMore(item)) this.current.value = item;
     }
 
     /// Of a file that was removed meanwhile: halves that have a row go on, the rest is closed.
