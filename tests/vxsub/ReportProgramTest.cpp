@@ -147,12 +147,30 @@ TEST_F(VxsubReport, NamesDiffer) {
     EXPECT_EQ("movie (3).srt", files[2].name);
 }
 
+/// The page puts an index and a .sub of its name together: only those that lie together are a pair.
+TEST_F(VxsubReport, StrangersOfOneNameAreNoPair) {
+    const std::string index = put("movie.idx", "timestamp: 00:00:01:000, filepos: 000000000\n");
+    const std::string texts = put("other/Movie.sub", "{1}{2}a\n");
+    EXPECT_EQ(0, report({index, texts}).status);
+    EXPECT_EQ("movie.idx", filesIn(get(mOut)).at(0).name);
+    EXPECT_EQ("Movie (2).sub", filesIn(get(mOut)).at(1).name);
+    EXPECT_EQ(0, report({"--force", texts, index}).status);
+    EXPECT_EQ("Movie.sub", filesIn(get(mOut)).at(0).name);
+    EXPECT_EQ("movie (2).idx", filesIn(get(mOut)).at(1).name);
+}
+
 TEST_F(VxsubReport, NamesAreWrittenForHtml) {
-    EXPECT_EQ(0, report({put("a\"<b>&c.srt", kMovie)}).status);
-    EXPECT_EQ("a&#34;&#60;b&#62;&#38;c.srt", filesIn(get(mOut)).at(0).name);
+    EXPECT_EQ(0, report({put("a\"<b>&c\r\n.srt", kMovie)}).status);
+    EXPECT_EQ("a&#34;&#60;b&#62;&#38;c&#13;&#10;.srt", filesIn(get(mOut)).at(0).name);
 }
 
 TEST_F(VxsubReport, SaysTheLinkToAnEntry) {
+    mOut = put("folder of/100%#1?.html", "");
+    const std::string folder = mFolder;
+    EXPECT_EQ("written " + mOut + ": the page with 1 file\n  to entry 0 of \u00e4.srt: " + folder +
+                  "/folder%20of/100%25%231%3F.html#file=%C3%A4.srt&entry=0\n",
+              report({"--force", "--entry", "0", put("\u00e4.srt", kMovie)}).out);
+    mOut = path("out.html");
     EXPECT_EQ("written " + mOut + ": the page with 1 file\n  to entry 12 of a b&.srt: " + mOut +
                   "#file=a%20b%26.srt&entry=12\n",
               report({"--entry", "12", put("a b&.srt", kMovie)}).out);
@@ -177,6 +195,21 @@ TEST_F(VxsubReport, OverwritesOnRequestAlone) {
     EXPECT_EQ("mine", get(mOut));
     EXPECT_EQ(0, report({"--force", movie}).status);
     EXPECT_EQ(kMovie, filesIn(get(mOut)).at(0).bytes);
+}
+
+TEST_F(VxsubReport, WhatIsReadIsNeverOverwritten) {
+    ASSERT_TRUE(samples::demoVobSub().write(path("pair.idx")));
+    const std::string movie = put("movie.srt", kMovie), pair = path("pair.idx"), pictures = get(path("pair.sub"));
+    const auto errorFor = [&](const std::string& output) {
+        mOut = output;
+        return report({"--force", movie, pair}).err;
+    };
+    for (const std::string& source : {movie, pair, path("pair.sub")})
+        EXPECT_EQ("vxsub: cannot write " + source + ": it is one of the files\n", errorFor(source));
+    EXPECT_EQ("vxsub: cannot write " + mPage + ": it is the page itself\n", errorFor(mPage));
+    EXPECT_EQ(kMovie, get(movie));
+    EXPECT_EQ(pictures, get(path("pair.sub")));
+    EXPECT_EQ(kPage, get(mPage));
 }
 
 TEST_F(VxsubReport, WhatIsMissingIsSaid) {

@@ -71,7 +71,15 @@ function policy(script, style) {
     ].join("; ");
 }
 
+// The page's own words, for what is there before its script runs.
+async function words() {
+    const { script } = await bundle("src/texts.ts", { format: "esm" });
+    const { texts } = await import(`data:text/javascript;base64,${Buffer.from(script).toString("base64")}`);
+    return texts;
+}
+
 async function page(module) {
+    const { language, title, noScript } = await words();
     const worker = await bundle("src/engine/worker.ts", {
         format: "iife",
         alias: { "vxsubtitle-module": module },
@@ -84,6 +92,9 @@ async function page(module) {
     const script = inside("script", main.script);
     const style = inside("style", main.style);
     const parts = {
+        language,
+        title,
+        noScript,
         policy: policy(script, style),
         style,
         script,

@@ -5,6 +5,7 @@
 
 #include "Errors.h"
 #include "ShownEntries.h"
+#include "Stage.h"
 #include "tools/check/VobSub.h"
 #include "tools/meant/SystemEncodings.h"
 
@@ -96,6 +97,7 @@ check::Report checkPair(const CheckOptions& options, const std::string& index) {
         SubtitleFile file(options.file);
         pair.shown = picturesOf(file);
     }
+    enter(Stage::Comparing);
     return check::reportOf(pair);
 }
 
@@ -104,12 +106,14 @@ check::Report checkPair(const CheckOptions& options, const std::string& index) {
 check::Report checkFile(const CheckOptions& options) {
     const std::string& path = options.file.path;
     const std::string bytes = readFile(path);
+    enter(Stage::Meaning);
     const meant::File meant =
         meant::read(bytes, meantOptions(options.file, options.encoding), meant::systemEncodings());
     requireText(path, meant);
     if (meant.format == meant::Format::VobSubIndex && isEnding(options.file, meant::Format::VobSubIndex))
         return checkPair(options, bytes);
     const ShownFile shown = openShown(options.file, meant.encoding);
+    enter(Stage::Comparing);
     const bool isTvBig5 = strncasecmp(options.file.language.c_str(), "big5", 4) == 0;
     return check::reportOf({meant, shown.shown, bytes, takenFor(shown), isTvBig5, takenAs(shown)});
 }

@@ -15,6 +15,7 @@
 #include "Errors.h"
 #include "NewFile.h"
 #include "ShownEntries.h"
+#include "Stage.h"
 #include "Text.h"
 #include "Time.h"
 #include "tools/check/Explain.h"
@@ -169,6 +170,7 @@ public:
           mMeant(meant::read(mBytes, meantOptions(options.file, options.encoding), meant::systemEncodings())) {}
 
     void fix() {
+        enter(Stage::Writing);
         const meant::Source source(mBytes, meantOptions(mOptions.file, mOptions.encoding), meant::systemEncodings());
         const fix::Result result = fix::fix(mMeant, source, mOptions.fix);
         const std::string& path = mOptions.file.path;
@@ -256,6 +258,7 @@ void fixIndexFile(const FixOptions& options, Session& session) {
     namespace fs = std::filesystem;
     const std::string& path = options.file.path;
     const std::string stream = streamOf(path);
+    enter(Stage::Writing);
     const fix::FixedIndex fixed = fix::fixIndex(readFile(path), readFile(stream), meant::systemEncodings());
     if (!fixed.refusal.empty()) throw FileError(path + ": " + fixed.refusal);
     const std::string output = outputFor(options, meant::Format::VobSubIndex);

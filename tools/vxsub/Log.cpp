@@ -1,9 +1,7 @@
 #include "Log.h"
 
-#include <android/log.h>
 #include <unistd.h>
 
-#include <string>
 #include <string_view>
 
 #include "Text.h"
@@ -18,16 +16,20 @@ char letterOf(int priority) {
 
 /// Called on the thread that logs; one call writes one line.
 void writeLine(const __android_logger_data* data, const char* message) {
-    std::string_view text = message;
-    if (!text.empty() && text.back() == '\n') text.remove_suffix(1);
-    std::string line(1, letterOf(data->priority));
-    line += '/';
-    line += data->tag == nullptr ? "" : data->tag;
-    line += ": " + printable(text) + "\n";
+    const std::string line = logLine(*data, message) + "\n";
     if (write(STDERR_FILENO, line.data(), line.size()) < 0) return;  // nobody listens
 }
 
 }  // namespace
+
+std::string logLine(const __android_logger_data& data, const char* message) {
+    std::string_view text = message;
+    if (!text.empty() && text.back() == '\n') text.remove_suffix(1);
+    std::string line(1, letterOf(data.priority));
+    line += '/';
+    line += data.tag == nullptr ? "" : data.tag;
+    return line + ": " + printable(text);
+}
 
 void showPlatformLog() {
     __android_log_set_logger(writeLine);

@@ -77,11 +77,18 @@ private:
         const std::string plain = fs::path(paths[0]).stem().string();
         std::string stem = plain;
         const auto isTaken = [&](const std::string& path) {
-            return !path.empty() && mNames.count(lowerCase(nameFor(path, stem))) > 0;
+            return !path.empty() && isNamed(lowerCase(nameFor(path, stem)));
         };
         for (int number = 2; isTaken(paths[0]) || isTaken(paths[1]); ++number)
             stem = plain + " (" + std::to_string(number) + ")";
         return stem;
+    }
+
+    /// Also when a file of another folder would be taken for the other half of its pair.
+    bool isNamed(const std::string& name) const {
+        const std::string ending(extensionOf(name)), stem = name.substr(0, name.size() - ending.size());
+        const char* const other = ending == ".idx" ? ".sub" : ending == ".sub" ? ".idx" : nullptr;
+        return mNames.count(name) > 0 || (other != nullptr && mNames.count(stem + other) > 0);
     }
 
     void put(const std::string& path, const std::string& stem) {
@@ -107,13 +114,25 @@ std::vector<std::string> withoutPictures(const std::vector<std::string>& paths) 
     return left;
 }
 
+/// What is read is never overwritten.
+void keepSources(const std::string& output, const std::vector<std::string>& paths, const std::string& page) {
+    const auto isOutput = [&](const std::string& path) {
+        std::error_code ignored;
+        return !path.empty() && fs::equivalent(path, output, ignored);
+    };
+    if (isOutput(page)) throw FileError("cannot write " + output + ": it is the page itself");
+    for (const std::string& path : paths)
+        if (isOutput(path) || isOutput(picturesOf(path)))
+            throw FileError("cannot write " + output + ": it is one of the files");
+}
+
 void report(const ReportOptions& options, Output& out) {
     const std::string pagePath = pageFor(options);
     const std::string page = readFile(pagePath);
     Collection collection;
     for (const std::string& path : withoutPictures(options.paths)) collection.add(path);
     const std::string& first = collection.files().front().name;
-    const std::string link = options.entry ? linkTo(first, *options.entry) : "";
+    keepSources(options.output, options.paths, pagePath);
     NewFile file(options.output, options.paths.front(), options.force);
     file.write(pageWith(collection.files(), page, pagePath));
     file.put();
@@ -122,7 +141,7 @@ void report(const ReportOptions& options, Output& out) {
              (count == 1 ? " file" : " files"));
     if (options.entry)
         out.line("  to entry " + std::to_string(*options.entry) + " of " + printable(first) + ": " +
-                 printable(file.path()) + link);
+                 linkTo(file.path(), first, *options.entry));
 }
 
 }  // namespace

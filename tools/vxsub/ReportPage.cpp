@@ -1,7 +1,6 @@
 // The one bridge to zlib.
 #include "ReportPage.h"
 
-#include <ctype.h>
 #include <stdio.h>
 #include <zlib.h>
 
@@ -37,10 +36,24 @@ std::string base64(std::string_view bytes) {
     return text;
 }
 
+/// For an address; letters and digits of ASCII, a few signs and those in `alsoPlain` stand for themselves.
+std::string percentEncoded(const std::string& text, std::string_view alsoPlain) {
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.~";
+    std::string encoded;
+    for (const char c : text) {
+        char code[8];
+        snprintf(code, sizeof code, "%%%02X", static_cast<unsigned char>(c));
+        const bool isPlain = kPlain.find(c) != kPlain.npos || alsoPlain.find(c) != alsoPlain.npos;
+        encoded += isPlain ? std::string(1, c) : code;
+    }
+    return encoded;
+}
+
 std::string escapedForHtml(std::string_view text) {
     std::string escaped;
     for (const char c : text) {
-        if (c == '&' || c == '<' || c == '>' || c == '"')
+        const bool isControl = c >= 0 && c < ' ';  // of line ends, browsers make others
+        if (isControl || c == '&' || c == '<' || c == '>' || c == '"')
             escaped += "&#" + std::to_string(int(c)) + ";";
         else
             escaped += c;
@@ -61,16 +74,8 @@ std::string pageWith(const std::vector<EmbeddedFile>& files, std::string_view pa
     return report.append(page.substr(place + kPlace.size()));
 }
 
-std::string linkTo(const std::string& name, unsigned entry) {
-    std::string link = "#file=";
-    for (const char c : name) {
-        char code[8];
-        snprintf(code, sizeof code, "%%%02X", static_cast<unsigned char>(c));
-        const bool isPlain =
-            isalnum(static_cast<unsigned char>(c)) != 0 || std::string_view("-_.~").find(c) != std::string_view::npos;
-        link += isPlain ? std::string(1, c) : code;
-    }
-    return link + "&entry=" + std::to_string(entry);
+std::string linkTo(const std::string& page, const std::string& name, unsigned entry) {
+    return percentEncoded(page, "/") + "#file=" + percentEncoded(name, "") + "&entry=" + std::to_string(entry);
 }
 
 }  // namespace vxsub

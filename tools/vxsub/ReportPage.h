@@ -16,7 +16,7 @@ struct EmbeddedFile {
 /// for what is no such page, which is called `path` then.
 std::string pageWith(const std::vector<EmbeddedFile>& files, std::string_view page, const std::string& path);
 
-/// What stands behind the page's name in a link to an entry.
-std::string linkTo(const std::string& name, unsigned entry);
+/// The address of an entry of the file `name` in the page at the path `page`.
+std::string linkTo(const std::string& page, const std::string& name, unsigned entry);
 
 }  // namespace vxsub

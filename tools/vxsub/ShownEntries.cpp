@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "Errors.h"
+#include "Stage.h"
 #include "Text.h"
 #include "tools/meant/SystemEncodings.h"
 #include "tools/meant/Utf8.h"
@@ -104,6 +105,7 @@ ShownFile openShown(const OpenOptions& options, const meant::Encoding& encoding)
     result.type = file->type();
     result.codeType = file->codeType();
     result.shown.isAccepted = true;
+    enter(Stage::Texts);
     result.shown.entries = entriesOf(*file, TextDecoder(encoding));
     result.shown.at = [file](check::Ms time) -> std::optional<size_t> {
         const check::Ms clamped = std::clamp<check::Ms>(time, 0, Entry::kOpenEnd);

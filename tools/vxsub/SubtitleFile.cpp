@@ -16,6 +16,7 @@
 #include "Errors.h"
 #include "Log.h"
 #include "Output.h"
+#include "Stage.h"
 #include "Time.h"
 #include "subtitle/SubtitleParserSUB.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
@@ -118,6 +119,7 @@ SubtitleFile::SubtitleFile(const OpenOptions& options)
     if (!options.language.empty()) base::SetProperty(kLanguageProperty, options.language);
     const std::string remark = mFormat.remark == nullptr ? "" : mFormat.remark(mSource);
 
+    enter(Stage::Scanning);
     const auto start = std::chrono::steady_clock::now();
     mParser = mFormat.construct(mSource);
     const bool parsed = begin(*mParser, options.frameRate);

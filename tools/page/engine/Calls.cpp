@@ -4,6 +4,7 @@
 
 #include "Film.h"
 #include "Program.h"
+#include "tools/vxsub/Errors.h"
 #include "tools/vxsub/Json.h"
 #include "tools/vxsub/Time.h"
 
@@ -29,7 +30,10 @@ vxsub::OpenOptions optionsFrom(const Json& request) {
     options.quiet = true;
     const std::string codePage = request.at("codePage"), rate = request.at("framesPerSecond");
     if (!codePage.empty()) options.native = vxsub::findNativeCharset(codePage);
+    if (!codePage.empty() && options.native == nullptr) throw vxsub::UsageError(codePage + " is no known code page");
     if (!rate.empty()) options.frameRate = vxsub::parseFrameRate(rate);
+    if (!rate.empty() && !options.frameRate)
+        throw vxsub::UsageError(rate + " is no frame rate; write 25, 23.976 or the like, from 1 to 999");
     return options;
 }
 
@@ -80,6 +84,7 @@ constexpr struct {
     {"search", [](const Json& r) { return filmOf(r).search(r.at("words"), desk().arrays); }},
     {"at", [](const Json& r) { return filmOf(r).at(r.at("track"), r.at("time")); }},
     {"picture", [](const Json& r) { return filmOf(r).picture(r.at("index"), desk().arrays); }},
+    {"log", [](const Json& r) { return filmOf(r).log(); }},
     {"sourceFacts", [](const Json& r) { return filmOf(r).sourceFacts(); }},
     {"source", [](const Json& r) { return filmOf(r).lines(r.at("line"), r.at("count")); }},
     {"lineAt", [](const Json& r) { return Json(filmOf(r).lineAt(r.at("offset"))); }},

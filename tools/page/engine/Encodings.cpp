@@ -3,7 +3,9 @@
 #include <emscripten.h>
 
 #include <array>
+#include <map>
 #include <memory>
+#include <string>
 
 #include "tools/meant/Iconv.h"
 #include "tools/meant/SystemEncodings.h"
@@ -62,9 +64,11 @@ constexpr Name kNames[] = {
 /// An encoding of one and two bytes for a character.
 class Table {
 public:
-    static std::shared_ptr<Table> of(const char* label) {
-        const auto table = std::make_shared<Table>();
-        if (vxTabulate(label, table->mSingle.data(), table->mPairs.data()) == 0) return nullptr;
+    /// Null when the browser does not know it. Kept: it asks the browser about 65,536 pairs.
+    static std::shared_ptr<const Table> of(const char* label) {
+        static std::map<std::string, std::shared_ptr<const Table>> known;
+        std::shared_ptr<const Table>& table = known[label];
+        if (table == nullptr) table = made(label);
         return table;
     }
 
@@ -77,6 +81,12 @@ public:
     }
 
 private:
+    static std::shared_ptr<const Table> made(const char* label) {
+        const auto table = std::make_shared<Table>();
+        if (vxTabulate(label, table->mSingle.data(), table->mPairs.data()) == 0) return nullptr;
+        return table;
+    }
+
     struct Character {
         char32_t value;
         size_t size;
@@ -95,7 +105,7 @@ private:
 };
 
 Encodings::Decode openInBrowser(const char* label) {
-    const std::shared_ptr<Table> table = Table::of(label);
+    const std::shared_ptr<const Table> table = Table::of(label);
     if (table == nullptr) return nullptr;
     return [table](std::string_view bytes, std::string* utf8) { table->decode(bytes, utf8); };
 }

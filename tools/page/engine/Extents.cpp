@@ -32,8 +32,11 @@ size_t endOfText(std::string_view bytes, size_t at, size_t limit, bool isOneLine
 }
 
 size_t endOfElement(std::string_view bytes, size_t at, size_t limit) {
-    for (size_t end = bytes.find('<', at); end < limit; end = bytes.find('<', end + 1))
-        if (strncasecmp(&bytes[end], "<sync", std::min<size_t>(5, bytes.size() - end)) == 0) return end;
+    constexpr std::string_view kElement = "<sync";
+    for (size_t end = bytes.find('<', at); end < limit; end = bytes.find('<', end + 1)) {
+        const std::string_view name = bytes.substr(end, kElement.size());
+        if (name.size() == kElement.size() && strncasecmp(name.data(), kElement.data(), name.size()) == 0) return end;
+    }
     return limit;
 }
 

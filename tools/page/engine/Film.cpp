@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "Extents.h"
+#include "Stages.h"
 #include "subtitle/SubtitleParserSUBIDX.h"
 #include "tools/vxsub/Errors.h"
 #include "tools/vxsub/Sentences.h"
@@ -52,7 +53,11 @@ Film::Film(const std::string& folder, const OpenOptions& options, Size surface)
     : mFolder(folder), mOptions(options), mSurface(surface) {
     enter();
     try {
-        open();
+        {
+            const LogTaker taker(mOpeningLog);
+            open();
+        }
+        tellStage("tables");
         gatherTables();
     } catch (const FileError& error) {
         mRefusal = error.what();
@@ -66,11 +71,18 @@ void Film::open() {
     mViewer = std::make_unique<Viewer>(*mFile, mSurface);
 }
 
+std::optional<Television::Shown> Film::draw(U32 index) {
+    if (index != mShown) return mViewer->picture(index);
+    mShowingLog = LogLines();
+    const LogTaker taker(mShowingLog);
+    return mViewer->picture(index);
+}
+
 /// Gives `use` an entry's picture. A parser that refused one goes on from where that left it, so that the next answer
 /// would depend on what was asked before: it is replaced.
 template <class Use>
 void Film::look(U32 index, Use use) {
-    const std::optional<Television::Shown> shown = mViewer->picture(index);
+    const std::optional<Television::Shown> shown = draw(index);
     use(shown);
     if (!shown && mFile->hasPictures()) open();
 }
@@ -198,12 +210,17 @@ Json Film::at(U32 track, U32 ms) {
     if (track >= file().tracks().size()) track = 0;
     mFile->chooseTrack(track);
     const std::optional<U32> begun = mFile->entryBegunAt(ms), shown = mFile->entryShownAt(ms);
+    if (shown != mShown) mShowingLog = LogLines();
+    mShown = shown;
     Json answer = {{"time", ms},
                    {"begun", begun ? int(*begun) : -1},
                    {"shown", shown ? int(*shown) : -1},
                    {"why", shown ? "" : describeGap(*mFile, ms)},
                    {"lines", Json::array()}};
-    if (shown && !mFile->hasPictures()) answer["lines"] = displayLines(mFile->text(*shown));
+    if (!shown || mFile->hasPictures()) return answer;
+    mShowingLog = LogLines();
+    const LogTaker taker(mShowingLog);
+    answer["lines"] = displayLines(mFile->text(*shown));
     return answer;
 }
 
@@ -221,6 +238,8 @@ Json Film::picture(U32 index, Arrays& arrays) {
     });
     return answer;
 }
+
+Json Film::log() const { return {{"opening", mOpeningLog.json()}, {"showing", mShowingLog.json()}}; }
 
 SourceLines& Film::source() {
     enter();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Arrays.h"
+#include "LogLines.h"
 #include "SourceLines.h"
 #include "Texts.h"
 #include "tools/vxsub/Viewer.h"
@@ -29,6 +30,9 @@ public:
     Json at(U32 track, U32 ms);
     Json picture(U32 index, Arrays& arrays);
 
+    /// What the library logged when the file was opened, and when it showed the entry that `at` named last.
+    Json log() const;
+
     Json sourceFacts();
     Json lines(size_t from, size_t count);
     size_t lineAt(size_t offset);
@@ -37,6 +41,7 @@ private:
     void open();
     template <class Use>
     void look(U32 index, Use use);
+    std::optional<vxsub::Television::Shown> draw(U32 index);
     void enter() const;
     vxsub::SubtitleFile& file() const;
     void gatherTables();
@@ -50,6 +55,8 @@ private:
     vxsub::OpenOptions mOptions;
     vxsub::Size mSurface;
     std::string mRefusal;
+    LogLines mOpeningLog, mShowingLog;
+    std::optional<U32> mShown;  ///< by the last answer to `at`
     std::unique_ptr<vxsub::SubtitleFile> mFile;
     std::unique_ptr<vxsub::Viewer> mViewer;
     std::vector<U32> mStarts, mEnds, mOffsets, mLengths;

@@ -4,10 +4,13 @@
 
 #include <algorithm>
 
+#include "Stages.h"
 #include "tools/vxsub/Text.h"
 
 namespace page {
 namespace {
+
+constexpr android::U32 kToldEach = 10000;  // entries
 
 /// One letter case, and blanks for all white space.
 std::string folded(std::u32string text) {
@@ -20,6 +23,7 @@ std::string folded(std::u32string text) {
 Texts::Texts(vxsub::SubtitleFile& file) {
     mStarts.reserve(file.count());
     for (android::U32 i = 0; i < file.count(); ++i) {
+        if (i % kToldEach == 0) tellStage("searching", double(i) / file.count());
         mStarts.push_back(mAll.size());
         mAll += folded(file.text(i));
         mAll += '\0';

@@ -7,6 +7,7 @@ import { createEngine } from './engine/client';
 import type { FileIn } from './engine/types';
 import { DeepLinks } from './session/DeepLinks';
 import { embeddedFiles } from './session/embeddedFiles';
+import { texts } from './texts';
 import { App } from './view/App';
 
 const engine = createEngine({ wasm: wasmModule, startWorker });
@@ -15,13 +16,16 @@ const app = new App(engine, notices());
 /// For tests, and for whoever likes to look behind the page.
 const { session, player, selection } = app;
 const open = (files: FileIn[]): Promise<void> => session.add(files);
-Object.assign(window, { vxsubPage: { engine, session, player, selection, open } });
+const face = { engine, session, player, selection, open, isComplete: false };
+Object.assign(window, { vxsubPage: face });
 
 async function openEmbedded(): Promise<void> {
     const links = new DeepLinks(session, player, selection);
-    const files = await embeddedFiles();
+    const { files, damaged } = await embeddedFiles();
     if (files.length > 0) await session.add(files);
+    for (const name of damaged) session.addUnreadable(name, texts.files.damaged);
     links.start();
+    face.isComplete = true; // all that the page holds is listed
 }
 
 void openEmbedded();

@@ -1,6 +1,6 @@
 /// Every word that the page itself says. What the library and the check say comes from them.
 
-import type { DeviceSettings } from './engine/types';
+import type { DeviceSettings, Stage } from './engine/types';
 
 /// "1,234"; making such a writer takes long, so there is one.
 const numbers = new Intl.NumberFormat('en');
@@ -8,8 +8,46 @@ export const digits = (number: number): string => numbers.format(number);
 
 const count = (number: number, one: string, many: string): string => `${digits(number)} ${number === 1 ? one : many}`;
 
+/// What the workers and those who run them say.
+export const engineTexts = {
+    noFile: (id: number): string => `There is no file ${id}.`,
+    broken: (why: string): string => `The file broke the library's worker: ${why}.`,
+    tookTooLong: 'it took too long and was ended',
+    ended: 'it ended',
+    unreadable: 'it sent what cannot be read',
+    tooLarge: (name: string): string => `${name}: is too large for a subtitle file`,
+    cannotBeRead: (name: string, why: string): string => `${name}: cannot be read: ${why}`,
+};
+
+/// The inspector's words for a terminal, and what the page says in their place.
+const terminalWords: [string, string][] = [
+    ['--native overrules', 'the television settings overrule'],
+    ['choose another with --native', 'choose another in the television settings'],
+    ['see --fps', 'see the television settings'],
+    ['from --fps', 'from the television settings'],
+    ['vxsub check says why, --log shows what it says', 'see the findings, and what the library logged'],
+    ['--log shows what it says', 'see what the library logged'],
+    ['; choose the format with --type (see vxsub --help)', '; a format is known by the ending of its name'],
+    ['--class writes one alone', 'a class writes one alone'],
+    ['--fps', 'the rate in the television settings'],
+];
+
+export const inPage = (said: string): string =>
+    terminalWords.reduce((words, [terminal, page]) => words.replaceAll(terminal, page), said);
+
+/// Short forms of numbers with units.
+export const unitTexts = {
+    bytes: (bytes: number): string => count(bytes, 'byte', 'bytes'),
+    sizes: { gibi: 'GiB', mebi: 'MiB', kibi: 'KiB' },
+    seconds: (seconds: number): string => `${seconds} s`,
+    minutes: (minutes: number, seconds: number): string => `${minutes} min ${seconds} s`,
+    hours: (hours: number, minutes: number): string => `${hours} h ${minutes} min`,
+};
+
 export const texts = {
+    language: 'en',
     title: 'vxsub inspector',
+    noScript: 'This page runs the subtitle library in the browser and needs JavaScript.',
     close: 'Close',
 
     header: {
@@ -42,17 +80,21 @@ export const texts = {
         broken: 'This file broke the library',
         right: (right: number, meant: number): string =>
             right === meant ? `all ${digits(meant)} show as meant` : `${digits(right)} of ${digits(meant)} as meant`,
+        damaged: 'The page holds this file, but it cannot be unpacked: the page is damaged.',
         remove: (name: string): string => `Remove ${name}`,
         progress: (name: string): string => `Progress of ${name}`,
     },
 
     progress: {
         reading: 'reading …',
-        opening: 'opening …',
-        checking: 'checking …',
-        mending: 'mending …',
+        scanning: 'the library opens it …',
+        tables: 'listing the entries …',
+        texts: 'fetching the texts …',
+        meaning: 'reading what was meant …',
+        comparing: 'comparing …',
+        writing: 'writing the copy …',
         searching: 'searching …',
-    },
+    } satisfies Record<Stage, string>,
 
     news: {
         opened: (name: string, format: string, entries: number): string =>
@@ -103,6 +145,14 @@ export const texts = {
         size: 'Size',
         tracks: 'Tracks',
         pair: (index: string, pictures: string): string => `${index}, pictures ${pictures}`,
+    },
+
+    log: {
+        title: 'What the library logged',
+        opening: 'When the file was opened',
+        showing: 'When the screen was drawn last',
+        none: 'nothing',
+        more: (lines: number): string => `… and ${count(lines, 'line', 'lines')} more`,
     },
 
     tabs: {

@@ -96,8 +96,9 @@ for (const [harm, act] of Object.entries(harms)) {
         await drop(page, [good]);
         const before = await textsOf(page, "good.ass");
         await until(page, () => window.vxsubPage.session.files.value.every((item) => item.report));
-        for (const worker of page.workers()) await worker.evaluate(act);
-        await page.waitForTimeout(100);
+        const workers = page.workers();
+        for (const worker of workers) await worker.evaluate(act);
+        while (page.workers().some((worker) => workers.includes(worker))) await page.waitForTimeout(20);
         await page.evaluate(() => window.vxsubPage.engine.vocabulary().catch(() => null));
         await drop(page, [{ ...good, name: "later.ass" }]);
         const again = await until(page, async () => {

@@ -42,16 +42,43 @@ test("neither the page nor a worker of it reaches anybody", async () => {
     const page = await context.newPage();
     await page.goto(pathToFileURL(pageFile).href);
     await drop(page, [example("episode.srt")]);
-    const ask = async (address) => {
-        try {
-            new WebSocket(address.replace("http", "ws"));
-            importScripts(`${address}script`);
-        } catch { /* as it should */ }
-        return fetch(`${address}fetch`, { mode: "no-cors" }).then(() => "answered", () => "refused");
+    const ways = {
+        fetch: (address) => fetch(address, { mode: "no-cors" }).then(() => "answered", () => "refused"),
+        WebSocket: (address) => new Promise((told) => {
+            try {
+                const socket = new WebSocket(address.replace("http", "ws"));
+                socket.onopen = () => told("answered");
+                socket.onerror = () => told("refused");
+            } catch {
+                told("refused");
+            }
+        }),
+        EventSource: (address) => new Promise((told) => {
+            try {
+                const source = new EventSource(address);
+                source.onopen = () => told("answered");
+                source.onerror = () => told("refused");
+            } catch {
+                told("refused");
+            }
+        }),
+    };
+    const inWorkers = {
+        importScripts: (address) => {
+            try {
+                importScripts(address);
+                return "answered";
+            } catch {
+                return "refused";
+            }
+        },
+        import: (address) => import(address).then(() => "answered", () => "refused"),
     };
     const workers = page.workers();
     assert.ok(workers.length > 0, "the page has workers");
-    for (const asker of [page, ...workers]) assert.equal(await asker.evaluate(ask, address), "refused");
+    const tries = [...Object.entries(ways).flatMap((way) => [page, ...workers].map((asker) => [asker, ...way])),
+        ...Object.entries(inWorkers).flatMap((way) => workers.map((asker) => [asker, ...way]))];
+    for (const [asker, way, ask] of tries) assert.equal(await asker.evaluate(ask, `${address}${way}`), "refused", way);
     await page.evaluate((address) => {
         navigator.sendBeacon(`${address}beacon`, "");
         new Image().src = `${address}picture`;
@@ -75,6 +102,7 @@ async function everyState(page, look) {
     const letter = { name: "letter.srt", bytes: Buffer.from("Dear reader,\n") };
     await drop(page, [example("episode.srt"), ...(await demoPair()), letter]);
     await until(page, () => window.vxsubPage.session.files.value.every((item) => item.report));
+    await page.evaluate(() => (document.querySelector("#log").open = true));
     for (const name of ["episode.srt", "movie.idx", "letter.srt"]) {
         await page.evaluate((name) => {
             const { session } = window.vxsubPage;

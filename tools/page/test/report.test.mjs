@@ -24,7 +24,8 @@ function report(folder, names, others = []) {
 
 const settled = (page) => until(page, () => {
     const files = window.vxsubPage.session.files.value;
-    return document.documentElement.dataset.state === "ready" && files.map(({ name, state }) => `${name}: ${state}`);
+    const isSettled = document.documentElement.dataset.state === "ready" && window.vxsubPage.isComplete;
+    return isSettled && files.map(({ name, state }) => `${name}: ${state}`);
 });
 
 test("a report has its files, and a link leads to an entry", () => withFolder(async (folder) => {
@@ -40,6 +41,20 @@ test("a report has its files, and a link leads to an entry", () => withFolder(as
             return selection.entry.value === 1 && session.current.value.name;
         });
         assert.equal(chosen, "script.ass");
+    });
+}));
+
+test("a block that is damaged is told, and the other files are there", () => withFolder(async (folder) => {
+    for (const name of ["a.srt", "b.srt"]) writeFileSync(join(folder, name), "1\n00:00:01,000 --> 00:00:02,000\na\n");
+    const file = report(folder, ["a.srt", "b.srt"]);
+    const whole = readFileSync(file, "latin1");
+    const damaged = whole.replace(/(data-name="a.srt">.{20})..../, "$1AAAA");
+    assert.notEqual(damaged, whole);
+    writeFileSync(file, damaged, "latin1");
+    await withPage(browser, { file }, async (page) => {
+        assert.deepEqual(await settled(page), ["b.srt: opened", "a.srt: refused"]);
+        await page.getByRole("button", { name: /^a\.srt/ }).click();
+        await until(page, () => document.querySelector("[role=alert]").innerText.includes("cannot be unpacked"));
     });
 }));
 

@@ -30,6 +30,7 @@ const screens = {
     "vobsub-dark": [dark, demoPair, "movie.idx", "entries"],
     "findings": [desktop, several, "episode.srt", "findings"],
     "source": [dark, several, "episode.srt", "source"],
+    "log": [desktop, () => [demo, example("film.sub")], "film.sub", "entries"],
     "mend": [desktop, several, "episode.srt", "mend"],
     "broken": [desktop, () => [demo, letter], "letter.srt", "findings"],
 };
@@ -48,6 +49,10 @@ async function prepare(page, name, tab) {
     if (tab === "mend") {
         await page.click("#panel-mend button[type=submit]");
         await until(page, () => document.querySelector("#panel-mend a[download]"));
+    }
+    if (name === "film.sub") {
+        await page.click("#log summary");
+        await page.locator("#log").scrollIntoViewIfNeeded();
     }
     await page.waitForTimeout(400);
 }

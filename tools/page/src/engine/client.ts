@@ -1,5 +1,6 @@
+import { engineTexts, inPage } from '../texts';
 import type { Facts } from './library';
-import { argument } from './names';
+import { argument, picturesOf } from './names';
 import { groupsOf, type Group } from './pairs';
 import type { Requests } from './protocol';
 import { Side, type Job, type Parts } from './side';
@@ -10,6 +11,7 @@ import {
     type Engine,
     type EntryDetail,
     type FileIn,
+    type Log,
     type MendOptions,
     type Mended,
     type Moment,
@@ -19,6 +21,7 @@ import {
     type RunResult,
     type SourceFacts,
     type SourceLine,
+    type Stage,
     type Vocabulary,
 } from './types';
 
@@ -41,7 +44,7 @@ interface Film {
 }
 
 /** Calls on a film, which need it to be open in the viewer. */
-type FilmCall = 'texts' | 'entry' | 'search' | 'at' | 'picture' | 'sourceFacts' | 'source' | 'lineAt';
+type FilmCall = 'log' | 'texts' | 'entry' | 'search' | 'at' | 'picture' | 'sourceFacts' | 'source' | 'lineAt';
 type Words<Name extends FilmCall> = Requests[Name] extends [number, ...infer Rest] ? Rest : never;
 
 function sizeOf(files: FileIn[]): number {
@@ -116,8 +119,8 @@ class Client implements Engine {
         return (await this.onFilm('entry', id, [index])) as EntryDetail;
     }
 
-    async search(id: number, words: string): Promise<Uint32Array> {
-        return (await this.onFilm('search', id, [words])) as Uint32Array;
+    async search(id: number, words: string, progress?: (step: Progress) => void): Promise<Uint32Array> {
+        return (await this.onFilm('search', id, [words], progress)) as Uint32Array;
     }
 
     async at(id: number, track: number, time: number): Promise<Moment> {
@@ -126,6 +129,10 @@ class Client implements Engine {
 
     async picture(id: number, index: number): Promise<Picture> {
         return (await this.onFilm('picture', id, [index])) as Picture;
+    }
+
+    async log(id: number): Promise<Log> {
+        return (await this.onFilm('log', id, [])) as Log;
     }
 
     async sourceFacts(id: number): Promise<SourceFacts> {
@@ -148,8 +155,10 @@ class Client implements Engine {
         const words = ['check', '--json', ...optionsFor(settings), ...surface, argument(name)];
         const { output, errors, status } = await this.command(group.files, words, progress);
         const text = new TextDecoder().decode(output);
-        if (text === '') return { file: name, status, error: errors.trim() };
-        return { ...(JSON.parse(text) as CheckReport), file: name };
+        if (text === '') return { file: name, status, error: inPage(errors.trim()) };
+        const report = JSON.parse(text) as CheckReport;
+        if (report.error !== undefined) report.error = inPage(report.error);
+        return { ...report, file: name };
     }
 
     async mend(id: number, options: MendOptions, progress?: (step: Progress) => void): Promise<Mended> {
@@ -163,9 +172,12 @@ class Client implements Engine {
             argument(group.files[0]!.name),
         ];
         const { status, output, errors, files } = await this.command(group.files, words, progress);
-        const lines = [...linesOf(new TextDecoder().decode(output)), ...linesOf(errors)];
+        const lines = [...linesOf(new TextDecoder().decode(output)), ...linesOf(errors)].map(inPage);
         const [copy] = files;
-        return { status, name: copy?.name ?? '', bytes: copy?.bytes ?? new Uint8Array(), lines };
+        const name = copy?.name ?? '';
+        const [, stream] = group.files;
+        const pictures = copy && stream ? { name: picturesOf(name), data: stream.data } : null;
+        return { status, name, bytes: copy?.bytes ?? new Uint8Array(), pictures, lines };
     }
 
     run(files: FileIn[], args: string[]): Promise<RunResult> {
@@ -174,7 +186,7 @@ class Client implements Engine {
 
     private filmOf(id: number): Film {
         const film = this.films.get(id);
-        if (film === undefined) throw new Error(`There is no file ${id}.`);
+        if (film === undefined) throw new Error(engineTexts.noFile(id));
         return film;
     }
 
@@ -205,13 +217,14 @@ class Client implements Engine {
         const about = { id: film.id, name, size: data.size };
         try {
             const facts = await this.hold(film, progress);
-            if (!('refused' in facts))
-                return { kind: 'opened', ...about, pictureBytes: files[1]?.data.size ?? 0, ...facts };
-            const reason = facts.refused;
-            return { kind: lacks === null ? 'refused' : 'lonely', ...about, reason };
+            if ('refused' in facts)
+                return { kind: lacks === null ? 'refused' : 'lonely', ...about, reason: inPage(facts.refused) };
+            const { encoding, reading, frameRate } = facts;
+            const words = { encoding: inPage(encoding), reading: inPage(reading), frameRate: inPage(frameRate) };
+            return { kind: 'opened', ...about, pictureBytes: files[1]?.data.size ?? 0, ...facts, ...words };
         } catch (error) {
             const reason = error instanceof Error ? error.message : String(error);
-            return { kind: 'broken', ...about, reason };
+            return { kind: error instanceof EngineBroken ? 'broken' : 'refused', ...about, reason };
         }
     }
 
@@ -232,7 +245,7 @@ class Client implements Engine {
         return {
             request: { name: 'open', args: [id, group.files, settings] },
             limit: limitFor(usualLimit, group.files),
-            progress: (stage) => progress({ name, stage, done: null }),
+            progress: (stage, done) => progress({ name, stage, done }),
             resolve: (facts) => {
                 film.isHeld = true;
                 resolve(facts as Facts);
@@ -245,7 +258,12 @@ class Client implements Engine {
     }
 
     /** In a worker that has the film; one that took another's place gets it first. */
-    private onFilm<Name extends FilmCall>(name: Name, id: number, words: Words<Name>): Promise<unknown> {
+    private onFilm<Name extends FilmCall>(
+        name: Name,
+        id: number,
+        words: Words<Name>,
+        progress?: (step: Progress) => void,
+    ): Promise<unknown> {
         const film = this.filmOf(id);
         const args = [id, ...words] as unknown as Requests[Name];
         const nothing = (): void => undefined;
@@ -253,7 +271,9 @@ class Client implements Engine {
             if (film.broken !== undefined) throw film.broken;
             return film.isHeld ? undefined : this.opening(film, nothing, nothing, nothing);
         };
-        return this.viewer.ask(name, args, { limit: limitFor(usualLimit, film.group.files), before });
+        const { files } = film.group;
+        const tell = (stage: Stage, done: number): void => progress?.({ name: files[0]!.name, stage, done });
+        return this.viewer.ask(name, args, { limit: limitFor(usualLimit, files), before, progress: tell });
     }
 
     private async command(
@@ -262,7 +282,7 @@ class Client implements Engine {
         progress?: (step: Progress) => void,
     ): Promise<RunResult> {
         const name = files[0]?.name ?? '';
-        const tell = (stage: Progress['stage']): void => progress?.({ name, stage, done: null });
+        const tell = (stage: Stage, done: number): void => progress?.({ name, stage, done });
         const limit = limitFor(checkLimit, files);
         return this.checker.ask('run', [files, args], { limit, progress: tell }) as Promise<RunResult>;
     }

@@ -4,12 +4,14 @@ import { fileName } from './names';
 import type {
     DeviceSettings,
     EntryDetail,
+    Log,
     Moment,
     Opened,
     Picture,
     RunResult,
     SourceFacts,
     SourceLine,
+    Stage,
     Vocabulary,
 } from './types';
 
@@ -45,7 +47,11 @@ export class Library {
         module.FS.mkdir(runFolder);
     }
 
-    static async start(wasm: WebAssembly.Module): Promise<Library> {
+    /** `tellStage` is called while a call goes on; `done` is the part of the stage that is done, from 0 to 1. */
+    static async start(
+        wasm: WebAssembly.Module,
+        tellStage: (stage: Stage, done: number) => void = () => undefined,
+    ): Promise<Library> {
         const module = new Promise<Module>((resolve, reject) => {
             createLibrary({
                 instantiateWasm: (imports, done) => {
@@ -53,6 +59,7 @@ export class Library {
                     return {};
                 },
                 guessEncoding,
+                tellStage: tellStage as (stage: string, done: number) => void,
                 print: () => undefined,
                 printErr: () => undefined,
             }).then(resolve, reject);
@@ -111,6 +118,10 @@ export class Library {
     picture(id: number, index: number): Picture {
         const answer = this.call('picture', { id, index }) as Omit<Picture, 'rgba'> & { rgba: Uint8Array };
         return { ...answer, rgba: new Uint8ClampedArray(answer.rgba.buffer as ArrayBuffer) };
+    }
+
+    log(id: number): Log {
+        return this.call('log', { id }) as Log;
     }
 
     sourceFacts(id: number): SourceFacts {

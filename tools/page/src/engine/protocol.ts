@@ -1,6 +1,6 @@
 /** What goes between the page and a worker: one request at a time. */
 
-import type { DeviceSettings, FileIn, Progress } from './types';
+import type { DeviceSettings, FileIn, Stage } from './types';
 
 /** The first message; all others are requests. */
 export interface Start {
@@ -16,6 +16,7 @@ export interface Requests {
     search: [id: number, words: string];
     at: [id: number, track: number, time: number];
     picture: [id: number, index: number];
+    log: [id: number];
     sourceFacts: [id: number];
     source: [id: number, line: number, count: number];
     lineAt: [id: number, offset: number];
@@ -33,4 +34,4 @@ export type Reply =
     | { kind: 'failed'; message: string }
     /** The module is in no state to go on. */
     | { kind: 'broken'; message: string }
-    | { kind: 'progress'; stage: Progress['stage'] };
+    | { kind: 'progress'; stage: Stage; done: number };

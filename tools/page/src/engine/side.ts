@@ -1,5 +1,6 @@
+import { engineTexts } from '../texts';
 import type { Reply, Request, Requests, Start } from './protocol';
-import { EngineBroken, type Progress } from './types';
+import { EngineBroken, type Stage } from './types';
 
 /** What the page starts the library with. */
 export interface Parts {
@@ -16,7 +17,7 @@ export interface Job {
     limit: number;
     /** What has to be done first, if anything; throws when that is known to be in vain. */
     before?: () => Job | undefined;
-    progress?: (stage: Progress['stage']) => void;
+    progress?: (stage: Stage, done: number) => void;
     resolve(answer: unknown): void;
     reject(reason: Error): void;
 }
@@ -71,7 +72,7 @@ export class Side {
         this.current = job;
         try {
             this.worker ??= await this.start();
-            this.timer = setTimeout(() => this.breakDown('it took too long and was ended'), job.limit);
+            this.timer = setTimeout(() => this.breakDown(engineTexts.tookTooLong), job.limit);
             this.worker.postMessage(job.request);
         } catch (error) {
             this.settle(() => job.reject(error instanceof Error ? error : new Error(String(error))));
@@ -86,10 +87,10 @@ export class Side {
         };
         worker.onerror = (event) => {
             event.preventDefault();
-            if (worker === this.worker) this.breakDown(event.message || 'it ended');
+            if (worker === this.worker) this.breakDown(event.message || engineTexts.ended);
         };
         worker.onmessageerror = () => {
-            if (worker === this.worker) this.breakDown('it sent what cannot be read');
+            if (worker === this.worker) this.breakDown(engineTexts.unreadable);
         };
         worker.postMessage({ wasm } satisfies Start);
         return worker;
@@ -98,7 +99,7 @@ export class Side {
     private take(reply: Reply): void {
         const job = this.current;
         if (job === undefined) return;
-        if (reply.kind === 'progress') job.progress?.(reply.stage);
+        if (reply.kind === 'progress') job.progress?.(reply.stage, reply.done);
         if (reply.kind === 'answer') this.settle(() => job.resolve(reply.answer));
         if (reply.kind === 'failed') this.settle(() => job.reject(new Error(reply.message)));
         if (reply.kind === 'broken') this.breakDown(reply.message);
@@ -116,6 +117,6 @@ export class Side {
         this.worker?.terminate();
         this.worker = undefined;
         this.onReplaced();
-        this.settle(() => job?.reject(new EngineBroken(`The file broke the library's worker: ${why}.`)));
+        this.settle(() => job?.reject(new EngineBroken(engineTexts.broken(why))));
     }
 }

@@ -114,11 +114,27 @@ export interface NotOpened {
 
 export type OpenResult = Opened | NotOpened;
 
+/** Reading the bytes; the library's scan; its entries and texts; what was meant; and so on. */
+export type Stage = 'reading' | 'scanning' | 'tables' | 'texts' | 'meaning' | 'comparing' | 'writing' | 'searching';
+
 export interface Progress {
     name: string;
-    stage: 'reading' | 'opening' | 'checking' | 'mending' | 'searching';
-    /** From 0 to 1; null: nobody knows. */
-    done: number | null;
+    stage: Stage;
+    /** Of the whole, from 0 to 1. */
+    done: number;
+}
+
+/** Lines as `vxsub --log` prints them: the first ones, and how many more there were. */
+export interface LogLines {
+    lines: string[];
+    more: number;
+}
+
+export interface Log {
+    /** Of opening the file. */
+    opening: LogLines;
+    /** Of showing the entry that was asked for last. */
+    showing: LogLines;
 }
 
 /** An entry as the player gets it. */
@@ -213,6 +229,8 @@ export interface Mended {
     /** Of the copy; empty when there is none. */
     name: string;
     bytes: Uint8Array;
+    /** Of an index, the pictures that the copy needs beside it, under the name that it looks for. */
+    pictures: FileIn | null;
     /** What changed, as `vxsub fix` tells it. */
     lines: string[];
 }
@@ -261,13 +279,16 @@ export interface Engine {
     texts(id: number, from: number, count: number): Promise<string[]>;
     entry(id: number, index: number): Promise<EntryDetail>;
     /** Indices of the entries that hold `words`, in any letter case. */
-    search(id: number, words: string): Promise<Uint32Array>;
+    search(id: number, words: string, progress?: (step: Progress) => void): Promise<Uint32Array>;
     at(id: number, track: number, time: number): Promise<Moment>;
     picture(id: number, index: number): Promise<Picture>;
 
     /** Runs beside the others: it delays none of them. */
     findings(id: number, progress?: (step: Progress) => void): Promise<CheckReport>;
     mend(id: number, options: MendOptions, progress?: (step: Progress) => void): Promise<Mended>;
+
+    /** Also of a file that was refused. */
+    log(id: number): Promise<Log>;
 
     sourceFacts(id: number): Promise<SourceFacts>;
     source(id: number, line: number, count: number): Promise<SourceLine[]>;

@@ -30,6 +30,7 @@ declare module 'vxsubtitle-module' {
             done: (instance: WebAssembly.Instance) => void,
         ): Record<string, never>;
         guessEncoding(bytes: Uint8Array): string;
+        tellStage(stage: string, done: number): void;
         print(line: string): void;
         printErr(line: string): void;
     }): Promise<Module>;

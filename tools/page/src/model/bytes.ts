@@ -1,16 +1,18 @@
 /// Bytes for people, and where bytes of a file stand in its text.
 
+import { unitTexts } from '../texts';
+
 const SIZES: [number, string][] = [
-    [1 << 30, 'GiB'],
-    [1 << 20, 'MiB'],
-    [1 << 10, 'KiB'],
+    [1 << 30, unitTexts.sizes.gibi],
+    [1 << 20, unitTexts.sizes.mebi],
+    [1 << 10, unitTexts.sizes.kibi],
 ];
 
 export function formatSize(bytes: number): string {
     for (const [unit, name] of SIZES) {
         if (bytes >= unit) return `${(bytes / unit).toFixed(bytes < 10 * unit ? 1 : 0)} ${name}`;
     }
-    return bytes === 1 ? '1 byte' : `${bytes} bytes`;
+    return unitTexts.bytes(bytes);
 }
 
 const hex = (value: number, digits: number): string => value.toString(16).padStart(digits, '0');

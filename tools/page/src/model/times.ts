@@ -1,5 +1,7 @@
 /// Play times in milliseconds, as the inspector writes and reads them.
 
+import { unitTexts } from '../texts';
+
 export const SECOND = 1000;
 export const MINUTE = 60 * SECOND;
 export const HOUR = 60 * MINUTE;
@@ -21,12 +23,12 @@ export function formatTime(ms: number): string {
 /// "3.2 s", "1 min 5 s": how long, at a glance.
 export function formatLength(ms: number): string {
     const tenths = Math.round(ms / 100) / 10;
-    if (ms < 10 * SECOND) return `${Number((ms / SECOND).toFixed(2))} s`;
-    if (tenths < 60) return `${tenths} s`;
+    if (ms < 10 * SECOND) return unitTexts.seconds(Number((ms / SECOND).toFixed(2)));
+    if (tenths < 60) return unitTexts.seconds(tenths);
     const seconds = Math.round(ms / SECOND);
-    if (seconds < 3600) return `${Math.floor(seconds / 60)} min ${seconds % 60} s`;
+    if (seconds < 3600) return unitTexts.minutes(Math.floor(seconds / 60), seconds % 60);
     const minutes = Math.round(ms / MINUTE);
-    return `${Math.floor(minutes / 60)} h ${minutes % 60} min`;
+    return unitTexts.hours(Math.floor(minutes / 60), minutes % 60);
 }
 
 /// For the marks of a ruler: no more digits than the step between two marks needs.

@@ -30,12 +30,12 @@ export class Player {
 
     private load(item: FileItem | null): void {
         const file = opened(item);
-        const isOther = item !== this.item;
+        const isNew = item !== this.item || !this.file;
         this.item = item;
         this.file = file;
         this.length.value = file ? filmLength(file) : 0;
         this.moment.value = null;
-        if (isOther) {
+        if (isNew) {
             this.pause();
             this.track.value = 0;
             this.seek(file && file.count > 0 ? file.starts[0] : 0);

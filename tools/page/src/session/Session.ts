@@ -74,20 +74,22 @@ export class Session {
         }
     }
 
-    private placeholder(group: FileIn[]): FileItem {
+    private newItem(name: string, size: number, state: FileItem['state']): FileItem {
         this.lastKey += 1;
+        return { key: this.lastKey, name, size, state, progress: null, result: null, report: null, reason: '' };
+    }
+
+    private placeholder(group: FileIn[]): FileItem {
         const size = group.reduce((sum, file) => sum + file.data.size, 0);
-        const name = group[0].name;
-        return {
-            key: this.lastKey,
-            name,
-            size,
-            state: 'waiting',
-            progress: null,
-            result: null,
-            report: null,
-            reason: '',
-        };
+        return this.newItem(group[0].name, size, 'waiting');
+    }
+
+    /// Lists a file that nobody can open.
+    addUnreadable(name: string, reason: string): void {
+        const item = { ...this.newItem(name, 0, 'refused'), reason };
+        this.files.value = [...this.files.value, item];
+        this.current.value ??= item;
+        this.tellOf(item);
     }
 
     private async openOne(group: FileIn[], item: FileItem): Promise<void> {
@@ -108,7 +110,8 @@ export class Session {
         }
         if (!this.files.value.includes(item)) return; // removed, or joined to its other half
         this.tellOf(item);
-        if (!this.current.value || this.isWorthMore(item)) this.current.value = item;
+        if (this.current.value === item) this.current.tell(); // it was chosen while it waited
+        else if (!this.current.value || this.isWorthMore(item)) this.current.value = item;
     }
 
     /// Of a file that was removed meanwhile: halves that have a row go on, the rest is closed.
@@ -140,18 +143,9 @@ export class Session {
     }
 
     private takeAsNew(result: OpenResult): void {
-        this.lastKey += 1;
-        const item: FileItem = {
-            key: this.lastKey,
-            name: result.name,
-            size: result.size,
-            state: result.kind,
-            progress: null,
-            result,
-            report: null,
-            reason: result.kind === 'opened' ? '' : result.reason,
-        };
+        const item = this.newItem(result.name, result.size, result.kind);
         this.files.value = [...this.files.value, item];
+        this.take(item, result);
     }
 
     private take(item: FileItem, result: OpenResult): void {
@@ -210,20 +204,32 @@ export class Session {
         this.settings.value = settings;
         await this.opening;
         this.busy.value = true;
-        for (const item of [...this.files.value]) {
-            const result = await this.ask(item, (engine, id) => engine.reopen(id, settings));
-            if (result) this.take(item, result);
-            if (result && item === this.current.value) this.current.tell();
-        }
+        for (const item of [...this.files.value]) await this.reopen(item, settings);
         this.busy.value = this.openingCount > 0;
         void this.checkNext();
+    }
+
+    /// Also one that broke the library: with other settings it may not.
+    private async reopen(item: FileItem, settings: DeviceSettings): Promise<void> {
+        const result = item.result && (await this.engine.reopen(item.result.id, settings).catch(() => null));
+        if (!result || !this.files.value.includes(item)) return;
+        this.take(item, result);
+        if (item === this.current.value) this.current.tell();
+    }
+
+    /// The entries that hold `words`; null when that cannot be told.
+    async search(item: FileItem, words: string): Promise<Uint32Array | null> {
+        const told = (progress: Progress): void => this.change(item, { progress });
+        const found = await this.ask(item, (engine, id) => engine.search(id, words, told));
+        if (item.progress?.stage === 'searching') this.change(item, { progress: null });
+        return found;
     }
 
     /// Checks one file after another, the one that is looked at first.
     private async checkNext(): Promise<void> {
         if (this.isChecking) return;
         const isOpen = (item: FileItem): boolean =>
-            !item.report && (item.state === 'opened' || item.state === 'refused');
+            item.result !== null && !item.report && (item.state === 'opened' || item.state === 'refused');
         const current = this.current.value;
         const item = current && isOpen(current) ? current : this.files.value.find(isOpen);
         if (!item) return;

@@ -5,14 +5,22 @@ import type { FileIn } from '../engine/types';
 
 const BLOCKS = 'script[type="application/octet-stream+deflate"][data-name]';
 
-/// One that does not unpack is left out: the others are worth a look all the same.
-export async function embeddedFiles(): Promise<FileIn[]> {
-    const blocks = [...document.querySelectorAll<HTMLScriptElement>(BLOCKS)];
-    const files = await Promise.all(blocks.map((block) => fileIn(block).catch(() => null)));
-    return files.filter((file) => file !== null);
+export interface EmbeddedFiles {
+    files: FileIn[];
+    /// Names of those that do not unpack: the others are worth a look all the same.
+    damaged: string[];
 }
 
-async function fileIn(block: HTMLScriptElement): Promise<FileIn> {
-    const bytes = await unpack((block.textContent ?? '').trim());
-    return { name: block.dataset['name'] ?? '', data: new Blob([bytes]) };
+export async function embeddedFiles(): Promise<EmbeddedFiles> {
+    const found: EmbeddedFiles = { files: [], damaged: [] };
+    for (const block of document.querySelectorAll<HTMLScriptElement>(BLOCKS)) {
+        const name = block.dataset['name'] ?? '';
+        try {
+            const bytes = await unpack((block.textContent ?? '').trim());
+            found.files.push({ name, data: new Blob([bytes]) });
+        } catch {
+            found.damaged.push(name);
+        }
+    }
+    return found;
 }

@@ -13,6 +13,7 @@ import { FileList } from './FileList';
 import { FindingsPanel } from './FindingsPanel';
 import { icon, type IconName } from './icons';
 import { KeyBoard } from './KeyBoard';
+import { LogPanel } from './LogPanel';
 import { Marks } from './Marks';
 import { MendPanel } from './MendPanel';
 import { PicturesPanel } from './PicturesPanel';
@@ -100,6 +101,7 @@ export class App {
             new Stage(session, player).element,
             transport.element,
             new Facts(session).element,
+            new LogPanel(session, player).element,
         );
         const timeline = new Timeline(session, player, selection);
         const work = h(

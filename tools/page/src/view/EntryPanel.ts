@@ -75,7 +75,7 @@ export class EntryPanel {
             this.showAll();
             return;
         }
-        const found = await this.session.ask(item, (engine, id) => engine.search(id, words));
+        const found = await this.session.search(item, words);
         if (!found || item !== this.item || words !== this.input.value) return;
         setText(this.hits, texts.entries.hits(found.length));
         this.table.show(item, found);

@@ -93,23 +93,19 @@ export class FileList {
         );
         remove.setAttribute('aria-label', texts.files.remove(item.name));
         remove.title = texts.files.remove(item.name);
-        row.querySelector('.progress')?.remove();
-        if (item.state === 'opening' || item.progress) row.append(this.bar(item));
+        this.showProgress(row, item);
     }
 
-    private bar(item: FileItem): HTMLElement {
-        const done = item.progress?.done ?? null;
-        const bar = h(
-            'div',
-            { class: 'progress', role: 'progressbar', 'aria-label': texts.files.progress(item.name) },
-            h('span', {}),
-        );
-        if (done === null) bar.classList.add('is-endless');
-        else {
-            bar.setAttribute('aria-valuenow', String(Math.round(done * 100)));
-            (bar.firstElementChild as HTMLElement).style.width = `${done * 100}%`;
+    private showProgress(row: HTMLElement, item: FileItem): void {
+        const known = row.querySelector('progress');
+        if (item.state !== 'opening' && !item.progress) {
+            known?.remove();
+            return;
         }
-        return bar;
+        const bar = known ?? h('progress', { max: 1, 'aria-label': texts.files.progress(item.name) });
+        bar.value = item.progress?.done ?? 0;
+        bar.setAttribute('aria-valuetext', this.state(item));
+        if (!known) row.append(bar);
     }
 
     private state(item: FileItem): string {

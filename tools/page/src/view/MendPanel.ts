@@ -59,7 +59,7 @@ export class MendPanel {
     }
 
     private load(item: FileItem | null): void {
-        const isMendable = item?.state === 'opened' || item?.state === 'refused';
+        const isMendable = item?.result != null && (item.state === 'opened' || item.state === 'refused');
         this.start.disabled = !isMendable;
         this.classField.hidden = item?.result?.kind !== 'opened' || item.result.format !== 'smi';
         if (item === this.item) return;
@@ -109,7 +109,7 @@ export class MendPanel {
         replace(this.outcome, notice, mended.name ? this.offers(mended) : null, mended.lines.length > 0 && lines);
     }
 
-    private offers({ name, bytes }: Mended): HTMLElement {
+    private offers({ name, bytes, pictures }: Mended): HTMLElement {
         const blob = new Blob([bytes as BlobPart], { type: 'application/octet-stream' });
         if (this.address) URL.revokeObjectURL(this.address);
         this.address = URL.createObjectURL(blob);
@@ -121,7 +121,7 @@ export class MendPanel {
         );
         const open = h(
             'button',
-            { type: 'button', onclick: () => void this.session.add([{ name, data: blob }]) },
+            { type: 'button', onclick: () => void this.session.add([{ name, data: blob }, ...(pictures ? [pictures] : [])]) },
             texts.mend.open,
         );
         return h('div', { class: 'offers' }, download, open);

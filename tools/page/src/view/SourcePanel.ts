@@ -142,6 +142,6 @@ export class SourcePanel {
     private goTo(line: number): void {
         this.line = line;
         if (line > 0 && this.about && this.isSeen) this.list.reveal(line - 1);
-        else this.list.refreshSoon();
+        this.list.refreshSoon(); // also of lines that are in sight
     }
 }

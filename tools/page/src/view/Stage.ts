@@ -58,6 +58,7 @@ export class Stage {
         const picture = await this.session.ask(item, (engine, id) => engine.picture(id, index));
         if (!picture || this.drawn !== key) return;
         this.canvas.hidden = false;
+        this.canvas.dataset['entry'] = String(index);
         drawPicture(this.canvas, picture);
         if (picture.why) setText(this.caption, texts.stage.unseen(index, picture.why));
     }

@@ -81,6 +81,15 @@ export async function drop(page, files, limitMs = 60_000) {
     );
 }
 
+/** Lets go of a file of the disk over the page, as a hand does. */
+export async function dropFromDisk(page, path) {
+    const devtools = await page.context().newCDPSession(page);
+    const data = { items: [], files: [path], dragOperationsMask: 1 };
+    for (const type of ["dragEnter", "dragOver", "drop"]) {
+        await devtools.send("Input.dispatchDragEvent", { type, x: 400, y: 300, data });
+    }
+}
+
 /** Waits until `look`, which runs in the page, gives something true, and returns it. */
 export async function until(page, look, argument, limitMs = 20_000) {
     const end = Date.now() + limitMs;

@@ -27,9 +27,9 @@ export async function withFolder(use) {
 }
 
 /** Every picture of an index, by its entry: {width, height, rgba} of the whole surface. */
-export function pictures(file, cwd, args = []) {
+export function pictures(file, cwd) {
     return withFolder((folder) => {
-        run(["render", file, "--all", "--background", "none", "-o", folder, ...args], cwd);
+        run(["render", file, "--all", "--background", "none", "-o", folder], cwd);
         const files = readdirSync(folder).filter((name) => name.endsWith(".png"));
         return new Map(files.map((name) => [Number.parseInt(name, 10), readPng(readFileSync(join(folder, name)))]));
     });

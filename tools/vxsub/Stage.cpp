@@ -1,0 +1,3 @@
+#include "Stage.h"
+
+void vxsub::enter(Stage) {}
