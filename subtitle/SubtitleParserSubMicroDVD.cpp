@@ -92,10 +92,10 @@ public:
     explicit ClosingBraces(const TextView<Enc>& in) : mIn(in), mFirst(find(0)), mSecond(find(mFirst + 1)) {}
 
     /// Past the second '}' at or after `i`; the end of the data when there are not two.
-    size_t pastSecond(size_t i) {
-        while (mFirst < i && mIn.inside(mFirst)) {
-            mFirst = mSecond;
-            mSecond = find(mSecond + 1);
+    __attribute__((noinline)) size_t pastSecond(size_t i) {
+        if (mFirst < i && mIn.inside(mFirst)) {
+            mFirst = mSecond < i ? find(i) : mSecond;
+            mSecond = find(mFirst + 1);
         }
         return mIn.inside(mSecond) ? mSecond + 1 : mIn.end();
     }

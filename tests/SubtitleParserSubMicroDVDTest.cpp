@@ -182,6 +182,20 @@ TEST(MicroDvd, ReadsAnEntryOfEachLine) {
     });
 }
 
+TEST(MicroDvd, FindsTheEndOfAnUnusualHeaderBehindUsualOnes) {
+    const std::string text(40, 'a');
+    const std::string usual = "{1}{2}" + text + "}\r\n";
+    const std::string shown = " " + text + "}";
+    expectFiles<Parser>({
+        {usual + usual + "{ 3 } { 4 }b\r\n" + usual + "{5} {6}" + text + kNotUtf8,
+         "40-80 @6" + shown + "; 40-80 @55" + shown + "; 120-160 @109 b; 40-80 @118" + shown + "; 200-240 @168 " + text,
+         25},
+        // the second brace is the last one of its line
+        {"{ 1 } { 2 }b}\r\n" + usual + usual + "{3}{4" + text + "}" + kNotUtf8,
+         "40-80 @11 b}; 40-80 @21" + shown + "; 40-80 @70" + shown + "; 120-160 @159 ", 25},
+    });
+}
+
 TEST(MicroDvd, RefusesWhatSpeaksForAnotherDialect) {
     const std::string entry = "\r\n{100}{150}Hi";
     expectFiles<Parser>({
