@@ -25,22 +25,22 @@ void TagTable::release() {
     mParser.m_pTagBuffer = nullptr;
 }
 
-bool TagTable::grow() {
+bool TagTable::grow(SubtitleParser& parser) {
     constexpr size_t kTagSize = sizeof(ST_MEDIA_SUBTITLE_PARSER_TAG);
-    const U64 entries = U64{mParser.m_u32TagBufferNum} + kTagStep;
+    const U64 entries = U64{parser.m_u32TagBufferNum} + kTagStep;
     void* grown = nullptr;
     if (entries <= static_cast<size_t>(-1) / kTagSize && entries <= 0xFFFFFFFF) {
-        grown = realloc(mParser.m_pTagBuffer, static_cast<size_t>(entries) * kTagSize);
+        grown = realloc(parser.m_pTagBuffer, static_cast<size_t>(entries) * kTagSize);
     }
     if (grown == nullptr) {
-        release();
-        mParser.m_u32TagNum = 0;
-        mParser.m_u32TagBufferNum = 0;
+        TagTable(parser).release();
+        parser.m_u32TagNum = 0;
+        parser.m_u32TagBufferNum = 0;
         return false;
     }
-    mParser.m_pTagBuffer = static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(grown);
-    memset(static_cast<void*>(mParser.m_pTagBuffer + mParser.m_u32TagBufferNum), 0, kTagStep * kTagSize);
-    mParser.m_u32TagBufferNum = static_cast<U32>(entries);
+    parser.m_pTagBuffer = static_cast<ST_MEDIA_SUBTITLE_PARSER_TAG*>(grown);
+    memset(static_cast<void*>(parser.m_pTagBuffer + parser.m_u32TagBufferNum), 0, kTagStep * kTagSize);
+    parser.m_u32TagBufferNum = static_cast<U32>(entries);
     return true;
 }
 

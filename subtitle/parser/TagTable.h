@@ -35,7 +35,7 @@ public:
     U32 lookUp(U32 timeMs, U32 first, U32 last) const;
 
 private:
-    bool grow();
+    static bool grow(SubtitleParser& parser);
 
     SubtitleParser& mParser;
 };
@@ -49,7 +49,7 @@ inline bool TagTable::add(U32 start, U32 end, S64 pos) {
         tag.u32TimeEnd = end;
         tag.s64Pos = pos;
     }
-    return ++mParser.m_u32TagNum < mParser.m_u32TagBufferNum || grow();
+    return ++mParser.m_u32TagNum < mParser.m_u32TagBufferNum || grow(mParser);
 }
 
 /// The time at which an entry is looked for.
