@@ -184,12 +184,14 @@ template <class View>
 [[nodiscard]] VX_WRAPS __attribute__((always_inline)) constexpr bool takeNumber(const View& in, size_t& i, U32& value) {
     const U64 digits = in.eight(i) ^ kEach * '0';
     const U64 others = above(digits, kEach * kDigitSlack);
-    const unsigned count = others == 0 ? 8 : static_cast<unsigned>(zerosBelow(others)) / 8;
-    if (count == 0) return false;
+    const size_t zeros = others == 0 ? 71 : zerosBelow(others);  // 8 for each digit, and 7
+    if (zeros < 8) return false;
+    const size_t count = zeros / 8;
     i += count;
-    const U64 pairs = pairsOf(digits << (64 - 8 * count)) & 0x00FF00FF00FF00FF;  // zeros in front
-    const U64 fours = (pairs * 100 + (pairs >> 16)) & 0x0000FFFF0000FFFF;
-    value = static_cast<U32>(fours * 10000 + (fours >> 32));
+    // zeros in front; then neighbours are joined, the first one times 10, 100 or 10000
+    const U64 pairs = (digits << (71 - zeros)) * (10 << 8 | 1) >> 8 & 0x00FF00FF00FF00FF;
+    const U64 fours = pairs * (100 << 16 | 1) >> 16 & 0x0000FFFF0000FFFF;
+    value = static_cast<U32>(fours * (U64{10000} << 32 | 1) >> 32);
     if (count < 8) return true;
     const size_t limit = i + kUsualDigits - 8;
     for (U32 digit = 0; (digit = U32{View::Encoding::native(in.unit(i))} - '0') <= 9; ++i) {
