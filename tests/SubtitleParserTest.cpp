@@ -632,6 +632,30 @@ TEST(GetData2CheckPossibleEncodings, TheFirstDecisiveEntrySettlesTheCodeType) {
     }
 }
 
+TEST(GetData2CheckPossibleEncodings, GivesEachEntryABufferOfZeros) {
+    /// Writes more into the buffer than it tells, which finds it zeroed.
+    struct Untidy : Unmarked {
+        Untidy(U32 bytes, U32 count) : Unmarked({"x"}), written(bytes), told(count) {}
+        using SubtitleParser::GetData;
+        U32 GetData(const U32 track, U8* buf, const U32 size, const U32 index) override {
+            Unmarked::GetData(track, buf, size, index);
+            memset(buf, 'x', written);
+            return told;
+        }
+        const U32 written;
+        const U32 told;
+    };
+    constexpr struct {
+        U32 written, told;
+    } kRows[] = {{1, 0}, {100, 10}, {8192, 0}, {8192, 8192}, {8192, 8191}, {8186, 8185}, {8192, 9000}, {10, 0xFFFFFFFF}};
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.written);
+        Untidy parser(row.written, row.told);
+        parser.GetData2CheckPossibleEncodings();
+        EXPECT_EQ(100u, parser.rounds);
+    }
+}
+
 TEST(GetData2CheckPossibleEncodings, IsForUnmarkedTextAlone) {
     for (U32 codeType = 0; codeType < 15; ++codeType) {
         Unmarked parser({"\xA4\x40"});

@@ -4,24 +4,27 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
+
 #include "subtitle/charset/Charset.h"
+#include "subtitle/parser/EntryText.h"
 #include "subtitle/system/Log.h"
 #include "subtitle/system/StopRequest.h"
-#include "subtitle/text/WorkText.h"
 
 namespace vxsubtitle {
 
 void checkEntries(SubtitleParser& parser, const CheckStyle& style) {
     if (parser.m_eCodeType != E_MEDIA_SUBTITLE_PARSER_CODE_TYPE_NATIVE) return;
     if (style.start != nullptr) VX_LOG(style.tag, "%s", style.start);
-    U8* const text = static_cast<U8*>(malloc(kWorkBufferSize));
+    U8* const text = static_cast<U8*>(calloc(1, kWorkBufferSize));
     if (text == nullptr) return;
     const StopRequest stop(parser.mWorkerState);
+    U32 used = 0;
     for (U32 index = 0; index < 100 && !stop.isMade(); ++index) {
         ST_MEDIA_SUBTITLE_PARSER_TAG tag{};
         if (parser.GetTagInfo(0, index, &tag) != TRUE) break;
-        memset(text, 0, kWorkBufferSize);
-        parser.GetData(0, text, kWorkBufferSize, index);
+        memset(text, 0, usedOf(text, used));
+        used = std::min(parser.GetData(0, text, kWorkBufferSize, index), kWorkBufferSize);
         // kept(utf8-unmarked-as-gbk): the test knows double-byte codes alone, so UTF-8 may pass for GBK
         // kept(utf8-unmarked-as-big5): so UTF-8 may pass for Big5, too
         const U32 possible = parser.CheckPossibleEncodings(text);

@@ -9,22 +9,12 @@ namespace vxsubtitle {
 
 namespace {
 
-/// Whether a run of zeros still is one, as far as a look at both of its ends tells; a short one is not looked at.
-bool isUntouched(const U8* zeros, U32 size) {
-    U64 first, last;
-    if (size < sizeof first) return false;
-    memcpy(&first, zeros, sizeof first);
-    memcpy(&last, zeros + size - sizeof last, sizeof last);
-    return (first | last) == 0;
-}
-
 /// Fills the work buffer with `size` bytes of the raw buffer and zeros. Behind what an earlier text left there are
 /// zeros already: the buffer is the parser's own. A player that uses it all the same, from its start on or whole, is
 /// noticed.
 void fillWorkBuffer(SubtitleParser& parser, S64 pos, U32 size) {
     U8* const work = parser.m_pu8SubtitleBuffer;
-    U32 used = std::max<U32>(parser.mWorkBytes, size);
-    if (!isUntouched(work + used, kWorkBufferSize - used)) used = kWorkBufferSize;
+    const U32 used = usedOf(work, std::max<U32>(parser.mWorkBytes, size));
     // memcpy is what a compiler that knows the bound makes a string instruction of, which is slow to start
     if (size > 0) memmove(work, parser.m_pu8RawBuffer + pos, size);
     if (used > size) memset(work + size, 0, used - size);

@@ -2,6 +2,8 @@
 /// format shares.
 #pragma once
 
+#include <string.h>
+
 #include "subtitle/parser/TagTable.h"
 #include "subtitle/text/WorkText.h"
 
@@ -61,6 +63,16 @@ inline void takeDataSize(SubtitleParser& parser) {
 [[nodiscard]] inline bool canExtract(const SubtitleParser& parser, const U8* buf, U32 index) {
     return buf != nullptr && index < parser.m_u32TagNum && parser.m_pu8SubtitleBuffer != nullptr &&
            parser.m_pTagBuffer != nullptr;
+}
+
+/// How much of a buffer of a work buffer's size was written since it was zeros: `used` bytes, when what is behind them
+/// still is zeros, as far as a look at both of its ends tells; else all of it.
+inline U32 usedOf(const U8* buffer, U32 used) {
+    U64 first, last;
+    if (kWorkBufferSize - used < sizeof first) return kWorkBufferSize;
+    memcpy(&first, buffer + used, sizeof first);
+    memcpy(&last, buffer + kWorkBufferSize - sizeof last, sizeof last);
+    return (first | last) == 0 ? used : kWorkBufferSize;
 }
 
 /// Fills the work buffer with the data from `pos` up to `end`, at most the buffer's size, and with zeros behind it and
