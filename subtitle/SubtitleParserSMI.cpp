@@ -48,7 +48,10 @@ private:
     bool readStart(size_t digit, U32 (&start)[1]) const {
         const size_t usual = readForm<UsualStart>(mIn, digit, start);
         if (usual != 0 && (k8Bit || usual <= kStartUnits)) return true;
-        return readNarrowed<kStartUnits>(mIn, digit, "%u", start);
+        U32 other[1];  // not the one that the usual form keeps in a register
+        const bool isRead = readNarrowed<kStartUnits>(mIn, digit, "%u", other);
+        start[0] = other[0];
+        return isRead;
     }
 
     /// Behind the second '>' at or after `i`; past the last whole unit when there are not two.

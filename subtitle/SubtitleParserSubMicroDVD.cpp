@@ -92,7 +92,7 @@ public:
     explicit ClosingBraces(const TextView<Enc>& in) : mIn(in), mFirst(find(0)), mSecond(find(mFirst + 1)) {}
 
     /// Past the second '}' at or after `i`; the end of the data when there are not two.
-    __attribute__((noinline)) size_t pastSecond(size_t i) {
+    size_t pastSecond(size_t i) {
         if (mFirst < i && mIn.inside(mFirst)) {
             mFirst = mSecond < i ? find(i) : mSecond;
             mSecond = find(mFirst + 1);
@@ -153,14 +153,17 @@ struct Scan {
         for (size_t ahead; in.inside(i); i = in.nextLine(i, ahead)) {
             i = in.skipSpace(i);
             ahead = in.lineAhead(i);
-            if (i < kFirstLineBelow && in.at(i) == '{' && !firstLine(parser, in, braces, i)) return false;
             Frames frames;
-            const size_t usual = frames.readUsual(in, i);
-            // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
-            if (usual != 0 || (in.at(i) == '{' && frames.read(in, i))) {
-                i = usual != 0 ? i + usual : braces.pastSecond(i);
-                if (!add(parser, messages, kEntryWords8, frames, in.byteOffset(i))) return false;
+            if (const size_t usual = i < kFirstLineBelow ? 0 : frames.readUsual(in, i)) {
+                i += usual;
+            } else {
+                const Unusual line = readUnusual(parser, in, braces, i);
+                if (line.is == Unusual::kLost) return false;
+                i = line.i;
+                if (line.is == Unusual::kNoEntry) continue;
+                frames = line.frames;
             }
+            if (!add(parser, messages, kEntryWords8, frames, in.byteOffset(i))) return false;
         }
         return true;
     }
@@ -182,6 +185,23 @@ struct Scan {
     }
 
 private:
+    /// What a line is that does not begin as usual.
+    struct Unusual {
+        enum { kNoEntry, kEntry, kLost } is;  ///< lost: a tag could not be stored
+        Frames frames;                        ///< of an entry
+        size_t i;                             ///< where it goes on: at an entry's text
+    };
+
+    /// Reads the one at `i`. Apart from the usual ones, whose numbers stay in registers.
+    __attribute__((noinline)) static Unusual readUnusual(SubtitleParser& parser, TextView<Bytes> in,
+                                                         ClosingBraces<Bytes>& braces, size_t i) {
+        if (i < kFirstLineBelow && in.at(i) == '{' && !firstLine(parser, in, braces, i)) return {Unusual::kLost, {}, i};
+        Frames frames;
+        if (in.at(i) != '{' || !frames.read(in, i)) return {Unusual::kNoEntry, frames, i};
+        // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
+        return {Unusual::kEntry, frames, braces.pastSecond(i)};
+    }
+
     /// The entry at `i`, if it is one: then `i` moves to its text. False when its tag could not be stored.
     template <class Enc>
     static bool entry(SubtitleParser& parser, const ManyMessages& messages, const TextView<Enc>& in,
