@@ -196,6 +196,14 @@ TEST(MicroDvd, FindsTheEndOfAnUnusualHeaderBehindUsualOnes) {
     });
 }
 
+TEST(MicroDvd, StopsAtAFirstLineThatCannotBeStored) {
+    Rigged<Parser> parser(-1, 0, 0);
+    parser.tagsThatFit = 0;
+    load(parser, "{1}{2}A"s + kNotUtf8);
+    parser.ParserThread();
+    EXPECT_EQ(FALSE, parser.bParseFinish);
+}
+
 TEST(MicroDvd, RefusesWhatSpeaksForAnotherDialect) {
     const std::string entry = "\r\n{100}{150}Hi";
     expectFiles<Parser>({

@@ -647,7 +647,8 @@ TEST(GetData2CheckPossibleEncodings, GivesEachEntryABufferOfZeros) {
     };
     constexpr struct {
         U32 written, told;
-    } kRows[] = {{1, 0}, {100, 10}, {8192, 0}, {8192, 8192}, {8192, 8191}, {8186, 8185}, {8192, 9000}, {10, 0xFFFFFFFF}};
+    } kRows[] = {{1, 0},       {100, 10},    {8192, 0},    {8192, 8192},
+                 {8192, 8191}, {8186, 8185}, {8192, 9000}, {10, 0xFFFFFFFF}};
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.written);
         Untidy parser(row.written, row.told);

@@ -447,6 +447,9 @@ TEST(GetData, WhatAPlayerLeavesInTheWorkBufferIsNoText) {
         EXPECT_EQ("first", textOf(parser, 0));
         EXPECT_EQ(inWorkBuffer("first"), workBufferOf(parser)) << used;
     }
+    parser.m_pu8SubtitleBuffer[8191] = 'x';
+    EXPECT_EQ("first", textOf(parser, 0));
+    EXPECT_EQ(inWorkBuffer("first"), workBufferOf(parser));
 }
 
 TEST(GetData, ANewWorkBufferIsCleared) {
