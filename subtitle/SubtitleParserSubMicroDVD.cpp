@@ -25,9 +25,11 @@ struct Frames {
     static constexpr char kForm[] = "{#}{#}";
     static constexpr char kFormat[] = "{%u}{%u}";
 
-    U32 v[2] = {};  // a number that is not reached is 0
+    U32 v[2];
+
     template <class View>
     bool read(const View& in, size_t i) {
+        v[0] = v[1] = 0;  // a number that is not reached is 0
         return readAll(in, i, kFormat, v);
     }
 
@@ -197,7 +199,7 @@ private:
                                                          ClosingBraces<Bytes>& braces, size_t i) {
         if (i < kFirstLineBelow && in.at(i) == '{' && !firstLine(parser, in, braces, i)) return {Unusual::kLost, {}, i};
         Frames frames;
-        if (in.at(i) != '{' || !frames.read(in, i)) return {Unusual::kNoEntry, frames, i};
+        if (in.at(i) != '{' || !frames.read(in, i)) return {Unusual::kNoEntry, {}, i};
         // kept(mdvd-unmarked-zero): at the duration so far, 0 without a first line
         return {Unusual::kEntry, frames, braces.pastSecond(i)};
     }
