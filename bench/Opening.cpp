@@ -1,4 +1,6 @@
 // Opening a film from its path: construction and `BeginParse`, which reads the file and waits for the scan.
+#include <pthread.h>
+
 #include "bench/ByHand.h"
 #include "bench/Formats.h"
 #include "bench/General.h"
@@ -35,6 +37,29 @@ Measure byHand(const Format& format, const File& file) {
     return opening(file, [scan](const char* path) { return openByHand(path, scan) != 0; });
 }
 
+/// A thread like a parser's worker, with nothing to do.
+void startAndJoin() {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 65536);
+    pthread_t thread;
+    const auto nothing = [](void*) -> void* { return nullptr; };
+    if (pthread_create(&thread, &attributes, nothing, nullptr) != 0) fail("no thread");
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+/// By hand, and a thread: what a parser cannot do without.
+Measure byHandAndAThread(const Format& format, const File& file) {
+    const ScanByHand scan = scanByHand(format.name);
+    if (scan == nullptr) return nullptr;
+    return opening(file, [scan](const char* path) {
+        const size_t tags = openByHand(path, scan);
+        startAndJoin();
+        return tags != 0;
+    });
+}
+
 Measure general(const Format& format, const File& file) {
     if (!avInstalled()) return notInstalled();
     const AvOpen open = avOpen(format.name);
@@ -45,11 +70,11 @@ Measure general(const Format& format, const File& file) {
 }  // namespace
 
 void registerOpening() {
-    begin({"Opening a film of 90 KB, wall time", "µs", Better::kLower, {"by hand", "libavformat"}});
+    begin({"Opening a film of 90 KB, wall time", "µs", Better::kLower, {"by hand", "and a thread", "libavformat"}});
     for (const Format& format : formats) {
         add(format.name, [&format]() -> std::vector<Measure> {
             const auto file = std::make_shared<test::TempFile>(encode(format, kEightBit, kFilm));
-            return {ours(format, file), byHand(format, file), general(format, file)};
+            return {ours(format, file), byHand(format, file), byHandAndAThread(format, file), general(format, file)};
         });
     }
 }
