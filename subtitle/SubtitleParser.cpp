@@ -167,7 +167,7 @@ BOOL SubtitleParser::IsUTF8Encode(const void* data, const U64 length) {
 
 U32 SubtitleParser::GetTag(const U32, const U32 timeMs) {
     if (m_pTagBuffer == nullptr || m_u32TagNum == 0) return 0;
-    return TagTable(*this).lookUp(timeMs, 0, m_u32TagNum - 1);
+    return lookUpTag(*this, timeMs, 0, m_u32TagNum - 1);
 }
 
 BOOL SubtitleParser::GetTagInfo(U32, U32 index, ST_MEDIA_SUBTITLE_PARSER_TAG* tag) {

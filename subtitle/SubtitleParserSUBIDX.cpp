@@ -306,7 +306,7 @@ U32 SubtitleParserSUBIDX::GetData(const U32, U8*, const U32, const U32 index, st
 U32 SubtitleParserSUBIDX::GetTag(const U32 track, const U32 timeMs) {
     if (m_vPrivateTrackInfo.empty() || m_u32TagNum == 0 || m_pTagBuffer == nullptr) return 0;
     const ST_MEDIA_SUBTITLE_PARSER_SUBIDX_PRIVATE_TRACK_INFO& range = m_vPrivateTrackInfo.at(track);
-    return TagTable(*this).lookUp(timeMs, range.u32TagStart, range.u32TagEnd);
+    return lookUpTag(*this, timeMs, range.u32TagStart, range.u32TagEnd);
 }
 
 BOOL SubtitleParserSUBIDX::GetTrackInfo(const U32 index, ST_MEDIA_SUBTITLE_PARSER_TRACK_INFO* info) {

@@ -244,8 +244,46 @@ TEST(TagTable, IsLookedUpInAnyRange) {
         {0xFFFFFFFF, 0xFFFFFFFF, 0, 0xFFFFFFFF},
     };
     for (const auto& row : kRows) {
-        EXPECT_EQ(row.tag, vxsubtitle::TagTable(parser).lookUp(row.ms, row.first, row.last))
+        EXPECT_EQ(row.tag, vxsubtitle::lookUpTag(parser, row.ms, row.first, row.last))
             << row.first << " to " << row.last << " at " << row.ms;
+    }
+}
+
+// The steps of the search one after the other: in a table out of order they decide which tag is found.
+U32 stepByStep(const std::vector<U32>& starts, U32 t, S64 low, S64 last) {
+    for (S64 high = last + 1;;) {
+        const S64 middle = (low + high) / 2;
+        const auto at = [&](S64 i) { return starts.at(static_cast<size_t>(i)); };
+        if (t < at(middle)) {
+            if (low + high < 2) return 0;
+            high = middle - 1;
+            if (t >= at(high)) return static_cast<U32>(high);
+            if (low >= middle) return 0;
+        } else {
+            if (middle >= last || t < at(middle + 1)) return static_cast<U32>(middle);
+            low = middle + 1;
+            if (middle >= high) return 0;
+        }
+    }
+}
+
+TEST(TagTable, IsLookedUpStepByStepInAnyOrder) {
+    std::mt19937 random(1);
+    for (U32 tags = 1; tags <= 40; ++tags) {
+        for (U32 times : {3u, 12u, 1000u}) {
+            SubtitleParser parser;
+            load(parser, "");
+            std::vector<U32> starts;
+            for (U32 i = 0; i < tags; ++i) starts.push_back(static_cast<U32>(random() % times));
+            for (const U32 start : starts) EXPECT_EQ(TRUE, parser.AddTag(start, 0, 0, kWhole));
+            // a range of the first tag, or one that has others before it
+            for (const U32 first : {0u, tags / 3, tags - 1}) {
+                for (U32 t = 0; t <= times; t += 1 + times / 50) {
+                    ASSERT_EQ(stepByStep(starts, t, first, tags - 1), vxsubtitle::lookUpTag(parser, t, first, tags - 1))
+                        << tags << " tags below " << times << ", from " << first << " at " << t;
+                }
+            }
+        }
     }
 }
 

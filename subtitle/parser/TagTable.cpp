@@ -83,6 +83,16 @@ using Index = ptrdiff_t;
 template <class Start>
 U32 search(U32 t, Index low, Index last, Start start) {
     Index high = last + 1;
+    while (high - low >= 4) {  // most of the way: neither half is empty, and none of the edges below is near
+        const Index middle = low + ((high - low) >> 1);
+        if (t < start(middle)) {
+            high = middle - 1;
+            if (start(high) <= t) return static_cast<U32>(high);
+        } else {
+            low = middle + 1;
+            if (t < start(low)) return static_cast<U32>(middle);
+        }
+    }
     for (;;) {
         // kept(not-ascending): the starts are taken to ascend
         const Index middle = low + ((high - low) >> 1);
@@ -105,10 +115,10 @@ U32 search(U32 t, Index low, Index last, Start start) {
 
 }  // namespace
 
-U32 TagTable::lookUp(U32 timeMs, U32 first, U32 last) const {
-    const U32 t = withoutOffset(timeMs, mParser.m_s32TimeOffsetMs);
-    const Tag* const tags = mParser.m_pTagBuffer;
-    const size_t capacity = mParser.m_u32TagBufferNum;
+U32 lookUpTag(const SubtitleParser& parser, U32 timeMs, U32 first, U32 last) {
+    const U32 t = withoutOffset(timeMs, parser.m_s32TimeOffsetMs);
+    const Tag* const tags = parser.m_pTagBuffer;
+    const size_t capacity = parser.m_u32TagBufferNum;
     const auto low = static_cast<Index>(first);
     const auto high = static_cast<Index>(last);
     if (first <= last && last < capacity) return search(t, low, high, [=](Index i) { return tags[i].u32TimeStart; });

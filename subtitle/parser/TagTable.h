@@ -30,10 +30,6 @@ public:
     /// when the worker is asked to stop.
     void sort();
 
-    /// Of the tags from `first` up to and including `last`, which are searched by halves, the index of the one that
-    /// began last at `timeMs` of play time; what lies around them shows at the edges.
-    U32 lookUp(U32 timeMs, U32 first, U32 last) const;
-
 private:
     static bool grow(SubtitleParser& parser);
 
@@ -57,6 +53,10 @@ VX_WRAPS inline U32 withoutOffset(U32 timeMs, S32 offsetMs) {
     // kept(lookup-offset): the offset is subtracted only from times that are not below it, compared as signed values
     return static_cast<S32>(timeMs) < offsetMs ? timeMs : timeMs - static_cast<U32>(offsetMs);
 }
+
+/// Of the tags from `first` up to and including `last`, which are searched by halves, the index of the one that began
+/// last at `timeMs` of play time; what lies around them shows at the edges.
+U32 lookUpTag(const SubtitleParser& parser, U32 timeMs, U32 first, U32 last);
 
 /// The position in record `index` of the tag table, 0 behind the table.
 inline S64 positionOf(const SubtitleParser& parser, U32 index) {
