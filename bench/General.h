@@ -34,6 +34,9 @@ AvTexts avTexts(const char* format, const std::string& film);
 using AvPicture = std::function<int()>;
 AvPicture avPicture(const std::string& unit);
 
+/// Reads the next picture of a VobSub film on disk and decodes it, the first one behind the last; answers its width.
+AvPicture avPictures(const char* idx);
+
 /// From SSA in memory to all events; answers how many.
 using AssScan = std::function<size_t(std::string& data)>;
 AssScan assScan();

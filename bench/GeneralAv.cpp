@@ -117,6 +117,17 @@ size_t readFilm(const AVInputFormat* format, const std::string& film, Use use) {
     return readAll(input.get(), [&](AVPacket& packet) { use(*input, packet); });
 }
 
+/// Decodes a packet into a bitmap; answers its width, 0 where there is none.
+int decodedWidth(AVCodecContext* decoder, AVPacket* packet) {
+    AVSubtitle subtitle;
+    int got = 0;
+    avcodec_decode_subtitle2(decoder, &subtitle, &got, packet);
+    if (got == 0) return 0;
+    const int width = subtitle.num_rects == 0 ? 0 : subtitle.rects[0]->w;
+    avsubtitle_free(&subtitle);
+    return width;
+}
+
 Decoder openDecoder(const AVCodecParameters* parameters) {
     const AVCodec* const codec = avcodec_find_decoder(parameters->codec_id);
     Decoder decoder(avcodec_alloc_context3(codec));
@@ -192,13 +203,25 @@ AvPicture avPicture(const std::string& unit) {
     avcodec_parameters_free(&parameters);
     av_new_packet(state->packet.get(), static_cast<int>(unit.size()));
     memcpy(state->packet->data, unit.data(), unit.size());
+    return [state] { return decodedWidth(state->decoder.get(), state->packet.get()); };
+}
+
+AvPicture avPictures(const char* idx) {
+    struct State {
+        Input input;
+        Packet packet{av_packet_alloc()};
+        Decoder decoder;
+    };
+    const auto state = std::make_shared<State>();
+    state->input = openInput(nullptr, idx, av_find_input_format("vobsub"));
+    state->decoder = openDecoder(state->input->streams[0]->codecpar);
     return [state] {
-        AVSubtitle subtitle;
-        int got = 0;
-        avcodec_decode_subtitle2(state->decoder.get(), &subtitle, &got, state->packet.get());
-        if (got == 0 || subtitle.num_rects == 0) return 0;
-        const int width = subtitle.rects[0]->w;
-        avsubtitle_free(&subtitle);
+        if (av_read_frame(state->input.get(), state->packet.get()) < 0) {
+            av_seek_frame(state->input.get(), 0, 0, AVSEEK_FLAG_BACKWARD);
+            av_read_frame(state->input.get(), state->packet.get());
+        }
+        const int width = decodedWidth(state->decoder.get(), state->packet.get());
+        av_packet_unref(state->packet.get());
         return width;
     };
 }
@@ -215,6 +238,7 @@ AvScan avScan(const char*) { return nullptr; }
 AvOpen avOpen(const char*) { return nullptr; }
 AvTexts avTexts(const char*, const std::string&) { return nullptr; }
 AvPicture avPicture(const std::string&) { return nullptr; }
+AvPicture avPictures(const char*) { return nullptr; }
 
 }  // namespace bench
 
