@@ -101,10 +101,13 @@ void rankCodes(const DisplayParam& display, const Unit& unit, U8 (&ranking)[4]) 
     struct {
         U64 pixels[4] = {};
         void add(U32, const Run& run) { pixels[run.colour] += run.length; }
+        void addShort(U32, U64 codes, U32 columns) {
+            for (U32 i = 0; i < columns; ++i) ++pixels[codes >> (8 * (i & 7)) & 3];
+        }
         void endRow(U32) {}
     } count;
-    walkField(RunReader(unit, display.u16RLTopField, display.u16RLTopLen), display.u16Width, display.u16Height / 2U,
-              count);
+    const RunReader top(unit, display.u16RLTopField, display.u16RLTopLen);
+    walkField(FieldWalk(top, display.u16Width, count), display.u16Height / 2U);
     for (U8 i = 0; i < 4; ++i) ranking[i] = i;
     for (U8 i = 1; i < 4; ++i) {
         for (U8 k = i; k > 0 && count.pixels[ranking[k]] > count.pixels[ranking[k - 1]]; --k) {
@@ -165,13 +168,12 @@ U8 resolveColours(MPEGSubtitleDecoder& decoder, const Unit& unit, RGBPaletteColo
 
 /// Decodes both fields of the unit, as the display parameters describe them.
 void decodeFields(const DisplayParam& display, const Unit& unit, const CodeSink& out) {
-    const size_t width = display.u16Width;
-    const auto decodeField = [&](U32 firstRow, U16 offset, U16 length) {
-        FieldRows rows(out, firstRow * width, 2 * width);
-        walkField(RunReader(unit, offset, length), display.u16Width, display.u16Height / 2U, rows);
-    };
-    decodeField(0, display.u16RLTopField, display.u16RLTopLen);
-    decodeField(1, display.u16RLBottomField, display.u16RLBottomLen);
+    const U32 width = display.u16Width;
+    FieldRows top(out, 0, 2 * size_t{width});
+    FieldRows bottom(out, width, 2 * size_t{width});
+    walkFields(FieldWalk({unit, display.u16RLTopField, display.u16RLTopLen}, width, top),
+               FieldWalk({unit, display.u16RLBottomField, display.u16RLBottomLen}, width, bottom),
+               display.u16Height / 2U);
 }
 
 // ---- The commands ----

@@ -1,15 +1,47 @@
-/// The run-length code of DVD subpictures: the codes of one interlaced field, and the walk over its rows.
+/// The run-length code of DVD subpictures: the codes of an interlaced field, and the walk over the rows of both.
 #pragma once
 
 #include "subtitle/system/Wraps.h"
 #include "subtitle/text/TextView.h"
 
+/// What a walk does for each code: in the walk itself, so that what it goes by stays in registers.
+#define VX_INLINED __attribute__((always_inline))
+
 namespace vxsubtitle {
+
+constexpr U32 kWidestArea = 4096;  ///< pixels; one upside down is wider
+constexpr U32 kLongestRun = 255;
 
 struct Run {
     U32 length;  ///< 0: to the end of the row
     U8 colour;   ///< 0-3
 };
+
+/// What any byte of data begins with, when that is short: a run of up to 15 pixels, or two of up to 3.
+struct ShortRunTable {
+    U64 pixels[256];         ///< their colours, the first pixel lowest; the last run's colour goes on
+    U8 columnsAndBits[256];  ///< pixels, above the bits that they take; 0: a longer run
+};
+
+constexpr ShortRunTable makeShortRuns() {
+    ShortRunTable table = {};
+    for (U32 byte = 0; byte < 256; ++byte) {
+        constexpr U64 kEach = 0x0101010101010101;
+        const U32 high = byte >> 4;
+        const U32 low = byte & 15;
+        if (high == 0) continue;
+        const bool one = high < 4 || low < 4;
+        const U32 columns = high < 4 ? byte >> 2 : one ? high >> 2 : (high >> 2) + (low >> 2);
+        const U64 firsts = (U64{1} << 8 * (high >> 2)) - 1;
+        table.pixels[byte] = high < 4 ? kEach * (byte & 3)
+                             : one    ? kEach * (high & 3)
+                                      : (kEach * (high & 3) & firsts) | (kEach * (low & 3) & ~firsts);
+        table.columnsAndBits[byte] = static_cast<U8>(columns << 4 | (high >= 4 && one ? 4U : 8U));
+    }
+    return table;
+}
+
+inline constexpr ShortRunTable kShortRuns = makeShortRuns();
 
 /// The codes of one field's data. Ends with the budget of bytes; budget that lies behind the unit's data reads 0.
 class RunReader {
@@ -18,19 +50,14 @@ public:
         : mUnit(unit), mNext(offset), mEnd(offset + budget) {}
 
     /// The next code. False when the budget ends within it: the code is abandoned.
-    bool take(Run* run) {
+    VX_INLINED bool take(Run* run) {
         if (mCount < kLongestCode) fetch();
-        // 4 bits, and 4 more for each pair of zeros in front. What lies behind the budget cannot make a code end in it.
-        U32 length = 4;
-        while (length < kLongestCode && mBits >> (kWordBits - length / 2) == 0) length += 4;
-        if (length > mCount) {
+        if (codeLength() > mCount) {
             mNext = mEnd;
             mCount = 0;
             return false;
         }
-        const U32 code = static_cast<U32>(mBits >> (kWordBits - length));
-        drop(length);
-        *run = {code >> 2, static_cast<U8>(code & 3)};
+        *run = takeFetched();
         return true;
     }
 
@@ -40,26 +67,52 @@ public:
         return mCount != 0 || mNext < mEnd;
     }
 
-private:
-    using Word = uintptr_t;
-    static constexpr U32 kWordBits = 8 * sizeof(Word);
-    static constexpr U32 kLongestCode = 16;
+    /// Codes that can be taken behind a word without another: short runs, but for the last.
+    static constexpr U32 kCodesAWord = sizeof(uintptr_t) == 8 ? 3 : 2;
 
-    VX_WRAPS void drop(U32 bits) {
+    /// Fetches whole bytes, as many as a word has room for, where some bits have been taken; false where the data ends.
+    VX_INLINED bool fetchWord() {
+        const U8* const bytes = mEnd - mNext >= sizeof(Word) ? mUnit.stretch(mNext, sizeof(Word)) : nullptr;
+        if (bytes == nullptr) return false;
+        const U32 fetched = (kWordBits - mCount) / 8;
+        mBits |= bigEndian(bytes) >> mCount;  // the bits of a byte that is not whole are fetched again
+        mNext += fetched;
+        mCount += 8 * fetched;
+        return true;
+    }
+
+    /// Of the bits that a word brought, the next eight.
+    VX_INLINED U32 byte() const { return static_cast<U32>(mBits >> (kWordBits - 8)); }
+
+    VX_INLINED VX_WRAPS void drop(U32 bits) {
         mBits <<= bits;
         mCount -= bits;
     }
 
-    /// Fetches whole bytes, as many as there is room for: of a word, or one by one where the data ends.
-    void fetch() {
-        const U8* const bytes = mEnd - mNext >= sizeof(Word) ? mUnit.stretch(mNext, sizeof(Word)) : nullptr;
-        if (bytes != nullptr) {
-            const U32 fetched = (kWordBits - mCount) / 8;
-            mBits |= bigEndian(bytes) >> mCount;  // the bits of a byte that is not whole are fetched again
-            mNext += fetched;
-            mCount += 8 * fetched;
-            return;
-        }
+    /// The code that they begin with.
+    VX_INLINED Run takeFetched() {
+        const U32 length = codeLength();
+        const U32 code = static_cast<U32>(mBits >> (kWordBits - length));
+        drop(length);
+        return {code >> 2, static_cast<U8>(code & 3)};
+    }
+
+private:
+    using Word = uintptr_t;
+    static constexpr U32 kWordBits = 8 * sizeof(Word);
+    static constexpr U32 kLongestCode = 16;
+    static_assert(8 * (kCodesAWord - 1) + kLongestCode <= kWordBits - 7);
+
+    /// 4 bits, and 4 more for each pair of zeros in front. What lies behind the budget cannot make a code end in it.
+    VX_INLINED U32 codeLength() const {
+        U32 length = 4;
+        while (length < kLongestCode && mBits >> (kWordBits - length / 2) == 0) length += 4;
+        return length;
+    }
+
+    /// Fetches whole bytes: a word of them, or one by one where the data ends.
+    VX_INLINED void fetch() {
+        if (fetchWord()) return;
         for (; mCount <= kWordBits - 8 && mNext < mEnd; mCount += 8) {
             mBits |= Word{mUnit.at(mNext++)} << (kWordBits - 8 - mCount);
         }
@@ -78,19 +131,94 @@ private:
     U32 mCount = 0;  ///< how many of them count
 };
 
-/// Walks `rows` rows of `width` pixels: `target.add(column, run)` for each run, 0 resolved, and
-/// `target.endRow(columns)` behind each row that has data. Rows begin on a fresh byte; the walk ends with the budget.
+/// The walk over the rows of a field, `width` pixels each. Rows begin on a fresh byte; the walk ends with the budget.
+/// `target.add(column, run)` gets a run, 0 resolved; `target.addShort(column, pixels, columns)` what short runs make;
+/// `target.endRow(columns)` stands behind each row that has data.
 template <class Target>
-void walkField(RunReader in, U32 width, U32 rows, Target& target) {
-    for (U32 row = 0; row < rows && in.toNextByte(); ++row) {
-        Run run;
-        U32 column = 0;
-        for (; column < width && in.take(&run); column += run.length) {
-            if (run.length == 0) run.length = width - column;
-            target.add(column, run);  // kept(vob-long-run): not clipped, it spills into the next row
-        }
-        target.endRow(column);
+class FieldWalk {
+public:
+    FieldWalk(const RunReader& in, U32 width, Target& target) : mIn(in), mTarget(target), mWidth(width) {}
+
+    /// False when there is no more data.
+    bool beginRow() {
+        mColumn = 0;
+        return mIn.toNextByte();
     }
+
+    /// Takes the runs of a word; false where the row or the data comes to its end, and runs are taken one by one.
+    VX_INLINED bool takeWord() {
+        constexpr U32 kReach = (RunReader::kCodesAWord - 1) * 15 + 3;  // where the last run begins, at the most
+        if (mColumn + kReach >= mWidth || mColumn + kReach >= kWidestArea || !mIn.fetchWord()) return false;
+        for (U32 i = 0; i < RunReader::kCodesAWord; ++i) {
+            const U32 byte = mIn.byte();
+            const U32 columnsAndBits = kShortRuns.columnsAndBits[byte];
+            if (columnsAndBits == 0) {
+                add(mIn.takeFetched());
+                break;
+            }
+            mTarget.addShort(mColumn, kShortRuns.pixels[byte], columnsAndBits >> 4);
+            mColumn += columnsAndBits >> 4;
+            mIn.drop(columnsAndBits & 15);
+        }
+        return true;
+    }
+
+    /// Takes what is left of the row.
+    VX_INLINED void takeRow() {
+        while (takeWord()) {
+        }
+        for (Run run; mColumn < mWidth && mIn.take(&run);) add(run);
+    }
+
+    U32 width() const { return mWidth; }
+    /// Whether the last run went on behind the row.
+    bool spilt() const { return mColumn > mWidth; }
+    void endRow() { mTarget.endRow(mColumn); }
+
+private:
+    VX_INLINED void add(Run run) {
+        if (run.length == 0) run.length = mWidth - mColumn;
+        mTarget.add(mColumn, run);  // kept(vob-long-run): not clipped, it spills into the next row
+        mColumn += run.length;
+    }
+
+    RunReader mIn;
+    Target& mTarget;
+    U32 mWidth;
+    U32 mColumn = 0;
+};
+
+/// Walks `rows` rows of one field.
+template <class Target>
+__attribute__((noinline)) void walkField(FieldWalk<Target> field, U32 rows) {
+    for (; rows > 0 && field.beginRow(); --rows) {
+        field.takeRow();
+        field.endRow();
+    }
+}
+
+/// Walks `rows` rows of both fields: as if the bottom one came behind the top one, but row by row, so that the
+/// processor has two chains of codes to follow.
+template <class Target>
+void walkFields(FieldWalk<Target> top, FieldWalk<Target> bottom, U32 rows) {
+    const bool inTurn = top.width() + kLongestRun <= kWidestArea;  // rows that are put together before they are written
+    for (; inTurn && rows > 0 && top.beginRow() && bottom.beginRow(); --rows) {
+        for (bool both = true; both;) {
+            const bool more = top.takeWord();
+            both = bottom.takeWord() && more;
+        }
+        top.takeRow();
+        top.endRow();
+        bottom.takeRow();
+        if (bottom.spilt()) {  // into the top field's next row, which has to be there by then
+            walkField(top, rows - 1);
+            bottom.endRow();
+            return walkField(bottom, rows - 1);
+        }
+        bottom.endRow();
+    }
+    walkField(top, rows);
+    walkField(bottom, rows);
 }
 
 /// Where the colour codes of a bitmap go: what does not fit is dropped.
@@ -117,7 +245,7 @@ public:
     FieldRows(const CodeSink& out, size_t start, size_t step) : mOut(out), mRow(start), mStep(step) {}
 
     void add(U32 column, const Run& run) {
-        if (column + run.length > kRoom) {
+        if (column + run.length > kWidestArea) {
             mOut.fill(mRow + column, run.length, run.colour);
             if (column < mWaiting) mWaiting = column;
             return;
@@ -127,21 +255,26 @@ public:
         if (run.length > kBlock) memset(codes + kBlock, run.colour, run.length - kBlock);
     }
 
+    /// Some of the codes, and what the next ones overwrite, in a row of the widest area.
+    void addShort(U32 column, U64 codes, U32) {
+        memcpy(mCodes + column, &codes, sizeof codes);
+        memcpy(mCodes + column + sizeof codes, &codes, sizeof codes);
+    }
+
     void endRow(U32 columns) {
         mOut.copy(mRow, mCodes, columns < mWaiting ? columns : mWaiting);
-        mWaiting = kRoom;
+        mWaiting = kWidestArea;
         mRow += mStep;
     }
 
 private:
-    static constexpr U32 kRoom = 4096;  ///< the widest area
     static constexpr U32 kBlock = 32;
 
     const CodeSink mOut;
     size_t mRow;
     const size_t mStep;
-    U32 mWaiting = kRoom;  ///< columns of the row that are not in the bitmap yet, at the most
-    U8 mCodes[kRoom + kBlock];
+    U32 mWaiting = kWidestArea;  ///< columns of the row that are not in the bitmap yet, at the most
+    U8 mCodes[kWidestArea + kBlock];
 };
 
 }  // namespace vxsubtitle
