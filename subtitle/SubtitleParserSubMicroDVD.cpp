@@ -194,9 +194,9 @@ private:
         size_t i;                             ///< where it goes on: at an entry's text
     };
 
-    /// Reads the one at `i`. Apart from the usual ones, whose numbers stay in registers.
-    __attribute__((noinline)) static Unusual readUnusual(SubtitleParser& parser, TextView<Bytes> in,
-                                                         ClosingBraces<Bytes>& braces, size_t i) {
+    /// Reads the one at `i`. Apart from the usual ones, whose numbers stay in registers, and compiled for size.
+    __attribute__((noinline, cold)) static Unusual readUnusual(SubtitleParser& parser, TextView<Bytes> in,
+                                                               ClosingBraces<Bytes>& braces, size_t i) {
         if (i < kFirstLineBelow && in.at(i) == '{' && !firstLine(parser, in, braces, i)) return {Unusual::kLost, {}, i};
         Frames frames;
         if (in.at(i) != '{' || !frames.read(in, i)) return {Unusual::kNoEntry, {}, i};

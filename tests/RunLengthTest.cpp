@@ -194,3 +194,19 @@ TEST(RunLength, RowsWiderThanAnyArea) {
         }
     }
 }
+
+// The right edge of the widest area, reached by short runs behind long ones.
+TEST(RunLength, ShortRunsUpToTheWidestAreasEdge) {
+    Random random(7);
+    for (int round = 0; round < 3000; ++round) {
+        const U32 width = 4080 + random.below(30);
+        Data unit;
+        for (U32 column = random.below(60); column + 300 < width; column += 255) {
+            unit.push_back(3);
+            unit.push_back(static_cast<U8>(0xFC | random.below(4)));  // of 255 pixels
+        }
+        for (int i = 0; i < 60; ++i) unit.push_back(static_cast<U8>(0x10 + random.below(0xF0)));
+        expectTheSame(unit, {0, unit.size(), width, 2, 0, 2 * size_t{width}}, 4 * size_t{width});
+        if (HasFatalFailure()) return;
+    }
+}

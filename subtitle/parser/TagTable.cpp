@@ -83,7 +83,7 @@ using Index = ptrdiff_t;
 template <class Start>
 U32 search(U32 t, Index low, Index last, Start start) {
     Index high = last + 1;
-    while (high - low >= 4) {  // most of the way: neither half is empty, and none of the edges below is near
+    while (low >= 0 && high - low >= 4) {  // most of the way: neither half is empty, and none of the edges is near
         const Index middle = low + ((high - low) >> 1);
         if (t < start(middle)) {
             high = middle - 1;

@@ -50,8 +50,9 @@ template <class Step>
 bool scanWith(SubtitleParser& parser, size_t firstUnit) {
     return withData(parser, [&](const auto& in) { return Step{}(parser, in, firstUnit); });
 }
+/// The same for a step that looks at one line or a few, compiled for size.
 template <class Step>
-bool acceptsWith(const SubtitleParser& parser, size_t i) {
+__attribute__((cold)) bool acceptsWith(const SubtitleParser& parser, size_t i) {
     return withData(parser, [&](const auto& in) { return Step{}(in, i); });
 }
 

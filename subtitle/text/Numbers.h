@@ -233,6 +233,12 @@ inline U32 narrowUnit(U16 unit, bool bigEndian, U8 out[2]) {
     return out[1] != 0 ? 2 : 1;
 }
 
+/// Narrows the `units` units at `pos`, one behind the other; apart from the scans, of which few need it.
+template <class View>
+__attribute__((noinline)) void narrow(const View& in, size_t pos, U32 units, U8* out) {
+    for (U32 i = 0; i < units; ++i) out += narrowUnit(in.at(pos + i), View::Encoding::kBigEndian, out);
+}
+
 /// `Count` 16-bit units narrowed to bytes for the number reader: the 0 stands at index `Count`, behind it lies what
 /// wide units pushed there, and then zeros.
 template <U32 Count>
@@ -244,11 +250,9 @@ public:
     /// Narrows only `units` (at most `Count`) units; the 0 stands behind the last.
     template <class View>
     Narrowed(const View& in, size_t pos, U32 units) {
-        U32 n = 0;
-        for (U32 i = 0; i < units && i < Count; ++i) {
-            n += narrowUnit(in.at(pos + i), View::Encoding::kBigEndian, mBytes + n);
-        }
-        mBytes[units < Count ? units : Count] = 0;
+        const U32 count = units < Count ? units : Count;
+        narrow(in, pos, count, mBytes);
+        mBytes[count] = 0;
     }
 
     U8 at(size_t i) const { return i < sizeof mBytes ? mBytes[i] : U8{0}; }

@@ -25,18 +25,24 @@ struct ShortRunTable {
 
 constexpr ShortRunTable makeShortRuns() {
     ShortRunTable table = {};
-    for (U32 byte = 0; byte < 256; ++byte) {
+    for (U32 byte = 0x10; byte < 0x100; ++byte) {
         constexpr U64 kEach = 0x0101010101010101;
         const U32 high = byte >> 4;
         const U32 low = byte & 15;
-        if (high == 0) continue;
-        const bool one = high < 4 || low < 4;
-        const U32 columns = high < 4 ? byte >> 2 : one ? high >> 2 : (high >> 2) + (low >> 2);
-        const U64 firsts = (U64{1} << 8 * (high >> 2)) - 1;
-        table.pixels[byte] = high < 4 ? kEach * (byte & 3)
-                             : one    ? kEach * (high & 3)
-                                      : (kEach * (high & 3) & firsts) | (kEach * (low & 3) & ~firsts);
-        table.columnsAndBits[byte] = static_cast<U8>(columns << 4 | (high >= 4 && one ? 4U : 8U));
+        U32 columns = byte >> 2;
+        U32 bits = 8;
+        U64 pixels = kEach * (byte & 3);
+        if (high >= 4 && low < 4) {
+            columns = high >> 2;
+            bits = 4;
+            pixels = kEach * (high & 3);
+        } else if (high >= 4) {
+            const U64 first = (U64{1} << 8 * (high >> 2)) - 1;
+            columns = (high >> 2) + (low >> 2);
+            pixels = (kEach * (high & 3) & first) | (kEach * (low & 3) & ~first);
+        }
+        table.pixels[byte] = pixels;
+        table.columnsAndBits[byte] = static_cast<U8>(columns << 4 | bits);
     }
     return table;
 }
@@ -147,8 +153,10 @@ public:
 
     /// Takes the runs of a word; false where the row or the data comes to its end, and runs are taken one by one.
     VX_INLINED bool takeWord() {
-        constexpr U32 kReach = (RunReader::kCodesAWord - 1) * 15 + 3;  // where the last run begins, at the most
-        if (mColumn + kReach >= mWidth || mColumn + kReach >= kWidestArea || !mIn.fetchWord()) return false;
+        constexpr U32 kShort = 15;
+        constexpr U32 kReach = (RunReader::kCodesAWord - 1) * kShort + 3;  // where the last run begins, at the most
+        if (mColumn + kReach >= mWidth || mColumn + RunReader::kCodesAWord * kShort > kWidestArea) return false;
+        if (!mIn.fetchWord()) return false;
         for (U32 i = 0; i < RunReader::kCodesAWord; ++i) {
             const U32 byte = mIn.byte();
             const U32 columnsAndBits = kShortRuns.columnsAndBits[byte];
