@@ -451,6 +451,22 @@ TEST(MPEGSubtitleDecoder, TheGuessByItself) {
     EXPECT_EQ(8 + 1, decoder.m_u8IdxInnerCheck);
 }
 
+// Runs that come two at a time count with what each of them draws.
+TEST(MPEGSubtitleDecoder, TheGuessCountsPixels) {
+    const struct {
+        const char* runs;  // two
+        unsigned pixels;
+        int most;
+    } kRows[] = {{"D6", 4, 1}, {"7A", 3, 2}, {"9E", 5, 2}, {"B5", 3, 3}};
+    for (const auto& row : kRows) {
+        std::string field;
+        for (int i = 0; i < 100; ++i) field += row.runs;
+        MPEGSubtitleDecoder decoder;
+        EXPECT_EQ(TRUE, decode(decoder, picture(100 * row.pixels, 2, field, "00")).result);
+        EXPECT_EQ(4 + row.most, decoder.m_u8IdxInnerCheck) << row.runs;
+    }
+}
+
 // --- run-length data -------------------------------------------------------------------------------------------
 
 TEST(MPEGSubtitleDecoder, RunLengthData) {

@@ -89,6 +89,17 @@ Data someUnit(Random& random, size_t size) {
     return unit;
 }
 
+/// Runs of 64 to 255, and now and then one to the end of the row.
+Data longRuns(Random& random, size_t size) {
+    Data unit;
+    while (unit.size() < size) {
+        const U32 code = random.below(30) == 0 ? random.below(4) : 0x100 + random.below(0x300);
+        unit.push_back(static_cast<U8>(code >> 8));
+        unit.push_back(static_cast<U8>(code));
+    }
+    return unit;
+}
+
 }  // namespace
 
 TEST(RunLength, EveryCodeAtEveryPlace) {
@@ -156,11 +167,11 @@ TEST(RunLength, BothFieldsAreAsTheBottomOneBehindTheTopOne) {
     Random random(6);
     U32 spilt = 0;
     for (int round = 0; round < 6000; ++round) {
-        const U32 kWidths[] = {0, 1 + random.below(60), 1 + random.below(800), 3830 + random.below(20), 65535};
+        const U32 kWidths[] = {0, 1 + random.below(60), 1 + random.below(800), 3800 + random.below(600), 65535};
         const U32 width = kWidths[random.below(100) == 0 ? 4 : random.below(4)];
         const U32 rows = random.below(width > 1000 ? 4 : 20);
         const size_t step = 2 * size_t{width};
-        const Data unit = someUnit(random, random.below(2000));
+        const Data unit = width > 1000 ? longRuns(random, 2000) : someUnit(random, random.below(2000));
         const Field top = {random.below(30), random.below(3000), width, rows, 0, step};
         const Field bottom = {random.below(2000), random.below(2000), width, rows, width, step};
         const size_t size = random.below(8) == 0 ? random.below(500) : rows * step + 300;
@@ -181,12 +192,7 @@ TEST(RunLength, RowsWiderThanAnyArea) {
     Random random(5);
     for (const U32 width : {4090U, 4095U, 4096U, 4097U, 4100U, 5000U, 65535U}) {
         for (int round = 0; round < 10; ++round) {
-            Data unit;
-            while (unit.size() < 1500) {  // long runs, and now and then one to the end of the row
-                const U32 code = random.below(30) == 0 ? random.below(4) : 0x100 + random.below(0x300);
-                unit.push_back(static_cast<U8>(code >> 8));
-                unit.push_back(static_cast<U8>(code));
-            }
+            const Data unit = longRuns(random, 1500);
             const Field field = {0, unit.size(), width, 6, 0, 2 * size_t{width}};
             expectTheSame(unit, field, 12 * size_t{width});
             expectTheSame(unit, field, 3 * size_t{width});  // the third row and all later ones lie behind the bitmap
