@@ -154,7 +154,7 @@ void registerPictures() {
     begin({"VobSub", "µs", Better::kLower, {"by hand", "libavcodec"}});
     add("100 lines of an index", indexLines);
     add("a subpicture of 600x80 decoded", decoded);
-    add("the same read from its packs and decoded", readAndDecoded);
+    add("pictures of a film, read from their packs and decoded", readAndDecoded);
     begin(
         {"Drawing a picture of a 720x576 frame on a surface of 1920x1080", "µs", Better::kLower, {"clearing it once"}});
     for (const DrawnPicture& picture : drawnPictures()) add(picture.title, [picture] { return drawn(picture); });
