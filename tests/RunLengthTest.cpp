@@ -2,7 +2,9 @@
 #include "subtitle/vobsub/RunLength.h"
 
 #include <gtest/gtest.h>
+#include <string.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -101,6 +103,29 @@ Data longRuns(Random& random, size_t size) {
 }
 
 }  // namespace
+
+// What a byte draws, and how many of its bits that takes, read a code at a time.
+TEST(RunLength, TheTableOfShortRuns) {
+    ShortRunTable (*const volatile make)() = makeShortRuns;  // when the test runs, too
+    const ShortRunTable table = make();
+    EXPECT_EQ(0, memcmp(&kShortRuns, &table, sizeof table));
+    for (U32 byte = 0; byte < 256; ++byte) {
+        const U32 codes[] = {byte >> 4, byte & 15};
+        std::vector<U32> pixels;
+        U32 bits = 0;
+        if (codes[0] >= 4) {
+            for (U32 i = 0; i < 2 && codes[i] >= 4; ++i, bits += 4)
+                pixels.insert(pixels.end(), codes[i] >> 2, codes[i] & 3);
+        } else if (codes[0] != 0) {
+            pixels.assign(byte >> 2, byte & 3);
+            bits = 8;
+        }
+        EXPECT_EQ(pixels.size() << 4 | bits, table.columnsAndBits[byte]) << byte;
+        for (size_t i = 0; i < pixels.size(); ++i) {
+            EXPECT_EQ(pixels[i], table.pixels[byte] >> 8 * std::min<size_t>(i, 7) & 0xFF) << byte << " at " << i;
+        }
+    }
+}
 
 TEST(RunLength, EveryCodeAtEveryPlace) {
     for (U32 code = 0; code < 0x10000; ++code) {
